@@ -1,0 +1,86 @@
+#include "lexer/CppFileScanner.h"
+
+#include "lexer/InputFile.h"
+
+namespace qnpp {
+
+CppFileScanner::CppFileScanner(const std::string& name, std::istream& standardInput, const LexerContext& context)
+    : CppScanner(true), fileName_(name.empty() ? "stdin" : name) {
+  if (name.empty()) {
+    if (standardInput.good()) {
+      lexer_ = std::make_unique<CppLexer>(standardInput, context);
+    }
+    return;
+  }
+  auto file = std::make_unique<InputFile>(name);
+  if (file->good()) {
+    lexer_ = std::make_unique<CppLexer>(std::move(file), context);
+  }
+}
+
+CppTokenKind CppFileScanner::peek() {
+  if (!hasPeek_) {
+    const std::int32_t line = lexer_->line();
+    peekKind_ = lexer_->next();
+    linesLookedAt_ = wrap(lexer_->line(), -line);
+    hasPeek_ = true;
+  }
+  return peekKind_ == TK_END && !atLineStart_ ? TK_NEWLINE : peekKind_;
+}
+
+CppTokenKind CppFileScanner::get() {
+  CppTokenKind kind = peekKind_;
+  if (hasPeek_) {
+    hasPeek_ = false;
+    linesLookedAt_ = 0;
+  } else {
+    kind = lexer_->next();
+  }
+  name_ = nullptr;
+  return taken(kind);
+}
+
+CppTokenKind CppFileScanner::copyText() {
+  if (hasPeek_ || atLineStart_) {
+    return get();
+  }
+  const CppTokenKind kind = lexer_->copyText();
+  name_ = lexer_->name();
+  return taken(kind);
+}
+
+CppTokenKind CppFileScanner::taken(CppTokenKind kind) {
+  text_ = lexer_->text();
+  if (kind == TK_END) {
+    if (atLineStart_) {
+      return TK_END;
+    }
+    text_ = "\n";
+    kind = TK_NEWLINE;
+  }
+  atLineStart_ = kind == TK_NEWLINE;
+  return kind;
+}
+
+bool CppFileScanner::skipLine() {
+  // With a token looked at, or nothing of the line taken yet, each token has to be seen: only then is it known whether
+  // the end of the input still owes a line end.
+  if (!hasPeek_ && !atLineStart_) {
+    static_cast<void>(lexer_->skipLine());
+    atLineStart_ = true;
+    return true;
+  }
+  CppTokenKind kind = get();
+  while (kind != TK_NEWLINE && kind != TK_END) {
+    kind = get();
+  }
+  return kind == TK_NEWLINE;
+}
+
+void CppFileScanner::skipPlainLines() {
+  if (!hasPeek_ && lexer_->skipPlainLines()) {
+    atLineStart_ = true;
+  }
+}
+
+}  // namespace qnpp

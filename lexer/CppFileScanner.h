@@ -1,0 +1,69 @@
+// The token source over a file.
+#pragma once
+
+#include <cstdint>
+#include <istream>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "lexer/CppLexer.h"
+#include "lexer/CppScanner.h"
+
+namespace qnpp {
+
+/// Reads the tokens of a source file or of standard input. Every file, unless it is empty, ends in exactly one line end
+/// before TK_END: one is supplied when the last line has none.
+///
+/// The current line is the line of the reading position. A line end that has only been looked at does not count yet,
+/// although the lexer has passed it; so a message about a directive shows the directive's line, whether or not the
+/// handler had to look at the line end first.
+class CppFileScanner : public CppScanner {
+ public:
+  /// Opens the file `name`, or takes `standardInput`, which is borrowed, under the name "stdin" when `name` is empty.
+  /// A file that cannot be opened is told by `openFailed`; nothing may be read then.
+  CppFileScanner(const std::string& name, std::istream& standardInput, const LexerContext& context);
+
+  bool openFailed() const { return lexer_ == nullptr; }
+
+  /// The name in messages and line directives.
+  const std::string& fileName() const { return fileName_; }
+  void setFileName(std::string name) { fileName_ = std::move(name); }
+
+  std::int32_t line() const { return wrap(lexer_->line(), -linesLookedAt_); }
+  /// Makes `line` the number of the current line; a line end that has been looked at counts from there.
+  void setLine(std::int32_t line) { lexer_->setLine(wrap(line, linesLookedAt_)); }
+
+  CppTokenKind peek() override;
+  CppTokenKind get() override;
+  const HideSet& hideSet() override { return emptyHideSet_; }
+
+  /// Like `get`, but writes plain tokens to the output instead of handing them out, see CppLexer::copyText. A token
+  /// that is handed out may still be a plain one.
+  CppTokenKind copyText();
+  /// The name table's entry for the current token, if that is a name with one; null otherwise.
+  Name* name() const { return name_; }
+
+  /// Passes over the rest of the line and its line end; false when the input ended instead.
+  bool skipLine();
+  /// Passes over whole lines that cannot be directives, see CppLexer::skipPlainLines. Only at the start of a line.
+  void skipPlainLines();
+
+ private:
+  // Line numbers wrap as 32-bit numbers.
+  static std::int32_t wrap(std::int32_t line, std::int32_t by) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(line) + static_cast<std::uint32_t>(by));
+  }
+  CppTokenKind taken(CppTokenKind kind);
+
+  std::string fileName_;
+  std::unique_ptr<CppLexer> lexer_;
+  Name* name_ = nullptr;
+  const HideSet emptyHideSet_;
+  std::int32_t linesLookedAt_ = 0;  // Line ends of the token that has been looked at.
+  CppTokenKind peekKind_ = TK_END;
+  bool hasPeek_ = false;
+  bool atLineStart_ = true;         // The last token handed out was a line end, or none was.
+};
+
+}  // namespace qnpp

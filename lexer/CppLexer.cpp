@@ -1,0 +1,364 @@
+#include "lexer/CppLexer.h"
+
+#include <array>
+#include <utility>
+
+namespace qnpp {
+namespace {
+
+using ByteSet = std::array<bool, 256>;
+
+constexpr bool has(const ByteSet& set, char byte) { return set[static_cast<unsigned char>(byte)]; }
+
+constexpr ByteSet bytesOf(std::string_view bytes) {
+  ByteSet set{};
+  for (const char byte : bytes) {
+    set[static_cast<unsigned char>(byte)] = true;
+  }
+  return set;
+}
+
+constexpr ByteSet allBytesBut(std::string_view bytes) {
+  ByteSet set = bytesOf(bytes);
+  for (bool& member : set) {
+    member = !member;
+  }
+  return set;
+}
+
+constexpr std::string_view kWordBytes = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
+
+// In text every operator and blank is written as it stands, whichever token it belongs to; only words, numbers (a word
+// may follow one directly), literals, comments and line ends have to be found by the scanner.
+constexpr ByteSet kPlainInText = [] {
+  ByteSet set = allBytesBut(std::string_view("\"'/\\\r\n\0", 7));
+  for (const char byte : kWordBytes) {
+    set[static_cast<unsigned char>(byte)] = false;
+  }
+  return set;
+}();
+
+constexpr ByteSet kBlanks = bytesOf(" \t\v\f");
+// The first byte behind the blanks of a line that may be a directive line, or whose blanks are not over.
+constexpr ByteSet kUnsureLineStart = bytesOf(std::string_view("#/\\\r\0", 5));
+constexpr ByteSet kPlainInBlockComment = allBytesBut(std::string_view("*\r\n\0", 4));
+constexpr ByteSet kPlainInLineComment = allBytesBut(std::string_view("\r\n\0", 3));
+constexpr ByteSet kPlainInString = allBytesBut(std::string_view("\"\\\n\0", 4));
+constexpr ByteSet kPlainInCharacter = allBytesBut(std::string_view("'\\\n\0", 4));
+constexpr ByteSet kPlainInSkippedLine = allBytesBut(std::string_view("\"'/\\\r\n\0", 7));
+
+constexpr ByteSet kCharacterEscapes = bytesOf("\"'?\\abfnrtv01234567");
+constexpr ByteSet kHexDigits = bytesOf("0123456789ABCDEFabcdef");
+
+char* passPlain(const ByteSet& plain, char* at) {
+  while (has(plain, *at)) {
+    ++at;
+  }
+  return at;
+}
+
+}  // namespace
+
+CppLexer::CppLexer(std::istream& input, const LexerContext& context)
+    : yyCppFlexLexer(&input, nullptr), input_(&input), context_(context) {}
+
+CppLexer::CppLexer(std::unique_ptr<std::istream> input, const LexerContext& context) : CppLexer(*input, context) {
+  ownedInput_ = std::move(input);
+}
+
+CppLexer::~CppLexer() = default;
+
+void CppLexer::restart(std::istream& input) {
+  yyrestart(input);
+  input_ = &input;
+  ownedInput_.reset();
+  line_ = 1;
+  copying_ = false;
+  inputEnded_ = false;
+  bytesRead_ = 0;
+  stringUnclosedUntil_ = characterUnclosedUntil_ = 0;
+}
+
+void CppLexer::restart(std::unique_ptr<std::istream> input) {
+  restart(*input);
+  ownedInput_ = std::move(input);
+}
+
+int CppLexer::LexerInput(char* to, int size) {
+  if (inputEnded_) {
+    return 0;  // The end is final, even where the system would deliver more: a terminal, a growing file.
+  }
+  try {
+    const std::streamsize count = input_->rdbuf()->sgetn(to, size);
+    inputEnded_ = count == 0;
+    bytesRead_ += static_cast<std::uint64_t>(count);
+    return static_cast<int>(count);
+  } catch (const std::ios_base::failure&) {
+    return -1;  // The generated scanner calls LexerError.
+  }
+}
+
+void CppLexer::LexerError(const char* message) {
+  context_.output.flush();
+  context_.diagnostics << message << '\n' << std::flush;
+  throw FatalLexerError(message);
+}
+
+CppTokenKind CppLexer::copyText() {
+  copying_ = true;
+  const CppTokenKind kind = yylex();
+  copying_ = false;
+  return kind;
+}
+
+void CppLexer::copyToken() {
+  char* const end = passPlain(kPlainInText, beginScan());
+  context_.output.write(yytext, static_cast<std::size_t>(end - yytext));
+  endScan(end);
+}
+
+bool CppLexer::isMacroName() {
+  name_ = context_.names.find({yytext, static_cast<std::size_t>(yyleng)});
+  return name_ != nullptr && name_->macro != nullptr;
+}
+
+bool CppLexer::copyLineEnd() {
+  OutputBuffer& output = context_.output;
+  const auto lineEnded = static_cast<std::int32_t>(static_cast<std::uint32_t>(line_) - 1U);
+  if (output.line() != lineEnded) {
+    return false;  // The next text line needs a line directive.
+  }
+  char* const start = beginScan();
+  char* const first = passPlain(kBlanks, start);
+  if (has(kUnsureLineStart, *first)) {
+    endScan(start);
+    return false;
+  }
+  output.endLine();
+  if (*first != '\n') {  // The blanks of a line with nothing else on it are not written.
+    output.write(start, static_cast<std::size_t>(first - start));
+  }
+  endScan(first);
+  return true;
+}
+
+// Behind the opening quote of a string ("any item but quote, backslash and LF; only \" and \\ as escapes") or of a
+// character literal (at least one item; the escapes of C). When none closes, the token is the quote alone, and
+// `unclosedUntil` tells how far the search went: every quote before that place was passed as part of an escape, so a
+// search from it would meet the same items and end at the same place.
+bool CppLexer::readLiteral(char quote, std::uint64_t& unclosedUntil) {
+  if (unclosedUntil > 0 && offsetOf(yytext) < unclosedUntil) {
+    return false;
+  }
+  const ByteSet& plain = quote == '"' ? kPlainInString : kPlainInCharacter;
+  char* at = beginScan();
+  for (;;) {
+    at = passPlain(plain, at);
+    if (*at == '\0' && !atBufferEnd(at)) {
+      ++at;
+    } else if (*at == '\0' ? refill(at) : *at == '\\' && passEscape(at, quote)) {
+      // More of the literal is in the buffer, or an escape was passed.
+    } else {
+      break;
+    }
+  }
+  const bool isEmptyCharacter = quote == '\'' && at == yytext + 1;
+  if (*at == quote && !isEmptyCharacter) {
+    endScan(at + 1);
+    return true;
+  }
+  unclosedUntil = offsetOf(at);
+  endScan(yytext + 1);
+  return false;
+}
+
+// Moves `at` behind the escape that starts there, or leaves it when the backslash starts none.
+bool CppLexer::passEscape(char*& at, char quote) {
+  const auto start = at - yytext;
+  const auto byteAt = [this, &at, start](std::ptrdiff_t index) {
+    char* place = yytext + start + index;
+    if (*place == '\0' && atBufferEnd(place)) {
+      refill(place);
+      at = yytext + start;
+    }
+    return *place;
+  };
+  const char escape = byteAt(1);
+  const bool isEscape = quote == '"' ? escape == '"' || escape == '\\'
+                                     : has(kCharacterEscapes, escape) || (escape == 'x' && has(kHexDigits, byteAt(2)));
+  if (isEscape) {
+    at = yytext + start + 2;  // Further digits of an octal or hexadecimal escape are items like any other.
+  }
+  return isEscape;
+}
+
+void CppLexer::readBlockComment() {
+  ++context_.commentCount;
+  endScan(passBlockComment(beginScan()));
+}
+
+void CppLexer::readLineComment() {
+  ++context_.commentCount;
+  endScan(passLineComment(beginScan()));
+}
+
+// Reads to behind the closing "*/". The line ends on the way are counted and go straight to the output. Nothing of the
+// comment is kept in the buffer.
+char* CppLexer::passBlockComment(char* at) {
+  bool afterStar = false;
+  for (;;) {
+    if (char* const end = passPlain(kPlainInBlockComment, at); end != at) {
+      if (afterStar && *at == '/') {
+        yytext = at + 1;
+        return at + 1;
+      }
+      at = end;
+      afterStar = false;
+    }
+    switch (*at) {
+      case '*':
+        ++at;
+        afterStar = true;
+        break;
+      case '\0':
+        if (!atBufferEnd(at)) {
+          ++at;
+          afterStar = false;
+        } else if (!refillFrom(at)) {
+          context_.diagnostics << line_ << ": unterminated comment.\n" << std::flush;
+          return at;
+        }
+        break;
+      default:
+        at = passLineEnd(at);
+        countLine();
+        context_.output.write('\n');
+        afterStar = false;
+        break;
+    }
+  }
+}
+
+// Moves behind the LF, CR LF or CR at `at`. Forgets everything before it.
+char* CppLexer::passLineEnd(char* at) {
+  const bool isCarriageReturn = *at == '\r';
+  ++at;
+  yytext = at;
+  if (isCarriageReturn && *at == '\0' && atBufferEnd(at)) {
+    refill(at);
+  }
+  if (isCarriageReturn && *at == '\n') {
+    ++at;
+    yytext = at;
+  }
+  return at;
+}
+
+// Reads to the line end, which stays for the next token. A NUL byte ends the comment too and is a line end from then on.
+char* CppLexer::passLineComment(char* at) {
+  for (;;) {
+    at = passPlain(kPlainInLineComment, at);
+    if (*at != '\0') {
+      break;
+    }
+    if (!atBufferEnd(at)) {
+      *at = '\n';
+      break;
+    }
+    if (!refillFrom(at)) {
+      break;
+    }
+  }
+  yytext = at;
+  return at;
+}
+
+bool CppLexer::skipLine() {
+  if (!isReading()) {
+    CppTokenKind kind = next();
+    while (kind != TK_NEWLINE && kind != TK_END) {
+      kind = next();
+    }
+    return kind == TK_NEWLINE;
+  }
+  char* at = beginScan();
+  yytext = at;
+  const bool ended = passLine(at);
+  endScan(at);
+  return ended;
+}
+
+bool CppLexer::skipPlainLines() {
+  if (!isReading()) {
+    return false;
+  }
+  bool passed = false;
+  char* at = beginScan();
+  for (;;) {
+    yytext = at;
+    if (has(kUnsureLineStart, *passPlain(kBlanks, at))) {
+      break;
+    }
+    const std::uint64_t start = offsetOf(at);
+    const bool hasLineEnd = passLine(at);
+    if (!hasLineEnd && offsetOf(at) == start) {
+      break;
+    }
+    context_.output.endLine();  // For a last line without a line end too: its reader would have been given one.
+    passed = true;
+  }
+  endScan(at);
+  return passed;
+}
+
+// Passes over a line of a skipped group, its line end included. Comments and literals are recognised, because a line
+// end inside a comment does not end the line and a comment cannot begin inside a literal; all else is passed over.
+// Returns false at the end of the input.
+bool CppLexer::passLine(char*& at) {
+  for (;;) {
+    at = passPlain(kPlainInSkippedLine, at);
+    switch (*at) {
+      case '\n':
+      case '\r':
+        at = passLineEnd(at);
+        countLine();
+        return true;
+      case '\0':
+        if (!atBufferEnd(at)) {
+          ++at;
+        } else if (!refillFrom(at)) {
+          return false;
+        }
+        break;
+      case '\\':
+        yytext = at;
+        if (*++at == '\0' && atBufferEnd(at)) {
+          refill(at);
+        }
+        if (*at == '\n' || *at == '\r') {
+          at = passLineEnd(at);
+          countLine();
+        }
+        break;
+      case '/':
+        yytext = at;
+        if (*++at == '\0' && atBufferEnd(at)) {
+          refill(at);
+        }
+        if (*at == '*' || *at == '/') {
+          ++context_.commentCount;
+          at = *at == '*' ? passBlockComment(at + 1) : passLineComment(at + 1);
+        }
+        break;
+      default:
+        yytext = at;
+        endScan(at + 1);
+        static_cast<void>(*at == '"' ? readLiteral('"', stringUnclosedUntil_)
+                                     : readLiteral('\'', characterUnclosedUntil_));
+        at = beginScan();
+        break;
+    }
+  }
+}
+
+}  // namespace qnpp

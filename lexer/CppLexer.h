@@ -1,0 +1,167 @@
+// The lexer: bytes in, token kinds out.
+#pragma once
+
+// flex's class header is included once per scanner class; the generated scanner has done so already.
+#ifndef yyFlexLexerOnce
+#undef yyFlexLexer
+#define yyFlexLexer yyCppFlexLexer
+#include <FlexLexer.h>
+#endif
+
+#include <cstdint>
+#include <exception>
+#include <istream>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <string_view>
+
+#include "lexer/CppTokenKind.h"
+#include "lexer/NameTable.h"
+#include "lexer/OutputBuffer.h"
+
+namespace qnpp {
+
+/// Thrown when the scanner itself cannot go on (a read error, say). The message has been written to the diagnostic
+/// stream by then, and the output is flushed; the program ends with status 2.
+class FatalLexerError : public std::exception {
+ public:
+  explicit FatalLexerError(std::string message) : message_(std::move(message)) {}
+  const char* what() const noexcept override { return message_.c_str(); }
+
+ private:
+  std::string message_;
+};
+
+/// What a lexer works with beside its input. All of it is borrowed and outlives the lexer.
+struct LexerContext {
+  OutputBuffer& output;         ///< Gets the line ends inside comments.
+  std::ostream& diagnostics;    ///< Gets the message about an unterminated comment.
+  const NameTable& names;       ///< Tells `copyText` which words may be macros.
+  std::uint64_t& commentCount;  ///< Counts the comments read: a text that holds one is lexed anew at each use.
+};
+
+/// Turns a byte stream into tokens. flex generates the scanner from CppLexer.l; this class adds the counters, the
+/// readers for comments and literals, and two ways to pass over text without handing out each token.
+///
+/// The literal, comment and skipping readers walk through the scanner's own buffer. The pattern matcher would walk a
+/// long literal again for every quote in it that opens none, and through a long comment character by character.
+class CppLexer : public yyCppFlexLexer {
+ public:
+  /// Reads from `input`, which is borrowed unless it is handed over.
+  CppLexer(std::istream& input, const LexerContext& context);
+  CppLexer(std::unique_ptr<std::istream> input, const LexerContext& context);
+  CppLexer(const CppLexer&) = delete;
+  CppLexer& operator=(const CppLexer&) = delete;
+  ~CppLexer() override;
+
+  /// Starts over at line 1 with another borrowed input, keeping the buffers.
+  void restart(std::istream& input);
+  void restart(std::unique_ptr<std::istream> input);
+
+  /// The next token, TK_END at the end of the input and ever after.
+  CppTokenKind next() { return yylex(); }
+
+  /// Text of the token handed out last; valid until the next token is asked for.
+  std::string_view text() const { return text_; }
+
+  /// Number of the line being read, from 1: the line ends of all tokens and comments matched so far count.
+  std::int32_t line() const { return line_; }
+  void setLine(std::int32_t line) { line_ = line; }
+
+  /// Writes the tokens that follow to the output as they stand, up to the next one that the engine has to see: a name
+  /// with a macro definition, `_Pragma`, a line end, or the end of the input. That one is handed out like by `next`.
+  ///
+  /// Goes on behind a line end when the output is in step with the input (the output line is the current line) and the
+  /// next line is sure to be a plain text line. To be called in the middle of a text line only.
+  CppTokenKind copyText();
+
+  /// The name table's entry for the name that `copyText` handed out.
+  Name* name() const { return name_; }
+
+  /// Passes over the rest of the line, its line end included, as if its tokens had been asked for. Returns false when
+  /// the input ended before a line end.
+  bool skipLine();
+
+  /// From the start of a line: passes over whole lines that cannot be directives, writing an empty line for each. Stops
+  /// at the start of a line that has to be looked at token by token; that may be the very first. Returns whether any
+  /// line was passed.
+  bool skipPlainLines();
+
+  // Called by the generated scanner.
+  int yylex() override;
+  int LexerInput(char* to, int size) override;
+  [[noreturn]] void LexerError(const char* message) override;
+
+ private:
+  // Reading in the scanner's buffer. Between tokens the byte behind the token is kept aside, so that the token's text
+  // ends in a NUL: `beginScan` puts it back and tells where it is, `endScan` says where the next token starts.
+  char* beginScan() {
+    *yy_c_buf_p = yy_hold_char;
+    return yy_c_buf_p;
+  }
+  void endScan(char* at) {
+    yyleng = static_cast<int>(at - yytext);
+    yy_c_buf_p = at;
+    yy_hold_char = *at;
+    *at = '\0';
+  }
+  // True for the NUL behind the last byte that is in the buffer, as against a NUL of the input.
+  bool atBufferEnd(const char* at) const { return at == bufferEnd(); }
+  // In CppLexer.l, where the buffer's type is known: the place of that NUL; and getting more input behind `at`, which
+  // has to be that place. Everything from `yytext` on is kept, and `at` and `yytext` move with it. False: no more input.
+  char* bufferEnd() const;
+  bool refill(char*& at);
+  // Forgets the bytes before `at`, then refills.
+  bool refillFrom(char*& at) {
+    yytext = at;
+    return refill(at);
+  }
+
+  // Whether the scanner has begun and its buffer can be read as described above.
+  bool isReading() const;
+
+  std::uint64_t offsetOf(const char* at) const { return bytesRead_ - static_cast<std::uint64_t>(bufferEnd() - at); }
+
+  CppTokenKind token(CppTokenKind kind) {
+    text_ = {yytext, static_cast<std::size_t>(yyleng)};
+    return kind;
+  }
+  CppTokenKind token(CppTokenKind kind, std::string_view text) {
+    text_ = text;
+    return kind;
+  }
+
+  void countLine() { line_ = static_cast<std::int32_t>(static_cast<std::uint32_t>(line_) + 1U); }
+
+  // Parts of copyText: writes the token and the plain characters behind it; asks whether a name is a macro; goes on
+  // behind a line end.
+  void copyToken();
+  bool isMacroName();
+  bool copyLineEnd();
+
+  // Readers behind the opening characters; true when a literal was closed.
+  bool readLiteral(char quote, std::uint64_t& unclosedUntil);
+  bool passEscape(char*& at, char quote);
+  char* passLineEnd(char* at);
+  void readBlockComment();
+  void readLineComment();
+  char* passBlockComment(char* at);
+  char* passLineComment(char* at);
+  bool passLine(char*& at);
+
+  std::istream* input_ = nullptr;
+  std::unique_ptr<std::istream> ownedInput_;
+  LexerContext context_;
+  std::int32_t line_ = 1;
+  std::string_view text_;
+  Name* name_ = nullptr;
+  bool copying_ = false;
+  bool inputEnded_ = false;
+  std::uint64_t bytesRead_ = 0;
+  // Up to these offsets no string or character literal closes: a quote before it need not be tried again.
+  std::uint64_t stringUnclosedUntil_ = 0;
+  std::uint64_t characterUnclosedUntil_ = 0;
+};
+
+}  // namespace qnpp

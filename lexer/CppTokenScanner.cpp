@@ -1,0 +1,132 @@
+#include "lexer/CppTokenScanner.h"
+
+#include <utility>
+
+namespace qnpp {
+
+struct CppTokenScanner::CommentReader {
+  CommentReader(std::string_view text, const LexerContext& context) : lexer(input, context) {
+    input.reset(text);
+    lexer.restart(input);
+  }
+  InputText input;
+  CppLexer lexer;
+};
+
+CppTokenScanner::CppTokenScanner(SpellingPool& pool, const LexerContext& context)
+    : CppScanner(false), pool_(pool), context_(context) {}
+
+CppTokenScanner::~CppTokenScanner() = default;
+
+void CppTokenScanner::read(TokenList list) {
+  list_ = std::move(list);
+  begin_ = at_ = list_.spellings().data();
+  end_ = begin_ + list_.size();
+  run_ = 0;
+}
+
+void CppTokenScanner::read(SpellingRange tokens, HideSet hideSet) {
+  begin_ = at_ = tokens.data();
+  end_ = begin_ + tokens.size();
+  commonHideSet_ = std::move(hideSet);
+}
+
+void CppTokenScanner::reset() {
+  list_.clear();
+  commonHideSet_ = HideSet();
+  begin_ = at_ = end_ = nullptr;
+  pieces_ = {};
+  reader_.reset();
+  peek_ = spelling_ = nullptr;
+}
+
+// Finds the next single token; null at the end of the list.
+const Spelling* CppTokenScanner::next() {
+  for (;;) {
+    if (!pieces_.empty()) {
+      const Spelling* const piece = pieces_.front();
+      pieces_ = pieces_.subspan(1);
+      return piece;
+    }
+    if (reader_ != nullptr) {
+      const CppTokenKind kind = reader_->lexer.next();
+      if (kind != TK_END) {
+        return pool_.token(kind, reader_->lexer.text());
+      }
+      reader_.reset();
+    }
+    if (at_ == end_) {
+      return nullptr;
+    }
+    const Spelling* const element = *at_++;
+    if (element->isSingleToken()) {
+      return element;
+    }
+    if (element->kind == Spelling::kCompound) {
+      pieces_ = static_cast<const CompoundSpelling*>(element)->pieces;
+    } else {
+      reader_ = std::make_unique<CommentReader>(element->text(), context_);
+    }
+  }
+}
+
+CppTokenKind CppTokenScanner::handOut(const Spelling* spelling) {
+  if (spelling == nullptr) {
+    return TK_END;
+  }
+  spelling_ = spelling;
+  text_ = spelling->text();
+  return spelling->kind;
+}
+
+CppTokenKind CppTokenScanner::peek() {
+  if (peek_ == nullptr) {
+    peek_ = next();
+  }
+  return peek_ == nullptr ? TK_END : CppTokenKind{peek_->kind};
+}
+
+CppTokenKind CppTokenScanner::get() {
+  return handOut(peek_ != nullptr ? std::exchange(peek_, nullptr) : next());
+}
+
+CppTokenKind CppTokenScanner::copyText() {
+  if (peek_ == nullptr && pieces_.empty() && reader_ == nullptr) {
+    for (; at_ != end_; ++at_) {
+      const Spelling& element = **at_;
+      if (element.kind < 0 || element.kind == TK_NEWLINE || element.kind == TK_PRAGMA_OP ||
+          (element.name != nullptr && element.name->macro != nullptr)) {
+        break;
+      }
+      context_.output.write(element.data, element.size);
+    }
+  }
+  return get();
+}
+
+const HideSet& CppTokenScanner::hideSet() {
+  if (list_.empty()) {
+    return commonHideSet_;
+  }
+  const auto read = static_cast<std::size_t>(at_ - begin_);
+  const std::size_t element = read > 0 ? read - 1 : 0;
+  const auto& runs = list_.runs();
+  while (runs[run_].end <= element) {
+    ++run_;
+  }
+  return runs[run_].hideSet;
+}
+
+SpellingRange CppTokenScanner::rest() const {
+  if (peek_ != nullptr || !pieces_.empty() || reader_ != nullptr) {
+    return {};
+  }
+  return {at_, end_};
+}
+
+void CppTokenScanner::take(std::size_t count) {
+  at_ += count;
+  handOut(at_[-1]);
+}
+
+}  // namespace qnpp

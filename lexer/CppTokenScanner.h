@@ -1,0 +1,71 @@
+// The token source over a list of stored tokens.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+#include "lexer/CppLexer.h"
+#include "lexer/CppScanner.h"
+#include "lexer/InputFile.h"
+#include "lexer/SpellingPool.h"
+#include "lexer/TokenList.h"
+
+namespace qnpp {
+
+/// Reads stored tokens back. Each is lexed on its own: a text may give several tokens or none, and never merges with its
+/// neighbour's. What it gives is remembered in its spelling; only a text that opens a comment is lexed here.
+///
+/// A scanner can be used again for another list; the engine keeps finished ones for that.
+class CppTokenScanner : public CppScanner {
+ public:
+  CppTokenScanner(SpellingPool& pool, const LexerContext& context);
+  ~CppTokenScanner() override;
+
+  /// Reads the tokens of `list`, which the scanner owns from now on. The spellings are borrowed.
+  void read(TokenList list);
+  /// Reads `tokens`, all of them with `hideSet`. The range is borrowed: it must stay until the scanner is reset.
+  void read(SpellingRange tokens, HideSet hideSet);
+  /// Gives back what the scanner holds on to.
+  void reset();
+
+  CppTokenKind peek() override;
+  CppTokenKind get() override;
+  const HideSet& hideSet() override;
+
+  /// Like `get`, but writes plain tokens to the output instead of handing them out: all but line ends, `_Pragma` and
+  /// names with a macro definition. A token that is handed out may still be a plain one.
+  CppTokenKind copyText();
+
+  /// Spelling of the current token, always of a single token.
+  const Spelling* spelling() const { return spelling_; }
+
+  /// True when nothing is left to read, not even a token that has been looked at.
+  bool isExhausted() const { return at_ == end_ && peek_ == nullptr && pieces_.empty() && reader_ == nullptr; }
+
+  /// The tokens that have not been read, when all of them are single tokens or whole elements, that is, unless the
+  /// reading stands inside of an element or a token has been looked at; empty then.
+  SpellingRange rest() const;
+  /// Takes the first `count` tokens of `rest()`, which are single ones; the last of them becomes the current token.
+  void take(std::size_t count);
+
+ private:
+  struct CommentReader;
+
+  const Spelling* next();
+  CppTokenKind handOut(const Spelling* spelling);
+
+  SpellingPool& pool_;
+  LexerContext context_;
+  TokenList list_;                              // Storage of the tokens, when the scanner owns them.
+  HideSet commonHideSet_;                       // Of all tokens, when it does not.
+  const Spelling* const* begin_ = nullptr;
+  const Spelling* const* at_ = nullptr;         // The next element.
+  const Spelling* const* end_ = nullptr;
+  std::size_t run_ = 0;                         // Run of `list_` that the current element was last found in.
+  SpellingRange pieces_;                        // What is left of an element of several tokens.
+  std::unique_ptr<CommentReader> reader_;       // Over an element that opens a comment.
+  const Spelling* peek_ = nullptr;
+  const Spelling* spelling_ = nullptr;
+};
+
+}  // namespace qnpp

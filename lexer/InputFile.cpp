@@ -1,0 +1,45 @@
+#include "lexer/InputFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace qnpp {
+
+FileBuffer::FileBuffer(const std::string& path) {
+  if (path.find('\0') != std::string::npos) {
+    return;  // The system would open the file named by what stands before the NUL.
+  }
+  descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  // Opening a directory for reading succeeds; only reading from it fails.
+  struct stat status {};
+  if (descriptor_ >= 0 && (::fstat(descriptor_, &status) != 0 || S_ISDIR(status.st_mode))) {
+    ::close(descriptor_);
+    descriptor_ = -1;
+  }
+}
+
+FileBuffer::~FileBuffer() {
+  if (descriptor_ >= 0) {
+    ::close(descriptor_);
+  }
+}
+
+std::streamsize FileBuffer::xsgetn(char* to, std::streamsize size) {
+  std::streamsize got = 0;
+  while (got < size) {
+    const ssize_t count = ::read(descriptor_, to + got, static_cast<std::size_t>(size - got));
+    if (count > 0) {
+      got += count;
+    } else if (count == 0 || (errno != EINTR && got > 0)) {
+      break;  // What came before an error is delivered; the error comes back with the next call.
+    } else if (errno != EINTR) {
+      throw std::ios_base::failure("read error");
+    }
+  }
+  return got;
+}
+
+}  // namespace qnpp

@@ -1,0 +1,70 @@
+// Byte streams that the lexer reads from.
+#pragma once
+
+#include <istream>
+#include <streambuf>
+#include <string>
+#include <string_view>
+
+namespace qnpp {
+
+/// Reads a file of the system. Blocks go straight into the reader's own buffer, so nothing is copied twice and an open
+/// file costs no buffer here.
+class FileBuffer : public std::streambuf {
+ public:
+  /// Opens `path` for reading. A directory counts as a file that cannot be opened.
+  explicit FileBuffer(const std::string& path);
+  FileBuffer(const FileBuffer&) = delete;
+  FileBuffer& operator=(const FileBuffer&) = delete;
+  ~FileBuffer() override;
+
+  bool isOpen() const { return descriptor_ >= 0; }
+
+ protected:
+  /// Reads until `size` bytes are there or the file ends. Throws std::ios_base::failure when the system reports an
+  /// error, which the stream above turns into its bad state.
+  std::streamsize xsgetn(char* to, std::streamsize size) override;
+
+ private:
+  int descriptor_ = -1;
+};
+
+/// A stream over a file; in the failed state when the file could not be opened.
+class InputFile : public std::istream {
+ public:
+  explicit InputFile(const std::string& path) : std::istream(nullptr), buffer_(path) {
+    rdbuf(&buffer_);
+    if (!buffer_.isOpen()) {
+      setstate(std::ios_base::failbit);
+    }
+  }
+
+ private:
+  FileBuffer buffer_;
+};
+
+/// A stream over bytes in memory, which are borrowed and must stay as they are while they are read.
+class InputText : public std::istream {
+ public:
+  InputText() : std::istream(nullptr) { rdbuf(&buffer_); }
+
+  /// Starts over with other bytes.
+  void reset(std::string_view text) {
+    buffer_.reset(text);
+    clear();
+  }
+
+ private:
+  class Buffer : public std::streambuf {
+   public:
+    void reset(std::string_view text) {
+      // A streambuf's get area is not const, but nothing here writes to it.
+      char* const begin = const_cast<char*>(text.data());
+      setg(begin, begin, begin + text.size());
+    }
+  };
+
+  Buffer buffer_;
+};
+
+}  // namespace qnpp

@@ -1,0 +1,76 @@
+// The names that macro definitions mention.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <string_view>
+#include <vector>
+
+#include "lexer/Spelling.h"
+#include "lexer/TextArena.h"
+
+namespace qnpp {
+
+struct CppMacro;
+
+/// A name that a macro definition has mentioned: as a macro's name, as a parameter or in a replacement list, or one of
+/// the words with a token kind of their own. Entries are never removed, so a pointer to one stays valid.
+struct Name {
+  Spelling spelling;            ///< Its text; `spelling.name` points back here.
+  CppMacro* macro = nullptr;    ///< The current definition, owned by the CppMacroTable; null while there is none.
+  std::uint32_t id = 0;         ///< Position in the order of appearance, from 0.
+  std::uint32_t hash = 0;
+
+  std::string_view text() const { return spelling.text(); }
+};
+
+/// Finds names by their text. A word of the input that is no macro is by far the commonest question, so `find` costs one
+/// hash of a view and, for most words, one look at an empty slot; it allocates nothing. Words that only the input
+/// mentions are not entered: the table grows with the macro definitions, not with the text.
+class NameTable {
+ public:
+  NameTable();
+  NameTable(const NameTable&) = delete;
+  NameTable& operator=(const NameTable&) = delete;
+
+  /// The entry for `text`, or null.
+  Name* find(std::string_view text) const {
+    const std::uint32_t hash = hashOf(text);
+    for (std::size_t at = hash & mask_;; at = (at + 1) & mask_) {
+      const Slot& slot = slots_[at];
+      if (slot.name == nullptr) {
+        return nullptr;
+      }
+      if (slot.hash == hash && slot.name->text() == text) {
+        return slot.name;
+      }
+    }
+  }
+
+  /// The entry for `text`, made if there is none; the bytes are copied.
+  Name* intern(std::string_view text);
+
+  std::size_t size() const { return names_.size(); }
+
+  /// Hash of a text; reads it in words of four or eight bytes and never outside of it.
+  static std::uint32_t hashOf(std::string_view text);
+
+ private:
+  struct Slot {
+    std::uint32_t hash = 0;
+    Name* name = nullptr;
+  };
+
+  void insertSlot(Name& name);
+  void grow();
+
+  std::vector<Slot> slots_;
+  std::size_t mask_;
+  std::deque<Name> names_;
+  TextArena texts_;
+};
+
+}  // namespace qnpp
+
+#include "lexer/NameTable.inl"

@@ -1,0 +1,38 @@
+// Inlined parts of NameTable: the scanner asks for every word of the text.
+#pragma once
+
+#include <cstring>
+
+namespace qnpp {
+
+inline std::uint32_t NameTable::hashOf(std::string_view text) {
+  constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15U;
+  const char* at = text.data();
+  std::size_t left = text.size();
+  std::uint64_t hash = left * kMultiplier;
+  const auto mix = [&hash](std::uint64_t word) {
+    hash = (hash ^ word) * kMultiplier;
+    hash ^= hash >> 32;
+  };
+  for (; left > 8; left -= 8, at += 8) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, at, 8);
+    mix(word);
+  }
+  // The last one to eight bytes: two loads that overlap, so that nothing behind the text is read.
+  std::uint64_t word = 0;
+  if (left >= 4) {
+    std::uint32_t low = 0;
+    std::uint32_t high = 0;
+    std::memcpy(&low, at, 4);
+    std::memcpy(&high, at + left - 4, 4);
+    word = (std::uint64_t{high} << 32) | low;
+  } else if (left > 0) {
+    word = static_cast<unsigned char>(at[0]) | (std::uint64_t{static_cast<unsigned char>(at[left / 2])} << 8) |
+           (std::uint64_t{static_cast<unsigned char>(at[left - 1])} << 16);
+  }
+  mix(word);
+  return static_cast<std::uint32_t>(hash);
+}
+
+}  // namespace qnpp

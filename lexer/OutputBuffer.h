@@ -1,0 +1,87 @@
+// The way out: the preprocessed text on its way to the output stream.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <ostream>
+#include <string_view>
+
+namespace qnpp {
+
+/// Collects the output in blocks and hands them to a stream; the stream is borrowed and must outlive the buffer.
+///
+/// The lexer writes here too: a comment's line ends go straight to the output, so that output and input stay in step
+/// without line-end tokens. What has been written reaches the stream by `flush` at the latest. Failures of the stream
+/// are not looked at: the exit status of the program speaks of the input alone.
+class OutputBuffer {
+ public:
+  OutputBuffer() = default;
+  OutputBuffer(const OutputBuffer&) = delete;
+  OutputBuffer& operator=(const OutputBuffer&) = delete;
+
+  void attach(std::ostream& sink) { sink_ = &sink; }
+
+  void write(const char* text, std::size_t size) {
+    if (size > kCapacity - used_) {
+      writeBlock(text, size);
+      return;
+    }
+    char* const to = bytes_.data() + used_;
+    used_ += size;
+    // Most texts are words of a few letters, for which the call of memcpy would cost more than the copy.
+    if (size > 16) {
+      std::memcpy(to, text, size);
+    } else if (size >= 8) {
+      copyEnds<8>(to, text, size);
+    } else if (size >= 4) {
+      copyEnds<4>(to, text, size);
+    } else if (size > 0) {
+      to[0] = text[0];
+      to[size / 2] = text[size / 2];
+      to[size - 1] = text[size - 1];
+    }
+  }
+  void write(std::string_view text) { write(text.data(), text.size()); }
+  void write(char character) {
+    if (used_ == kCapacity) {
+      flushBlock();
+    }
+    bytes_[used_++] = character;
+  }
+  void writeNumber(std::int32_t number);
+
+  /// Hands everything to the stream and flushes the stream itself.
+  void flush();
+
+  /// The line of the source that the next line written stands for; meaningful while a file is being read.
+  std::int32_t line() const { return line_; }
+  void setLine(std::int32_t line) { line_ = line; }
+
+  /// Ends a line of the output that stands for one line of the source. The count wraps as a 32-bit number.
+  void endLine() {
+    write('\n');
+    line_ = static_cast<std::int32_t>(static_cast<std::uint32_t>(line_) + 1U);
+  }
+
+ private:
+  static constexpr std::size_t kCapacity = 64 * 1024;
+
+  // Copies Half to 2 * Half bytes by the first and the last Half of them, which may overlap.
+  template <std::size_t Half>
+  static void copyEnds(char* to, const char* from, std::size_t size) {
+    std::memcpy(to, from, Half);
+    std::memcpy(to + size - Half, from + size - Half, Half);
+  }
+
+  void writeBlock(const char* text, std::size_t size);
+  void flushBlock();
+
+  std::ostream* sink_ = nullptr;
+  std::size_t used_ = 0;
+  std::int32_t line_ = 1;
+  std::array<char, kCapacity> bytes_;
+};
+
+}  // namespace qnpp

@@ -1,0 +1,51 @@
+// Spellings: texts of tokens together with what each of them lexes into.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "lexer/CppTokenKind.h"
+
+namespace qnpp {
+
+struct Name;
+
+/// The text of a stored token. A stored token has no kind of its own: its text is lexed again whenever it is read. What
+/// a text lexes into depends on the text alone, so the answer is found once and kept beside it.
+///
+/// A spelling is immutable (but for `name`, see there) and shared by every token list that holds it; it and its bytes
+/// live in a NameTable, in a Replacement or in a SpellingPool, whose rules say how long.
+struct Spelling {
+  /// In place of a token kind: the text lexes into no token or several (the object is a CompoundSpelling).
+  static constexpr std::int16_t kCompound = -1;
+  /// In place of a token kind: the text opens a comment. Lexing it writes to the output or reports, so nothing can be
+  /// remembered: it is lexed at each reading.
+  static constexpr std::int16_t kOpensComment = -2;
+
+  const char* data = nullptr;
+  std::uint32_t size = 0;
+  std::int16_t kind = TK_END;
+  /// The entry of the name table with this spelling; null when the text is no name, or none that any macro definition
+  /// has mentioned so far.
+  Name* name = nullptr;
+
+  std::string_view text() const { return {data, size}; }
+  bool isSingleToken() const { return kind >= 0; }
+};
+
+/// A text that lexes into `pieces`, each a single token; possibly none.
+struct CompoundSpelling : Spelling {
+  std::span<const Spelling* const> pieces;
+};
+
+/// A run of spellings that somebody else owns.
+using SpellingRange = std::span<const Spelling* const>;
+
+/// The spelling of one character that is a token by itself: operators, the blank, "\n" and every TK_OTHER byte.
+const Spelling* characterSpelling(char character);
+
+/// The single blank that stands for white space in normalized text.
+inline const Spelling* blankSpelling() { return characterSpelling(' '); }
+
+}  // namespace qnpp

@@ -1,0 +1,89 @@
+#include "lexer/SpellingPool.h"
+
+#include <algorithm>
+#include <new>
+
+namespace qnpp {
+namespace {
+
+bool isWordByte(char byte) {
+  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_' || (byte >= '0' && byte <= '9');
+}
+
+// True for a text that is an identifier or a word with a kind of its own: by far the commonest joined text.
+bool isWord(std::string_view text) {
+  return !text.empty() && !(text[0] >= '0' && text[0] <= '9') && std::all_of(text.begin(), text.end(), isWordByte);
+}
+
+// Whether lexing `text` could meet a comment; a "/*" inside a literal counts here, which only costs time.
+bool mayOpenComment(std::string_view text) {
+  return text.find("/*") != std::string_view::npos || text.find("//") != std::string_view::npos;
+}
+
+}  // namespace
+
+Spelling* SpellingPool::make(CppTokenKind kind, std::string_view text) {
+  return new (arena_.allocate(sizeof(Spelling)))
+      Spelling{text.data(), static_cast<std::uint32_t>(text.size()), static_cast<std::int16_t>(kind), nullptr};
+}
+
+const Spelling* SpellingPool::token(CppTokenKind kind, std::string_view text) {
+  if (text.size() == 1 && !isName(kind) && !(text[0] >= '0' && text[0] <= '9')) {
+    return characterSpelling(text[0]);
+  }
+  const bool isWordKind = isName(kind) || kind == TK_DEFINED || kind == TK_PRAGMA_OP;
+  if (isWordKind) {
+    if (Name* const known = names_.find(text)) {
+      return &known->spelling;
+    }
+  }
+  Spelling* const made = make(kind, arena_.copy(text));
+  if (isWordKind) {
+    unknownNames_.push_back(made);
+  }
+  return made;
+}
+
+const Spelling* SpellingPool::text(std::string_view text) {
+  if (isWord(text)) {
+    return token(TK_IDENTIFIER, text);
+  }
+  const std::string_view kept = arena_.copy(text);
+  if (mayOpenComment(kept)) {
+    return make(Spelling::kOpensComment, kept);
+  }
+  pieces_.clear();
+  lex(kept, pieces_);
+  if (pieces_.size() == 1 && pieces_[0]->size == kept.size()) {
+    return pieces_[0];
+  }
+  auto* const list = static_cast<const Spelling**>(arena_.allocate(pieces_.size() * sizeof(const Spelling*)));
+  std::copy(pieces_.begin(), pieces_.end(), list);
+  auto* const made = new (arena_.allocate(sizeof(CompoundSpelling))) CompoundSpelling;
+  made->data = kept.data();
+  made->size = static_cast<std::uint32_t>(kept.size());
+  made->kind = Spelling::kCompound;
+  made->pieces = {list, pieces_.size()};
+  return made;
+}
+
+void SpellingPool::lex(std::string_view text, std::vector<const Spelling*>& tokens) {
+  lexer_.lex(text, [this, &tokens](CppTokenKind kind, std::string_view tokenText) {
+    tokens.push_back(token(kind, tokenText));
+  });
+}
+
+void SpellingPool::release(const Mark& mark) {
+  arena_.release(mark.arena);
+  unknownNames_.resize(mark.unknownNames);
+}
+
+void SpellingPool::nameBecameKnown(Name& name) {
+  for (Spelling* const spelling : unknownNames_) {
+    if (spelling->name == nullptr && spelling->text() == name.text()) {
+      spelling->name = &name;
+    }
+  }
+}
+
+}  // namespace qnpp

@@ -1,0 +1,48 @@
+#include "lexer/TextArena.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace qnpp {
+
+std::string_view TextArena::copy(std::string_view text) {
+  if (text.empty()) {
+    return {};
+  }
+  char* const made = static_cast<char*>(allocate(text.size()));
+  std::memcpy(made, text.data(), text.size());
+  return {made, text.size()};
+}
+
+void* TextArena::allocateInNewChunk(std::size_t size) {
+  const std::size_t next = base_ == nullptr ? 0 : current_ + 1;
+  if (next == chunks_.size() || chunks_[next].size < size) {
+    // A released chunk that is too small stays behind the new one and is used later.
+    const std::size_t chunkSize = std::max(size, kChunkSize);
+    Chunk made{std::make_unique_for_overwrite<char[]>(chunkSize), chunkSize};
+    chunks_.insert(chunks_.begin() + static_cast<std::ptrdiff_t>(next), std::move(made));
+  }
+  current_ = next;
+  base_ = chunks_[next].bytes.get();
+  room_ = chunks_[next].size;
+  used_ = size;
+  return base_;
+}
+
+void TextArena::release(Mark mark) {
+  if (base_ == nullptr) {
+    return;
+  }
+  if (mark.chunk != current_) {
+    current_ = mark.chunk;
+    base_ = chunks_[current_].bytes.get();
+    room_ = chunks_[current_].size;
+    // One chunk is kept for the next need; what a large expansion took goes back to the system.
+    const std::size_t kept = current_ + 1 + (chunks_[current_ + 1].size == kChunkSize ? 1U : 0U);
+    chunks_.resize(std::min(kept, chunks_.size()));
+  }
+  used_ = mark.used;
+}
+
+}  // namespace qnpp

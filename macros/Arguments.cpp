@@ -1,0 +1,83 @@
+#include "macros/Arguments.h"
+
+#include <algorithm>
+
+namespace qnpp {
+namespace {
+
+bool isWordByte(char byte) {
+  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_' || (byte >= '0' && byte <= '9');
+}
+
+void appendTexts(SpellingRange tokens, std::string& text) {
+  for (const Spelling* const token : tokens) {
+    text.append(token->data, token->size);
+  }
+}
+
+}  // namespace
+
+bool mayMerge(const Spelling& before, const Spelling& token) {
+  const char last = before.data[before.size - 1];
+  const char first = token.data[0];
+  if (isWordByte(last)) {
+    return isWordByte(first);
+  }
+  if (before.size > 1) {
+    return false;  // No operator has more than two characters, and a literal is closed.
+  }
+  switch (last) {
+    case '#':
+    case '|':
+    case '&':
+      return first == last;
+    case '=':
+    case '!':
+      return first == '=';
+    case '<':
+    case '>':
+      return first == last || first == '=';
+    case '/':
+      return first == '/' || first == '*';
+    default:
+      return false;
+  }
+}
+
+bool isLoneQuote(const Spelling& token) { return token.kind == TK_OTHER && (*token.data == '"' || *token.data == '\''); }
+
+void Arguments::appendText(std::size_t index, std::string& text) const {
+  if (arguments_[index].text.data() != nullptr) {
+    text.append(arguments_[index].text);
+  } else {
+    appendTexts(tokens(index), text);
+  }
+}
+
+void Arguments::add(const Spelling* token, bool afterBlank) {
+  if (tokens_.size() > begin_) {
+    if (afterBlank) {
+      tokens_.push_back(blankSpelling());
+    } else {
+      mustLex_ = mustLex_ || mayMerge(*tokens_.back(), *token);
+    }
+  }
+  mustLex_ = mustLex_ || isLoneQuote(*token);
+  tokens_.push_back(token);
+}
+
+void Arguments::finish(const HideSet& hideSet, SpellingPool& pool) {
+  std::string_view text;
+  if (mustLex_) {
+    std::string joined;
+    appendTexts(SpellingRange(tokens_).subspan(begin_), joined);
+    text = pool.keep(joined);
+    tokens_.resize(begin_);
+    pool.lex(text, tokens_);
+    mustLex_ = false;
+  }
+  arguments_.push_back({begin_, tokens_.size() - begin_, nullptr, text, hideSet});
+  begin_ = tokens_.size();
+}
+
+}  // namespace qnpp

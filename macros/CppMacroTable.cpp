@@ -1,0 +1,45 @@
+#include "macros/CppMacroTable.h"
+
+#include <utility>
+
+namespace qnpp {
+
+void CppMacroTable::defineFromCommandLine(std::string_view name, std::string_view definition) {
+  if (lookup(name) == nullptr) {
+    define(name, CppMacro{std::string(definition), {}, false, nullptr});
+  }
+}
+
+void CppMacroTable::define(std::string_view name, CppMacro macro) {
+  Name& entry = *names_.intern(name);
+  if (entry.macro == nullptr) {
+    pool_.nameBecameKnown(entry);
+  }
+  if (definitions_.size() <= entry.id) {
+    definitions_.resize(names_.size());
+  }
+  auto definition = std::make_unique<CppMacro>(std::move(macro));
+  retire(entry);
+  entry.macro = definition.get();
+  definitions_[entry.id] = std::move(definition);
+}
+
+void CppMacroTable::undefine(std::string_view name) {
+  Name* const entry = names_.find(name);
+  if (entry != nullptr && entry->macro != nullptr) {
+    retire(*entry);
+  }
+}
+
+void CppMacroTable::retire(Name& name) {
+  if (name.macro != nullptr) {
+    retiredMacros_.push_back(std::move(definitions_[name.id]));
+    name.macro = nullptr;
+  }
+}
+
+const Replacement& CppMacroTable::keep(std::unique_ptr<const Replacement> replacement) {
+  return *retiredReplacements_.emplace_back(std::move(replacement));
+}
+
+}  // namespace qnpp

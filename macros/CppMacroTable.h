@@ -1,0 +1,63 @@
+// The macro table.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "lexer/NameTable.h"
+#include "lexer/SpellingPool.h"
+#include "macros/CppMacro.h"
+
+namespace qnpp {
+
+/// The macro definitions by name; at most one for each. Names are compared byte by byte.
+///
+/// The table answers through the name table: a Name points at its definition, so that a token whose name is known needs
+/// no search. A definition that is replaced or removed while an expansion may still be reading it is kept until
+/// `dropRetired`.
+class CppMacroTable {
+ public:
+  CppMacroTable(NameTable& names, SpellingPool& pool) : names_(names), pool_(pool) {}
+  CppMacroTable(const CppMacroTable&) = delete;
+  CppMacroTable& operator=(const CppMacroTable&) = delete;
+
+  /// Defines an object-like macro whose text is `definition`, taken as it stands. The first definition of a name wins:
+  /// when there is one already, nothing happens and nothing is reported.
+  void defineFromCommandLine(std::string_view name, std::string_view definition);
+
+  /// The definition of `name`, or null. It stays valid until the name is defined anew or removed.
+  CppMacro* lookup(std::string_view name) const {
+    const Name* const known = names_.find(name);
+    return known == nullptr ? nullptr : known->macro;
+  }
+
+  /// Makes `macro` the definition of `name`, in the place of any other.
+  void define(std::string_view name, CppMacro macro);
+  /// Removes the definition of `name`, if there is one.
+  void undefine(std::string_view name);
+
+  /// Keeps a replacement that is good for one use until `dropRetired`.
+  const Replacement& keep(std::unique_ptr<const Replacement> replacement);
+
+  /// Frees the definitions and replacements that have been kept because they might be in use.
+  void dropRetired() {
+    if (!retiredMacros_.empty() || !retiredReplacements_.empty()) {
+      retiredMacros_.clear();
+      retiredReplacements_.clear();
+    }
+  }
+
+ private:
+  void retire(Name& name);
+
+  NameTable& names_;
+  SpellingPool& pool_;
+  std::vector<std::unique_ptr<CppMacro>> definitions_;  // By the id of the name.
+  std::vector<std::unique_ptr<CppMacro>> retiredMacros_;
+  std::vector<std::unique_ptr<const Replacement>> retiredReplacements_;
+};
+
+}  // namespace qnpp

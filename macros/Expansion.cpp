@@ -1,0 +1,296 @@
+// Expansion of token lists, and substitution of arguments.
+//
+// A list is expanded by reading it: it becomes the current source, closed at its end, and what is read is collected.
+// An object-like macro met on the way is pushed as a further source and read on. A function-like one is substituted:
+// its replacement list is walked step by step, and a parameter that is neither stringized nor joined needs its argument
+// expanded first, which is the expansion of a list again. Neither function calls the other: both are objects on a stack
+// (see Expansion), and runExpansions works on the innermost until there is none left.
+//
+// It ends because every token that an expansion makes carries the names it came from in its hide set, and no name is
+// expanded at a token that carries it.
+#include <algorithm>
+#include <utility>
+
+#include "engine/Sources.h"
+
+namespace qnpp {
+
+TokenList CppPreprocessor::expandTokenList(TokenList tokens) {
+  if (tokens.empty()) {
+    return {};
+  }
+  const std::size_t base = expansions_.size();
+  Expansion& expansion = pushExpansion();
+  expansion.isSubstitution = false;
+  expansion.floor = floor_;
+  pushTokens(std::move(tokens));
+  floor_ = sources_.size() - 1;
+  runExpansions(base);
+  return std::move(expandedOperand_);
+}
+
+void CppPreprocessor::runExpansions(std::size_t base) {
+  while (expansions_.size() > base) {
+    Expansion& innermost = *expansions_.back();
+    if (innermost.isSubstitution) {
+      substitute(innermost);
+    } else {
+      expandList(innermost);
+    }
+  }
+}
+
+Expansion& CppPreprocessor::pushExpansion() {
+  if (spareExpansions_.empty()) {
+    return *expansions_.emplace_back(std::make_unique<Expansion>());
+  }
+  expansions_.push_back(std::move(spareExpansions_.back()));
+  spareExpansions_.pop_back();
+  return *expansions_.back();
+}
+
+void CppPreprocessor::popExpansion() {
+  constexpr std::size_t kMostSpares = 64;
+  std::unique_ptr<Expansion> finished = std::move(expansions_.back());
+  expansions_.pop_back();
+  if (spareExpansions_.size() < kMostSpares) {
+    finished->clear();
+    spareExpansions_.push_back(std::move(finished));
+  }
+}
+
+// ---- Substitution ----
+
+void CppPreprocessor::beginSubstitution(const Name& name, Arguments& arguments, const HideSet& hideSet,
+                                        std::size_t graveyardSize) {
+  const Replacement& replacement = replacementOf(name);
+  Expansion& expansion = pushExpansion();
+  expansion.isSubstitution = true;
+  expansion.replacement = &replacement;
+  expansion.step = 0;
+  std::swap(expansion.arguments, arguments);
+  expansion.hideSet = hideSet;
+  expansion.graveyardSize = graveyardSize;
+}
+
+// Carries out the steps that are left, up to one that has to wait for an expanded argument.
+void CppPreprocessor::substitute(Expansion& expansion) {
+  const Replacement& replacement = *expansion.replacement;
+  const auto& steps = replacement.steps();
+  while (expansion.step < steps.size()) {
+    const Replacement::Step& step = steps[expansion.step++];
+    switch (step.kind) {
+      case Replacement::Step::Kind::Tokens:
+        expansion.result.append(replacement.tokens().subspan(step.begin, step.end - step.begin), expansion.hideSet);
+        break;
+      case Replacement::Step::Kind::Expand:
+        if (!appendExpanded(expansion, step.begin)) {
+          beginListExpansion(step.begin);
+          return;
+        }
+        break;
+      case Replacement::Step::Kind::Stringize:
+        expansion.result.append(stringize(expansion.arguments, step.begin), expansion.hideSet);
+        break;
+      case Replacement::Step::Kind::Join:
+        expansion.result.append(join(replacement, expansion.arguments, step), expansion.hideSet);
+        break;
+      case Replacement::Step::Kind::Misuse:
+        reportError(Replacement::misuse(step.begin));  // What has been made so far is the result.
+        break;
+    }
+  }
+  finishSubstitution(expansion);
+}
+
+// The result becomes the current source: of the list expansion that met the invocation, or of the run loop.
+void CppPreprocessor::finishSubstitution(Expansion& expansion) {
+  if (!expansion.result.empty()) {
+    pushTokens(std::exchange(expansion.result, {}));
+  }
+  emptyGraveyard(expansion.graveyardSize);
+  popExpansion();
+}
+
+// Appends the expansion of an argument if it is known: because there is no macro's name in it, or from an earlier step.
+bool CppPreprocessor::appendExpanded(Expansion& expansion, std::uint32_t argument) {
+  const SpellingRange tokens = expansion.arguments.tokens(argument);
+  const bool isPlain = std::none_of(tokens.begin(), tokens.end(), [](const Spelling* token) {
+    return token->name != nullptr && token->name->macro != nullptr;
+  });
+  if (isPlain) {
+    expansion.result.append(tokens, expansion.arguments.hideSet(argument).joined(expansion.hideSet));
+    return true;
+  }
+  for (const auto& [index, expanded] : expansion.expanded) {
+    if (index == argument) {
+      expansion.result.append(expanded, expansion.hideSet);
+      return true;
+    }
+  }
+  return false;
+}
+
+// A string literal of the argument's text. Within literals of the text backslashes are doubled, and every double quote
+// gets one; a quote of either sort that no backslash precedes switches between inside and outside.
+const Spelling* CppPreprocessor::stringize(const Arguments& arguments, std::uint32_t argument) {
+  std::string text;
+  arguments.appendText(argument, text);
+  std::string literal = "\"";
+  bool inLiteral = false;
+  char before = '\0';
+  for (const char character : text) {
+    if (character == '"' || (character == '\\' && inLiteral)) {
+      literal.push_back('\\');
+    }
+    if ((character == '"' || character == '\'') && before != '\\') {
+      inLiteral = !inLiteral;
+    }
+    literal.push_back(character);
+    before = character;
+  }
+  literal.push_back('"');
+  return pool_.text(literal);
+}
+
+// The texts of all operands as one element, which never merges with its neighbours.
+const Spelling* CppPreprocessor::join(const Replacement& replacement, const Arguments& arguments,
+                                      const Replacement::Step& step) {
+  std::string text;
+  for (std::uint32_t index = step.begin; index < step.end; ++index) {
+    const Replacement::Item& operand = replacement.operands()[index];
+    switch (operand.kind) {
+      case Replacement::Item::Kind::Token:
+        text.append(replacement.tokens()[operand.index]->text());
+        break;
+      case Replacement::Item::Kind::Parameter:
+        arguments.appendText(operand.index, text);
+        break;
+      case Replacement::Item::Kind::Literal:
+        text.append(stringize(arguments, operand.index)->text());
+        break;
+    }
+  }
+  return pool_.text(text);
+}
+
+// ---- List expansion ----
+
+// Begins the expansion of an argument of the innermost substitution.
+void CppPreprocessor::beginListExpansion(std::uint32_t argument) {
+  const Arguments& arguments = expansions_.back()->arguments;
+  const SpellingRange tokens = arguments.tokens(argument);
+  const HideSet& hideSet = arguments.hideSet(argument);
+  Expansion& expansion = pushExpansion();
+  expansion.isSubstitution = false;
+  expansion.floor = floor_;
+  expansion.argument = argument;
+  expansion.eventCount = eventCount();
+  pushTokens(tokens, hideSet);
+  floor_ = sources_.size() - 1;
+}
+
+// Reads on to the end of the list, or to an invocation whose substitution has to be finished first.
+void CppPreprocessor::expandList(Expansion& expansion) {
+  TokenList& result = expansion.result;
+  while (expansions_.back().get() == &expansion) {
+    const CppTokenKind kind = nextToken();
+    if (kind == TK_END) {
+      finishListExpansion(expansion);
+      return;
+    }
+    if (kind == TK_DEFINED && inCondition_) {
+      passDefinedOperand(result);
+    } else if (!isName(kind) || !expandNameInList(result)) {
+      result.append(listSource().spelling(), current_->hideSet());
+    }
+  }
+}
+
+// The result goes to the waiting substitution, or to the caller of expandTokenList.
+void CppPreprocessor::finishListExpansion(Expansion& expansion) {
+  removeSource();
+  floor_ = expansion.floor;
+  TokenList result = std::exchange(expansion.result, {});
+  const std::uint32_t argument = expansion.argument;
+  const bool isQuiet = expansion.eventCount == eventCount();
+  popExpansion();
+  if (expansions_.empty() || !expansions_.back()->isSubstitution) {
+    expandedOperand_ = std::move(result);
+    return;
+  }
+  Expansion& waiting = *expansions_.back();
+  waiting.result.append(result, waiting.hideSet);
+  // A parameter may stand in the list again. Its argument is expanded anew for each place, which is the same unless a
+  // message was given or a comment lexed: those are repeated.
+  const auto& steps = waiting.replacement->steps();
+  const bool isWantedAgain =
+      std::any_of(steps.begin() + static_cast<std::ptrdiff_t>(waiting.step), steps.end(), [argument](const auto& step) {
+        return step.kind == Replacement::Step::Kind::Expand && step.begin == argument;
+      });
+  if (isQuiet && isWantedAgain) {
+    waiting.expanded.emplace_back(argument, std::move(result));
+  }
+}
+
+// The current token is a name of the list. Returns false when it is not to be expanded and has to be collected as it is;
+// otherwise its expansion has been pushed or begun, or it has been collected here.
+bool CppPreprocessor::expandNameInList(TokenList& result) {
+  const Spelling* const spelling = listSource().spelling();
+  const Name* const name = spelling->name;
+  if (name == nullptr || name->macro == nullptr || current_->hideSet().contains(*name)) {
+    return false;
+  }
+  const HideSet ownHideSet = current_->hideSet();
+  const HideSet hideSet = ownHideSet.with(*name);
+  if (!name->macro->functionLike) {
+    pushObjectLike(*name, hideSet);
+    return true;
+  }
+  refreshPredefined(*name);
+  const std::size_t graveyardSize = graveyard_.size();
+  isCollecting_ = true;
+  TokenList skipped;
+  for (CppTokenKind kind = peekToken(); isWhiteSpace(kind); kind = peekToken()) {
+    nextToken();
+    skipped.append(listSource().spelling(), current_->hideSet());
+  }
+  const bool isInvocation = peekToken() == '(';
+  Arguments arguments;
+  const bool complete = isInvocation && collectArguments(*name->macro, arguments);
+  isCollecting_ = false;
+  if (complete) {
+    beginSubstitution(*name, arguments, hideSet, graveyardSize);
+    return true;
+  }
+  result.append(spelling, ownHideSet);
+  if (!isInvocation) {
+    result.append(skipped, HideSet());
+  }
+  emptyGraveyard(graveyardSize);
+  return true;
+}
+
+// The current token is `defined` in a condition: its operand, with or without parentheses, is not expanded.
+void CppPreprocessor::passDefinedOperand(TokenList& result) {
+  const auto collect = [this, &result] { result.append(listSource().spelling(), current_->hideSet()); };
+  const auto passBlanks = [this, &collect] {
+    while (isBlank(peekToken())) {
+      nextToken();
+      collect();
+    }
+  };
+  collect();
+  passBlanks();
+  if (peekToken() == '(') {
+    nextToken();
+    collect();
+    passBlanks();
+  }
+  if (isName(peekToken())) {
+    nextToken();
+    collect();
+  }
+}
+
+}  // namespace qnpp

@@ -1,0 +1,47 @@
+// A macro expansion under way.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "lexer/HideSet.h"
+#include "lexer/TokenList.h"
+#include "macros/Arguments.h"
+#include "macros/Replacement.h"
+
+namespace qnpp {
+
+/// One of the two kinds of work that call for each other: the replacement of an invocation needs its arguments expanded,
+/// and the expansion of a token list needs the invocations in it replaced. They wait for each other on a stack of these
+/// objects, not on the stack of the C++ program, so nesting is limited by memory alone.
+struct Expansion {
+  /// True for the replacement of an invocation, false for the expansion of a list.
+  bool isSubstitution = false;
+  /// What has been made so far.
+  TokenList result;
+
+  // ---- Replacement of an invocation ----
+  const Replacement* replacement = nullptr;
+  std::size_t step = 0;              ///< The next of its steps.
+  Arguments arguments;
+  HideSet hideSet;                   ///< Of the invocation, the macro's name included.
+  std::size_t graveyardSize = 0;     ///< Sources that ended since then may hold tokens of the arguments.
+  /// Expanded arguments, by index, that a later step wants again.
+  std::vector<std::pair<std::uint32_t, TokenList>> expanded;
+
+  // ---- Expansion of a list ----
+  std::size_t floor = 0;             ///< To be restored: where reading ended before the list was begun.
+  std::uint32_t argument = 0;        ///< Which argument of the waiting invocation the list is.
+  std::uint64_t eventCount = 0;      ///< Messages and comments when the list was begun.
+
+  void clear() {
+    result.clear();
+    arguments.clear();
+    hideSet = HideSet();
+    expanded.clear();
+  }
+};
+
+}  // namespace qnpp

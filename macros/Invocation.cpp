@@ -1,0 +1,140 @@
+// Macro invocations in text, and the arguments of function-like ones.
+#include <utility>
+
+#include "engine/Sources.h"
+
+namespace qnpp {
+
+// The current token is a name in a text line. It is written, or its expansion becomes the current source, so that
+// rescanning is reading on.
+void CppPreprocessor::expandInText() {
+  const Name* const name = currentName();
+  if (name == nullptr || name->macro == nullptr || current_->hideSet().contains(*name)) {
+    output_.write(currentText());
+    return;
+  }
+  const HideSet hideSet = current_->hideSet().with(*name);
+  if (name->macro->functionLike) {
+    expandFunctionLikeInText(*name, hideSet);
+  } else {
+    pushObjectLike(*name, hideSet);
+  }
+}
+
+void CppPreprocessor::expandFunctionLikeInText(const Name& name, const HideSet& hideSet) {
+  refreshPredefined(name);
+  InFlight inFlight(*this);
+  isCollecting_ = true;
+  scratch_.clear();
+  while (isWhiteSpace(peekToken())) {
+    nextToken();
+    scratch_.append(currentText());
+  }
+  const bool isInvocation = peekToken() == '(';
+  if (!isInvocation) {
+    output_.write(scratch_);  // The white space behind the name comes out before it.
+  }
+  Arguments arguments;
+  const bool complete = isInvocation && collectArguments(*name.macro, arguments);
+  isCollecting_ = false;
+  if (complete) {
+    const std::size_t base = expansions_.size();
+    beginSubstitution(name, arguments, hideSet, 0);
+    runExpansions(base);
+  } else {
+    output_.write(name.text());
+    emptyGraveyard(0);
+    inFlight.release();
+  }
+}
+
+// The macro's tokens become the current source.
+void CppPreprocessor::pushObjectLike(const Name& name, const HideSet& hideSet) {
+  if (isRefreshed(name)) {
+    refreshPredefined(name);
+    std::vector<const Spelling*> tokens;
+    pool_.lex(name.macro->text, tokens);
+    TokenList list;
+    list.append(tokens, hideSet);
+    pushTokens(std::move(list));
+  } else {
+    pushTokens(replacementOf(name).tokens(), hideSet);
+  }
+}
+
+// The lexed replacement list of the macro's text as it is now. Valid while any list source or expansion is alive.
+const Replacement& CppPreprocessor::replacementOf(const Name& name) {
+  CppMacro& macro = *name.macro;
+  if (macro.replacement != nullptr) {
+    return *macro.replacement;
+  }
+  auto made = macro.functionLike
+                  ? std::make_unique<const Replacement>(macro.text, macro.parameters, names_, storedTextLexer_)
+                  : std::make_unique<const Replacement>(macro.text, names_, storedTextLexer_);
+  if (made->opensComment() || isRefreshed(name)) {
+    return macroTable_.keep(std::move(made));
+  }
+  macro.replacement = std::move(made);
+  return *macro.replacement;
+}
+
+// Reads "(", the arguments and ")". Reports and returns false when the list is not well-formed or has the wrong number
+// of arguments; what has been read by then is lost, the rest stays to be read as text.
+bool CppPreprocessor::collectArguments(const CppMacro& macro, Arguments& arguments) {
+  const std::size_t expected = macro.parameters.size();
+  CppTokenKind kind = nextToken();  // "("
+  do {
+    skipWhiteSpace();
+    kind = nextToken();
+    if (kind == ')') {
+      break;  // "()" has no argument, and a "," directly before ")" adds none.
+    }
+    if (kind == ',') {
+      arguments.finish(current_->hideSet(), pool_);
+    } else {
+      kind = readArgument(kind, arguments);
+    }
+    if (kind == ',' && arguments.count() > expected) {
+      reportError("A macro invocation has too many arguments");
+      return false;
+    }
+  } while (kind == ',');
+
+  if (kind != ')') {
+    reportError("The macro invocation is improperly terminated");
+    return false;
+  }
+  if (arguments.count() < expected) {
+    reportError("There are not enough arguments in a macro invocation");
+    return false;
+  }
+  if (arguments.count() > expected) {
+    reportError("A macro invocation has too many arguments");
+    return false;
+  }
+  return true;
+}
+
+// Reads an argument that starts with the current token, of `kind`. Returns the kind of the token that ended it: "," or
+// ")" outside of any parentheses, or the end of the input.
+CppTokenKind CppPreprocessor::readArgument(CppTokenKind kind, Arguments& arguments) {
+  std::size_t depth = 0;
+  bool afterBlank = false;
+  while (kind != TK_END) {
+    if (kind == '(') {
+      ++depth;
+    } else if (kind == ')' || kind == ',') {
+      if (depth == 0) {
+        break;
+      }
+      depth -= kind == ')' ? 1U : 0U;
+    }
+    arguments.add(currentSpelling(kind), afterBlank);
+    afterBlank = skipWhiteSpace();
+    kind = nextToken();
+  }
+  arguments.finish(current_->hideSet(), pool_);
+  return kind;
+}
+
+}  // namespace qnpp

@@ -1,0 +1,79 @@
+// Replacement lists, ready for use.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "lexer/NameTable.h"
+#include "lexer/Spelling.h"
+#include "lexer/StoredTextLexer.h"
+
+namespace qnpp {
+
+/// A replacement list as the lexer sees it. A macro's text is lexed at each invocation; since that gives the same tokens
+/// every time, it is done once per definition, and the work of a function-like macro is laid out as a list of steps.
+/// The one exception is a text that opens a comment (a body joined by a continuation into "/*"): lexing it writes and
+/// reports, so it is done anew each time.
+class Replacement {
+ public:
+  /// What stands in the place of a token or operand of the list.
+  struct Item {
+    enum class Kind : std::uint8_t {
+      Token,      ///< `tokens()[index]` itself.
+      Parameter,  ///< The argument at `index`.
+      Literal,    ///< The argument at `index`, made a string literal.
+    };
+    Kind kind = Kind::Token;
+    std::uint32_t index = 0;
+  };
+
+  /// One step of substituting arguments; `begin` and `end` mean what the kind says.
+  struct Step {
+    enum class Kind : std::uint8_t {
+      Tokens,     ///< Append `tokens()[begin, end)`.
+      Expand,     ///< Append argument `begin`, expanded.
+      Stringize,  ///< Append a string literal of argument `begin`.
+      Join,       ///< Append the joined texts of `operands()[begin, end)` as one element.
+      Misuse,     ///< Report `misuses()[begin]` and stop.
+    };
+    Kind kind = Kind::Tokens;
+    std::uint32_t begin = 0;
+    std::uint32_t end = 0;
+  };
+
+  /// An object-like macro's list: its tokens as they stand.
+  Replacement(std::string_view text, NameTable& names, StoredTextLexer& lexer);
+  /// A function-like macro's list, with the steps for `parameters`.
+  Replacement(std::string_view text, const std::vector<std::string>& parameters, NameTable& names,
+              StoredTextLexer& lexer);
+  Replacement(const Replacement&) = delete;
+  Replacement& operator=(const Replacement&) = delete;
+
+  /// The tokens of the object-like list, or those that the steps refer to.
+  SpellingRange tokens() const { return tokens_; }
+  const std::vector<Step>& steps() const { return steps_; }
+  const std::vector<Item>& operands() const { return operands_; }
+
+  /// Whether lexing met a comment, so that this object is good for one use only.
+  bool opensComment() const { return opensComment_; }
+
+  /// The message of a Misuse step.
+  static std::string_view misuse(std::uint32_t index);
+
+ private:
+  class StepBuilder;
+
+  void lex(std::string_view text, NameTable& names, StoredTextLexer& lexer);
+
+  std::string texts_;          // Texts of `own_`.
+  std::vector<Spelling> own_;  // Tokens that are neither names nor single characters.
+  std::vector<const Spelling*> tokens_;
+  std::vector<Step> steps_;
+  std::vector<Item> operands_;
+  bool opensComment_ = false;
+};
+
+}  // namespace qnpp

@@ -1,0 +1,342 @@
+// Constant expressions: the conditions of #if and #elif.
+//
+// The grammar, from the loosest to the tightest binding:
+//
+//   conditional:  a ? b : c      right to left, both branches are conditionals
+//   binary:       || && | ^ & == != < > <= >= << >> + - * / %      left to right
+//   unary:        ! ~ - +
+//   primary:      number, character, name, defined, ( conditional )
+//
+// Every operand is evaluated: there is no short circuit, and an error in a branch that is not taken is an error. What
+// waits for an operand (an operator with its left operand, an open parenthesis, a "?" or ":") waits on a stack of its
+// own, so nesting is limited by memory alone.
+#include <csignal>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "directives/CharacterLiteral.h"
+#include "engine/Sources.h"
+
+namespace qnpp {
+namespace {
+
+// Binding strength of a binary operator; 0 for any other token.
+int precedenceOf(CppTokenKind kind) {
+  switch (kind) {
+    case TK_OROR:
+      return 1;
+    case TK_ANDAND:
+      return 2;
+    case '|':
+      return 3;
+    case '^':
+      return 4;
+    case '&':
+      return 5;
+    case TK_EQ:
+    case TK_NE:
+      return 6;
+    case '<':
+    case '>':
+    case TK_LE:
+    case TK_GE:
+      return 7;
+    case TK_SHL:
+    case TK_SHR:
+      return 8;
+    case '+':
+    case '-':
+      return 9;
+    case '*':
+    case '/':
+    case '%':
+      return 10;
+    default:
+      return 0;
+  }
+}
+
+bool isUnaryOperator(CppTokenKind kind) { return kind == '!' || kind == '~' || kind == '-' || kind == '+'; }
+
+CppExprValue applyUnary(CppTokenKind op, CppExprValue a) {
+  switch (op) {
+    case '!':
+      return {a.value == 0 ? 1U : 0U, a.isSigned};
+    case '~':
+      return {~a.value, a.isSigned};
+    case '-':
+      return {0U - a.value, a.isSigned};
+    default:
+      return a;
+  }
+}
+
+// -1, 0 or 1 as `a` is less than, equal to or greater than `b`; signed numbers when both are.
+int compare(CppExprValue a, CppExprValue b) {
+  if (a.isSigned && b.isSigned) {
+    const auto left = static_cast<std::int32_t>(a.value);
+    const auto right = static_cast<std::int32_t>(b.value);
+    return (left > right) - (left < right);
+  }
+  return (a.value > b.value) - (a.value < b.value);
+}
+
+// Saturates at 32 bits; stops at the suffix.
+std::uint32_t parseInteger(const std::string& text, int base) {
+  constexpr unsigned long kLargest = 0xFFFFFFFFUL;
+  const unsigned long number = std::strtoul(text.c_str(), nullptr, base);
+  return static_cast<std::uint32_t>(number < kLargest ? number : kLargest);
+}
+
+}  // namespace
+
+// Evaluates one conditional from the current source.
+class CppPreprocessor::ExpressionReader {
+ public:
+  ExpressionReader(CppPreprocessor& preprocessor, bool& ok) : preprocessor_(preprocessor), ok_(ok) {}
+
+  CppExprValue read() {
+    for (;;) {
+      CppExprValue value = readOperand();
+      if (!readOperator(value)) {
+        return value;
+      }
+    }
+  }
+
+ private:
+  // What waits for the operand that is being read.
+  struct Waiting {
+    enum class Kind : std::uint8_t { Unary, Binary, Parenthesis, Condition, Branch };
+    Kind kind;
+    CppTokenKind op = TK_END;  // Of Unary and Binary.
+    CppExprValue left{};       // Left operand of Binary; the condition of Condition and Branch.
+    CppExprValue middle{};     // The branch that is taken if the condition of Branch holds.
+  };
+
+  CppTokenKind peek() { return preprocessor_.peekOperandToken(); }
+  CppTokenKind get() { return preprocessor_.nextOperandToken(); }
+
+  CppExprValue fail(std::string_view message) {
+    preprocessor_.reportError(message);
+    ok_ = false;
+    return {};
+  }
+
+  // Reads unary operators and open parentheses, then a primary.
+  CppExprValue readOperand() {
+    for (;;) {
+      const CppTokenKind kind = peek();
+      if (isUnaryOperator(kind)) {
+        waiting_.push_back({Waiting::Kind::Unary, get()});
+      } else if (kind == '(') {
+        get();
+        waiting_.push_back({Waiting::Kind::Parenthesis});
+      } else {
+        return readPrimary(kind);
+      }
+    }
+  }
+
+  // Behind an operand: finishes what the next token does not bind into, and reads that token if it wants another
+  // operand. Returns false when the expression is complete; `value` is then its value.
+  bool readOperator(CppExprValue& value) {
+    for (;;) {
+      const CppTokenKind kind = peek();
+      const int precedence = precedenceOf(kind);
+      applyOperators(value, precedence);
+      if (precedence > 0) {
+        waiting_.push_back({Waiting::Kind::Binary, get(), value});
+        return true;
+      }
+      if (kind == '?') {
+        get();
+        waiting_.push_back({Waiting::Kind::Condition, kind, value});
+        return true;
+      }
+      if (waiting_.empty()) {
+        return false;
+      }
+      const Waiting innermost = waiting_.back();
+      waiting_.pop_back();
+      if (innermost.kind == Waiting::Kind::Parenthesis) {
+        value = closeParenthesis(value);
+      } else if (innermost.kind == Waiting::Kind::Branch) {
+        value = innermost.left.value != 0 ? innermost.middle : value;
+      } else if (kind == ':') {
+        get();
+        waiting_.push_back({Waiting::Kind::Branch, kind, innermost.left, value});
+        return true;
+      } else {
+        value = fail("\":\" expected in constant expression");
+      }
+    }
+  }
+
+  // Applies the waiting operators that bind at least as tightly as one of `precedence`.
+  void applyOperators(CppExprValue& value, int precedence) {
+    for (; !waiting_.empty(); waiting_.pop_back()) {
+      const Waiting& innermost = waiting_.back();
+      if (innermost.kind == Waiting::Kind::Unary) {
+        value = applyUnary(innermost.op, value);
+      } else if (innermost.kind == Waiting::Kind::Binary && precedenceOf(innermost.op) >= precedence) {
+        value = applyBinary(innermost.op, innermost.left, value);
+      } else {
+        return;
+      }
+    }
+  }
+
+  // Signed only if both operands are, comparisons and logical operators included.
+  CppExprValue applyBinary(CppTokenKind op, CppExprValue a, CppExprValue b) {
+    const bool isSigned = a.isSigned && b.isSigned;
+    const auto make = [isSigned](std::uint32_t bits) { return CppExprValue(bits, isSigned); };
+    const auto truth = [isSigned](bool holds) { return CppExprValue(holds ? 1U : 0U, isSigned); };
+    switch (op) {
+      case TK_OROR:
+        return truth(a.value != 0 || b.value != 0);
+      case TK_ANDAND:
+        return truth(a.value != 0 && b.value != 0);
+      case '|':
+        return make(a.value | b.value);
+      case '^':
+        return make(a.value ^ b.value);
+      case '&':
+        return make(a.value & b.value);
+      case TK_EQ:
+        return truth(a.value == b.value);
+      case TK_NE:
+        return truth(a.value != b.value);
+      case '<':
+        return truth(compare(a, b) < 0);
+      case '>':
+        return truth(compare(a, b) > 0);
+      case TK_LE:
+        return truth(compare(a, b) <= 0);
+      case TK_GE:
+        return truth(compare(a, b) >= 0);
+      case TK_SHL:
+        return make(a.value << (b.value % 32U));
+      case TK_SHR:
+        return make(a.value >> (b.value % 32U));  // Never copies the sign, not even of a signed value.
+      case '+':
+        return make(a.value + b.value);
+      case '-':
+        return make(a.value - b.value);
+      case '*':
+        return make(a.value * b.value);
+      default:
+        return make(divide(op, a, b));
+    }
+  }
+
+  std::uint32_t divide(CppTokenKind op, CppExprValue a, CppExprValue b) {
+    const bool isSigned = a.isSigned && b.isSigned;
+    if (b.value == 0 || (isSigned && a.value == 0x80000000U && b.value == 0xFFFFFFFFU)) {
+      preprocessor_.raiseArithmeticFault();
+    }
+    if (isSigned) {
+      const auto left = static_cast<std::int32_t>(a.value);
+      const auto right = static_cast<std::int32_t>(b.value);
+      return static_cast<std::uint32_t>(op == '/' ? left / right : left % right);
+    }
+    return op == '/' ? a.value / b.value : a.value % b.value;
+  }
+
+  CppExprValue closeParenthesis(CppExprValue value) {
+    if (peek() != ')') {
+      return fail("\")\" expected");
+    }
+    get();
+    refuseCall();
+    return value;
+  }
+
+  // A "(" behind an operand looks like a call of a function; it stays, and the operand keeps its value.
+  void refuseCall() {
+    if (peek() == '(') {
+      fail("A function call is not allowed in a constant expression");
+    }
+  }
+
+  CppExprValue readPrimary(CppTokenKind kind) {
+    get();
+    if (isName(kind)) {
+      refuseCall();
+      return {};  // What macro expansion has left of a name is 0.
+    }
+    const std::string text(preprocessor_.currentText());
+    switch (kind) {
+      case TK_DEFINED:
+        return readDefined();
+      case TK_CHAR:
+        return readCharacter(text);
+      case TK_DEC_INT:
+        return CppExprValue(parseInteger(text, 10));
+      case TK_OCT_INT:
+        return CppExprValue(parseInteger(text, 8));
+      case TK_HEX_INT:
+        return CppExprValue(parseInteger(text, 16));
+      case TK_DEC_UINT:
+        return {parseInteger(text, 10), false};
+      case TK_OCT_UINT:
+        return {parseInteger(text, 8), false};
+      case TK_HEX_UINT:
+        return {parseInteger(text, 16), false};
+      default:
+        return fail("Lexical element expected");
+    }
+  }
+
+  CppExprValue readDefined() {
+    const bool isParenthesized = peek() == '(';
+    if (isParenthesized) {
+      get();
+    }
+    CppExprValue value;
+    // Only a plain identifier will do here, unlike behind #ifdef, where a directive word is a name too.
+    if (get() == TK_IDENTIFIER) {
+      const Name* const name = preprocessor_.currentName();
+      value.value = name != nullptr && name->macro != nullptr ? 1U : 0U;
+    } else {
+      fail("Identifier expected for 'defined' operator");
+    }
+    if (isParenthesized) {
+      if (peek() == ')') {
+        get();
+      } else {
+        value = fail("\")\" expected for \"defined\" operator");
+      }
+    }
+    return value;
+  }
+
+  CppExprValue readCharacter(std::string_view literal) {
+    const CharacterLiteral read = evaluateCharacterLiteral(literal);
+    if (read.isTooLong) {
+      preprocessor_.reportError("Too many characters in character literal");  // The value so far serves.
+    }
+    return read.value;
+  }
+
+  CppPreprocessor& preprocessor_;
+  bool& ok_;
+  std::vector<Waiting> waiting_;
+};
+
+void CppPreprocessor::evaluate(CppExprValue& result, bool& ok) { result = ExpressionReader(*this, ok).read(); }
+
+// A division by zero is not checked for and has no message: it ends the process by the processor's arithmetic fault.
+// Raising the signal makes that so on processors whose division does not trap, and keeps the compiler, to which such a
+// division is undefined, out of it. The output written so far still arrives.
+void CppPreprocessor::raiseArithmeticFault() {
+  output_.flush();
+  std::signal(SIGFPE, SIG_DFL);
+  std::raise(SIGFPE);
+  std::abort();  // Only if the signal is blocked.
+}
+
+}  // namespace qnpp

@@ -1,0 +1,166 @@
+// The stack of token sources.
+#include "engine/Sources.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qnpp {
+
+CppTokenKind CppPreprocessor::peekToken() {
+  CppTokenKind kind = current_->peek();
+  while (kind == TK_END && hasEnclosingSource()) {
+    popSource();
+    kind = current_->peek();
+  }
+  return kind;
+}
+
+CppTokenKind CppPreprocessor::nextToken() {
+  CppTokenKind kind = current_->get();
+  while (kind == TK_END && hasEnclosingSource()) {
+    popSource();
+    kind = current_->get();
+  }
+  return kind;
+}
+
+Name* CppPreprocessor::currentName() {
+  if (!isCurrentFile()) {
+    return listSource().spelling()->name;
+  }
+  Name* const found = fileSource().name();
+  return found != nullptr ? found : names_.find(currentText());
+}
+
+const Spelling* CppPreprocessor::currentSpelling(CppTokenKind kind) {
+  return isCurrentFile() ? pool_.token(kind, currentText()) : listSource().spelling();
+}
+
+void CppPreprocessor::skipBlanks() {
+  while (isBlank(peekToken())) {
+    nextToken();
+  }
+}
+
+bool CppPreprocessor::skipWhiteSpace() {
+  bool skipped = false;
+  while (isWhiteSpace(peekToken())) {
+    nextToken();
+    skipped = true;
+  }
+  return skipped;
+}
+
+void CppPreprocessor::discardLine() {
+  for (;;) {
+    if (isCurrentFile()) {
+      if (fileSource().skipLine()) {
+        return;
+      }
+    } else {
+      CppTokenKind kind = current_->get();
+      while (kind != TK_NEWLINE && kind != TK_END) {
+        kind = current_->get();
+      }
+      if (kind == TK_NEWLINE) {
+        return;
+      }
+    }
+    if (!hasEnclosingSource()) {
+      return;
+    }
+    popSource();
+  }
+}
+
+void CppPreprocessor::pushFile(std::unique_ptr<CppFileScanner> file) {
+  if (currentFile_ != nullptr) {
+    fileStack_.push_back(currentFile_);
+  }
+  currentFile_ = file.get();
+  current_ = currentFile_;
+  sources_.push_back({std::move(file), pool_.mark()});
+}
+
+void CppPreprocessor::pushTokens(TokenList tokens) {
+  std::unique_ptr<CppTokenScanner> scanner = spareScanner();
+  scanner->read(std::move(tokens));
+  pushScanner(std::move(scanner));
+}
+
+void CppPreprocessor::pushTokens(SpellingRange tokens, const HideSet& hideSet) {
+  std::unique_ptr<CppTokenScanner> scanner = spareScanner();
+  scanner->read(tokens, hideSet);
+  pushScanner(std::move(scanner));
+}
+
+// A list that has been read to its end is dropped right here when another is pushed on it, as it would be as soon as
+// that one has ended: nobody can tell, and a long chain of macros, each the last word of the one before, stays flat.
+void CppPreprocessor::pushScanner(std::unique_ptr<CppTokenScanner> scanner) {
+  SpellingPool::Mark mark = inFlight_ > 0 ? inFlightMark_ : pool_.mark();
+  while (hasEnclosingSource() && !isCurrentFile() && listSource().isExhausted()) {
+    mark = std::min(mark, sources_.back().mark);
+    removeSource();
+  }
+  current_ = scanner.get();
+  sources_.push_back({std::move(scanner), mark});
+  ++listCount_;
+}
+
+std::unique_ptr<CppTokenScanner> CppPreprocessor::spareScanner() {
+  if (spareScanners_.empty()) {
+    return std::make_unique<CppTokenScanner>(pool_, lexerContext_);
+  }
+  std::unique_ptr<CppTokenScanner> scanner = std::move(spareScanners_.back());
+  spareScanners_.pop_back();
+  return scanner;
+}
+
+void CppPreprocessor::popSource() {
+  if (isCurrentFile()) {
+    checkEndOfFile();
+    sources_.pop_back();
+    current_ = sources_.back().scanner.get();
+    currentFile_ = fileStack_.back();
+    fileStack_.pop_back();
+    writeLineDirective();
+    return;
+  }
+  const SpellingPool::Mark mark = sources_.back().mark;
+  removeSource();
+  if (inFlight_ == 0) {
+    pool_.release(mark);
+    dropRetiredMacros();
+  } else {
+    inFlightMark_ = std::min(inFlightMark_, mark);
+  }
+}
+
+void CppPreprocessor::removeSource() {
+  std::unique_ptr<CppTokenScanner> list(static_cast<CppTokenScanner*>(sources_.back().scanner.release()));
+  sources_.pop_back();
+  current_ = sources_.back().scanner.get();
+  --listCount_;
+  if (isCollecting_) {
+    graveyard_.push_back(std::move(list));
+    return;
+  }
+  recycle(std::move(list));
+}
+
+void CppPreprocessor::recycle(std::unique_ptr<CppTokenScanner> scanner) {
+  constexpr std::size_t kMostSpares = 64;
+  if (spareScanners_.size() < kMostSpares) {
+    scanner->reset();
+    spareScanners_.push_back(std::move(scanner));
+  }
+}
+
+void CppPreprocessor::emptyGraveyard(std::size_t size) {
+  while (graveyard_.size() > size) {
+    recycle(std::move(graveyard_.back()));
+    graveyard_.pop_back();
+  }
+}
+
+}  // namespace qnpp

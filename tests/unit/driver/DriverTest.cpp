@@ -1,0 +1,252 @@
+#include "driver/Driver.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <initializer_list>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "engine/CppPreprocessor.h"
+#include "qnpp/version.h"
+
+namespace qnpp {
+namespace {
+
+constexpr const char* kHelp =
+    "Usage: qnpp [options] [source_file]\n"
+    "\n"
+    "  -I<dir>        : add a directory for searching include files.\n"
+    "  -D<name>       : define preprocessor symbol.\n"
+    "  -o <name>      : output file. If not specified, writes to standard out.\n"
+    "  -s <name>      : source name. Overrides source file name in messages. Useful when reading from standard in.\n"
+    "  -v, --version  : show version number.\n"
+    "  -h, --help     : show this help text.\n"
+    "\n"
+    "The order you specify options and source file does not matter.\n"
+    "If no source file is specified, qnpp reads from standard in.\n"
+    "\n";
+
+std::string versionText() {
+  return std::string("qnpp version ") + QnGetVersionString() + "\n" + QnGetCopyrightString() + "\n";
+}
+
+// Runs whole command lines, with the streams of the process replaced and a scratch folder for files.
+class DriverTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+    folder_ = std::filesystem::temp_directory_path() /
+              ("qnpp-driver-" + std::string(test->name()) + "-" + std::to_string(getpid()));
+    std::filesystem::remove_all(folder_);
+    std::filesystem::create_directories(folder_);
+  }
+
+  void TearDown() override { std::filesystem::remove_all(folder_); }
+
+  // The full name of a file in the scratch folder.
+  std::string path(const std::string& name) const { return (folder_ / name).string(); }
+
+  std::string write(const std::string& name, const std::string& content) const {
+    std::ofstream(path(name), std::ios::binary) << content;
+    return path(name);
+  }
+
+  std::string read(const std::string& name) const {
+    std::ifstream file(path(name), std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return file ? content.str() : "(no such file)";
+  }
+
+  // Prepares a preprocessor from the words and, if that succeeds, runs it, as the program does.
+  void run(const std::vector<std::string>& words, const std::string& standardInput = "") {
+    std::vector<const char*> argv{"qnpp"};
+    for (const std::string& word : words) argv.push_back(word.c_str());
+    std::istringstream input(standardInput);
+    std::ostringstream output;
+    std::ostringstream messages;
+    {
+      Driver driver(output, messages);
+      CppPreprocessor preprocessor(messages, input);
+      ready_ = driver.prepare(static_cast<int>(argv.size()), argv.data(), preprocessor);
+      hadError_ = ready_ && preprocessor.run();
+      driver.flush();
+    }
+    output_ = output.str();
+    messages_ = messages.str();
+  }
+
+  // A command line that ends before anything is read.
+  void expectStop(const std::vector<std::string>& words, const std::string& output, const std::string& messages) {
+    run(words, "never read\n");
+    EXPECT_FALSE(ready_);
+    EXPECT_EQ(output_, output);
+    EXPECT_EQ(messages_, messages);
+  }
+
+  // A command line that runs without an error, over "X" in line 1 of standard input.
+  void expectRun(const std::vector<std::string>& words, const std::string& output, const std::string& messages = "") {
+    run(words, "X\n");
+    EXPECT_TRUE(ready_);
+    EXPECT_FALSE(hadError_);
+    EXPECT_EQ(output_, output);
+    EXPECT_EQ(messages_, messages);
+  }
+
+  bool ready_ = false;
+  bool hadError_ = false;
+  std::string output_;
+  std::string messages_;
+
+ private:
+  std::filesystem::path folder_;
+};
+
+TEST_F(DriverTest, ReadsStandardInputWithoutASourceFile) { expectRun({}, "#line 1 \"stdin\"\nX\n"); }
+
+TEST_F(DriverTest, AnEmptyWordMeansStandardInput) { expectRun({""}, "#line 1 \"stdin\"\nX\n"); }
+
+TEST_F(DriverTest, ReadsTheSourceFileWhereverItStands) {
+  const std::string file = write("a.c", "Y\n");
+  const std::string expected = "#line 1 \"" + file + "\"\n2\n";
+  expectRun({file, "-DY=2"}, expected);
+  expectRun({"-DY=2", file}, expected);
+}
+
+TEST_F(DriverTest, AMissingSourceFileIsFatal) {
+  expectStop({path("none.c")}, "", "FATAL ERROR: cannot open " + path("none.c") + ".\n");
+}
+
+TEST_F(DriverTest, TwoSourceFilesAreTooMany) {
+  expectStop({"a.c", "b.c"}, "", "qnpp: cannot provide more than one source file\n");
+  expectStop({"", ""}, "", "qnpp: cannot provide more than one source file\n");
+}
+
+TEST_F(DriverTest, UnknownOptionsStopEverything) {
+  expectStop({"-x", "a.c"}, "", "qnpp: unknown option '-x' ('-h' for help)\n");
+  expectStop({"-h", "-x", "-y"}, "",
+             "qnpp: unknown option '-x' ('-h' for help)\nqnpp: unknown option '-y' ('-h' for help)\n");
+  expectStop({"-"}, "", "qnpp: unknown option '-' ('-h' for help)\n");
+  // Before the repetition is looked at.
+  expectStop({"-s", "a", "-s", "b", "-q"}, "", "qnpp: unknown option '-q' ('-h' for help)\n");
+}
+
+TEST_F(DriverTest, HelpEndsTheProgram) {
+  expectStop({"-h"}, kHelp, "");
+  expectStop({"--help"}, kHelp, "");
+}
+
+TEST_F(DriverTest, VersionEndsTheProgram) {
+  expectStop({"-v"}, versionText(), "");
+  expectStop({"--version"}, versionText(), "");
+}
+
+TEST_F(DriverTest, HelpGoesBeforeVersion) {
+  expectStop({"-v", "--help"}, kHelp,
+             "qnpp: argument(s) '--help' is(are) ignored\nqnpp: argument(s) '-v ' is(are) ignored\n");
+}
+
+TEST_F(DriverTest, HelpAndVersionSayWhatTheyIgnore) {
+  expectStop({"a.c", "-h"}, kHelp, "qnpp: argument(s) 'a.c ' is(are) ignored\n");
+  expectStop({"-v", "a.c", "-DA"}, versionText(), "qnpp: argument(s) 'a.c -DA' is(are) ignored\n");
+  // The words are ignored, missing values and the second source included.
+  expectStop({"-D", "-o", "-h", "a", "b"}, kHelp, "qnpp: argument(s) '-D -o a b' is(are) ignored\n");
+}
+
+TEST_F(DriverTest, AnIgnoredOutputFileIsNotMade) {
+  expectStop({"-o", path("out"), "-v"}, versionText(), "qnpp: argument(s) '-o " + path("out") + " ' is(are) ignored\n");
+  EXPECT_EQ(read("out"), "(no such file)");
+}
+
+TEST_F(DriverTest, ARepeatedOptionIsWarnedAboutAndTheLastOneWins) {
+  expectRun({"-s", "a", "-s", "b"}, "#line 1 \"b\"\nX\n",
+            "qnpp: '-s' option appears more than once\n\tonly the last one will be considered\n");
+  run({"-o", path("a"), "-o", path("b")}, "X\n");
+  EXPECT_EQ(messages_, "qnpp: '-o' option appears more than once\n\tonly the last one will be considered\n");
+  EXPECT_EQ(read("a"), "(no such file)");
+  EXPECT_EQ(read("b"), "#line 1 \"stdin\"\nX\n");
+}
+
+TEST_F(DriverTest, RepetitionIsWarnedAboutBeforeHelp) {
+  expectStop({"-s", "a", "-s", "b", "-h"}, kHelp,
+             "qnpp: '-s' option appears more than once\n\tonly the last one will be considered\n"
+             "qnpp: argument(s) '-s a -s b ' is(are) ignored\n");
+}
+
+TEST_F(DriverTest, ADefinitionIsSplitAtItsFirstEqualsSign) {
+  expectRun({"-DX"}, "#line 1 \"stdin\"\n1\n");
+  expectRun({"-DX=5"}, "#line 1 \"stdin\"\n5\n");
+  expectRun({"-DX="}, "#line 1 \"stdin\"\n\n");
+  expectRun({"-DX=a=b"}, "#line 1 \"stdin\"\na=b\n");
+}
+
+TEST_F(DriverTest, TheFirstDefinitionOfANameWins) { expectRun({"-DX=1", "-DX=2"}, "#line 1 \"stdin\"\n1\n"); }
+
+TEST_F(DriverTest, ADefinitionMustBeAttached) {
+  expectStop({"-D"}, "", "qnpp: missing macro for '-D' option number 1\n");
+  expectStop({"-D", "NAME"}, "", "qnpp: missing macro for '-D' option number 1\n");
+  expectStop({"-DA", "-D"}, "", "qnpp: missing macro for '-D' option number 2\n");
+}
+
+TEST_F(DriverTest, AnIncludeDirectoryNeedsAName) {
+  expectStop({"-I"}, "", "qnpp: missing path name for '-I' option number 1\n");
+  expectStop({"-Ia", "-I", "b", "-I"}, "", "qnpp: missing path name for '-I' option number 3\n");
+  expectStop({"-I", "-v"}, versionText(), "qnpp: argument(s) '-I ' is(are) ignored\n");
+}
+
+TEST_F(DriverTest, TheOutputFileIsWrittenInsteadOfStandardOutput) {
+  write("out", "a longer text that was there before\n");
+  expectRun({"-o", path("out")}, "");
+  EXPECT_EQ(read("out"), "#line 1 \"stdin\"\nX\n");
+}
+
+TEST_F(DriverTest, AnOutputFileNeedsAName) {
+  expectStop({"-o"}, "", "qnpp: missing output file name for '-o' option\n");
+  expectStop({"-o", "-DX"}, "", "qnpp: missing output file name for '-o' option\n");
+}
+
+TEST_F(DriverTest, AnOutputFileThatCannotBeOpenedStopsTheProgram) {
+  expectStop({"-o", path("no/such/folder")}, "", "qnpp: cannot open output file '" + path("no/such/folder") + "'\n");
+  expectStop({"-o", path("")}, "", "qnpp: cannot open output file '" + path("") + "'\n");
+  expectStop({"-o", ""}, "", "qnpp: cannot open output file ''\n");
+}
+
+TEST_F(DriverTest, TheOutputFileIsMadeBeforeTheRestIsLookedAt) {
+  expectStop({"-o", path("1"), "-s"}, "", "qnpp: no source name provided to '-s' option\n");
+  EXPECT_EQ(read("1"), "");
+  expectStop({"-o", path("2"), "a", "b"}, "", "qnpp: cannot provide more than one source file\n");
+  EXPECT_EQ(read("2"), "");
+  expectStop({"-o", path("3"), path("none.c")}, "", "FATAL ERROR: cannot open " + path("none.c") + ".\n");
+  EXPECT_EQ(read("3"), "");
+}
+
+TEST_F(DriverTest, MistakesAreFoundInTheOrderOfTheSteps) {
+  expectStop({"a", "b", "-s", "-o", "-I", "-D"}, "", "qnpp: missing macro for '-D' option number 1\n");
+  expectStop({"a", "b", "-s", "-o", "-I"}, "", "qnpp: missing path name for '-I' option number 1\n");
+  expectStop({"a", "b", "-s", "-o"}, "", "qnpp: missing output file name for '-o' option\n");
+  expectStop({"a", "b", "-s"}, "", "qnpp: no source name provided to '-s' option\n");
+}
+
+TEST_F(DriverTest, TheSourceNameReplacesThatOfTheInput) {
+  expectRun({"-s", "name"}, "#line 1 \"name\"\nX\n");
+  const std::string file = write("a.c", "Y\n");
+  expectRun({"-s", "name", file}, "#line 1 \"name\"\nY\n");
+}
+
+TEST_F(DriverTest, AnEmptySourceNameReplacesNothing) { expectRun({"-s", ""}, "#line 1 \"stdin\"\nX\n"); }
+
+TEST_F(DriverTest, ASourceNameThatIsNoOptionMayBeginWithADash) { expectRun({"-s", "-"}, "#line 1 \"-\"\nX\n"); }
+
+TEST_F(DriverTest, AnErrorOfTheRunIsNoneOfTheCommandLine) {
+  run({}, "#nonsense\n");
+  EXPECT_TRUE(ready_);
+  EXPECT_TRUE(hadError_);
+  EXPECT_EQ(messages_, "stdin:1: the indicated directive is not a recognized preprocessing directive.\n");
+}
+
+}  // namespace
+}  // namespace qnpp

@@ -1,0 +1,2 @@
+#define X 3
+X

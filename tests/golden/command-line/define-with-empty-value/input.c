@@ -1,0 +1,4 @@
+[X]
+#ifdef X
+yes
+#endif

@@ -1,0 +1,5 @@
+#if 0
+#else  // now
+a
+#endif /* end */  
+b

@@ -1,0 +1,4 @@
+#if 1
+#include "b.h"
+#endif
+y

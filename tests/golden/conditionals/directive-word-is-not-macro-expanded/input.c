@@ -1,0 +1,5 @@
+#define else junk
+#if 0
+#else
+a
+#endif

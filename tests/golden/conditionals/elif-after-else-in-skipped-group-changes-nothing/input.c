@@ -1,0 +1,6 @@
+#if 1
+#else
+a
+#elif 1
+b
+#endif

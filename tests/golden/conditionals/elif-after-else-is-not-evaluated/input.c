@@ -1,0 +1,5 @@
+#if 0
+#else
+#elif 1/0 garbage(
+b
+#endif

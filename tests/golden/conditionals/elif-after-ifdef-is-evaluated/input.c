@@ -1,0 +1,5 @@
+#ifdef X
+a
+#elif defined Y
+b
+#endif

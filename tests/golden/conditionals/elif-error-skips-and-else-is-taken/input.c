@@ -1,0 +1,6 @@
+#if 0
+#elif garbage(
+a
+#else
+b
+#endif

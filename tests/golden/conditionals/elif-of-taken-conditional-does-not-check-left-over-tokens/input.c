@@ -1,0 +1,5 @@
+#if 1
+a
+#elif 1 junk
+b
+#endif

@@ -1,0 +1,9 @@
+#if 0
+a
+#elif 1
+b
+#elif 1
+c
+#else
+d
+#endif

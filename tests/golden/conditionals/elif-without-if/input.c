@@ -1,0 +1,2 @@
+#elif 1/0 junk
+a

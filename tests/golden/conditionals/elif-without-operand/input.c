@@ -1,0 +1,9 @@
+#if 1
+#elif
+a
+#endif
+#if 0
+#elif
+b
+#endif
+c

@@ -1,0 +1,6 @@
+#if 0
+a
+#else
+b
+#endif
+c

@@ -1,0 +1,4 @@
+#if 1
+a
+#else #endif
+b

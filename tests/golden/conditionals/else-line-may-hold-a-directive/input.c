@@ -1,0 +1,4 @@
+#if 0
+#else #define A 1
+A
+#endif

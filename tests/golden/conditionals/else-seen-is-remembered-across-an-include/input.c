@@ -1,0 +1,6 @@
+#if 0
+#else
+#include "a.h"
+#else
+x
+#endif

@@ -1,0 +1,4 @@
+#else junk
+a
+#else
+b

@@ -1,0 +1,7 @@
+#if 1
+#if 1
+#else
+a
+#endif
+b
+#endif

@@ -1,0 +1,3 @@
+#if 0
+#endif #define A 1
+A

@@ -1,0 +1,4 @@
+#if 1
+#endif
+#endif
+a

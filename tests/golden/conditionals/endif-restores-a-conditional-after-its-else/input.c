@@ -1,0 +1,7 @@
+#if 0
+#else
+#if 1
+#endif
+#else
+a
+#endif

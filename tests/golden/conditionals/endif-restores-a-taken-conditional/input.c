@@ -1,0 +1,8 @@
+#if 1
+#if 0
+a
+#endif
+b
+#else
+c
+#endif

@@ -1,0 +1,6 @@
+#if 0
+#if 1
+#endif
+#else
+a
+#endif

@@ -1,0 +1,4 @@
+#endif junk
+a
+#endif
+b

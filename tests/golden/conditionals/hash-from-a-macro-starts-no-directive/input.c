@@ -1,0 +1,3 @@
+#define HASH #
+HASH if 0
+x

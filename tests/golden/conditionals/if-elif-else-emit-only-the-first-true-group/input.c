@@ -1,0 +1,7 @@
+#if 1
+a
+#elif 1
+b
+#else
+c
+#endif

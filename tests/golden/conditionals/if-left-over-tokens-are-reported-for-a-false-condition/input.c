@@ -1,0 +1,3 @@
+#if 0 junk
+a
+#endif

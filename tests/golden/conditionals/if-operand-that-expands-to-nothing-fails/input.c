@@ -1,0 +1,4 @@
+#define E
+#if E
+a
+#endif

@@ -1,0 +1,7 @@
+#define X
+#ifdef X // why
+a
+#endif /* X */
+#ifndef Y /* why */ 
+b
+#endif

@@ -1,0 +1,3 @@
+#ifdef X #error boom
+y
+#endif

@@ -1,0 +1,2 @@
+#ifdef X #endif
+y

@@ -1,0 +1,4 @@
+ # /* c */ ifdef \
+ X
+a
+#endif

@@ -1,0 +1,5 @@
+#define AB
+#ifdef A\
+B
+a
+#endif

@@ -1,0 +1,6 @@
+#ifdef defined
+a
+#endif
+#ifndef _Pragma
+b
+#endif

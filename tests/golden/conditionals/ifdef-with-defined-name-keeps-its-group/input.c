@@ -1,0 +1,5 @@
+#define X
+#ifdef X
+a
+#endif
+b

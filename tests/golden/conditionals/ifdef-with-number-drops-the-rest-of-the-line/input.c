@@ -1,0 +1,4 @@
+#ifdef 1 2 3
+a
+#endif
+b

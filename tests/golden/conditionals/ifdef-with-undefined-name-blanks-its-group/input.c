@@ -1,0 +1,4 @@
+#ifdef X
+a
+#endif
+b

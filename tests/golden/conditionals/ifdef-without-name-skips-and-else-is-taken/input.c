@@ -1,0 +1,5 @@
+#ifdef
+a
+#else
+b
+#endif

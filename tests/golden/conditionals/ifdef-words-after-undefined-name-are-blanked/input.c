@@ -1,0 +1,4 @@
+#ifdef X junk more
+y
+#endif
+z

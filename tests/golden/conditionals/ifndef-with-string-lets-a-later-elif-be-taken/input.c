@@ -1,0 +1,5 @@
+#ifndef "X" junk
+a
+#elif 1
+b
+#endif

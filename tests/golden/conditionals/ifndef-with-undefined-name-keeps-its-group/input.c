@@ -1,0 +1,4 @@
+#ifndef X
+a
+#endif
+b

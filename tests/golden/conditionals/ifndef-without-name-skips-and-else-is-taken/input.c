@@ -1,0 +1,5 @@
+#ifndef
+a
+#else
+b
+#endif

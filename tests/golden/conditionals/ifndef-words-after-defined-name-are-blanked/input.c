@@ -1,0 +1,3 @@
+#ifndef X junk
+y
+#endif

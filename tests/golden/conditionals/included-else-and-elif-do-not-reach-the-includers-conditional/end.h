@@ -1,0 +1,2 @@
+#else
+#elif 1

@@ -1,0 +1,6 @@
+#if 1
+#include "end.h"
+a
+#else
+b
+#endif

@@ -1,0 +1,3 @@
+#include "open.h"
+#endif
+x

@@ -1,0 +1,9 @@
+#if 0
+#if 1
+a
+#elif 1/0
+b
+#elif 1
+c
+#endif
+#endif

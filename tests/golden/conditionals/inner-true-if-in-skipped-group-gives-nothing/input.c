@@ -1,0 +1,9 @@
+#if 0
+#if 1
+a
+#else
+b
+#endif
+c
+#endif
+d

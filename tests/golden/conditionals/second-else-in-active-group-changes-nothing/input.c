@@ -1,0 +1,6 @@
+#if 0
+#else
+a
+#else
+b
+#endif

@@ -1,0 +1,6 @@
+#if 0
+/*
+#endif
+*/ x
+#endif
+y

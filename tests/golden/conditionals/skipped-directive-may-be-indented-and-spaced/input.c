@@ -1,0 +1,5 @@
+#if 0
+  # /* c */ else
+a
+	#	endif
+b

@@ -1,0 +1,8 @@
+#if 0
+ #  /* c */ 
+#endif
+# // d
+#endif
+x
+#endif
+y

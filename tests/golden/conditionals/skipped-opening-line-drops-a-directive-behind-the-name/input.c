@@ -1,0 +1,5 @@
+#if 0
+#ifdef X #endif
+#endif
+#endif
+z

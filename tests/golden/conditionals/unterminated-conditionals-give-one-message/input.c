@@ -1,0 +1,4 @@
+#if 1
+#ifdef X
+#ifndef Y
+a

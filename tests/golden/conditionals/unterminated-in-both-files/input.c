@@ -1,0 +1,2 @@
+#if 1
+#include "open.h"

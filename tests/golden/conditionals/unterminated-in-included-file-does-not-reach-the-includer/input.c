@@ -1,0 +1,2 @@
+#include "open.h"
+x

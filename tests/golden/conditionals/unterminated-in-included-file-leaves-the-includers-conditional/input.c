@@ -1,0 +1,7 @@
+#if 1
+#include "open.h"
+a
+#else
+b
+#endif
+c

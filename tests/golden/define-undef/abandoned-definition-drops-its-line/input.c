@@ -1,0 +1,3 @@
+#define F(1 \
+junk
+x

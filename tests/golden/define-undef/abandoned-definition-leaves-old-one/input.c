@@ -1,0 +1,3 @@
+#define F(x) <x>
+#define F(1) 2
+F(3)

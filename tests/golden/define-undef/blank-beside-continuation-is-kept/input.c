@@ -1,0 +1,7 @@
+#define A a \
+b
+#define B a\
+ b
+#define C a \
+ b
+[A] [B] [C]

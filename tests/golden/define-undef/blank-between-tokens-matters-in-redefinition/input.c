@@ -1,0 +1,3 @@
+#define A a+b
+#define A a + b
+A

@@ -1,0 +1,3 @@
+[X]
+#define X a b
+[X]

@@ -1,0 +1,4 @@
+#define A a\
+b
+#define ab joined
+A

@@ -1,0 +1,4 @@
+#define S "a\
+b"
+#define ab X
+S

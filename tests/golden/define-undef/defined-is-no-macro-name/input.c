@@ -1,0 +1,3 @@
+#define defined 1
+#undef defined
+x

@@ -1,0 +1,3 @@
+#define X 1
+#define Y 3
+X Y

@@ -1,0 +1,2 @@
+A
+#define A 1

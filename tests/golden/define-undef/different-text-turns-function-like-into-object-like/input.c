@@ -1,0 +1,3 @@
+#define F(x) x
+#define F 9
+F(2)

@@ -1,0 +1,2 @@
+#define F(if,define) define-if
+F(1,2)

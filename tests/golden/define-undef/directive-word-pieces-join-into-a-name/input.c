@@ -1,0 +1,3 @@
+#define if\
+def 1
+ifdef if

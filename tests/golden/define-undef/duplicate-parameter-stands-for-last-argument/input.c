@@ -1,0 +1,2 @@
+#define F(a,a) a
+F(1,2)

@@ -1,0 +1,5 @@
+#define E
+[E]
+#define E // nothing
+#define E 0
+[E]

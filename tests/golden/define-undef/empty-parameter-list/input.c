@@ -1,0 +1,3 @@
+#define F() 1
+#define G( ) 2
+[F()] [G( )] [F]

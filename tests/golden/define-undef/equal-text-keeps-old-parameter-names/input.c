@@ -1,0 +1,3 @@
+#define F(a) a b
+#define F(b) a b
+F(3)

@@ -1,0 +1,3 @@
+#define A a	/* c */b
+#define A a b
+[A]

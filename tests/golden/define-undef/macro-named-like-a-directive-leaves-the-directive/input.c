@@ -1,0 +1,3 @@
+#define define X
+# define A 1
+define A

@@ -1,0 +1,3 @@
+#define AB\
+CD 1
+ABCD AB CD

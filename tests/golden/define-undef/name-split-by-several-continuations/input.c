@@ -1,0 +1,5 @@
+#define A\
+\
+B\
+C 1
+ABC

@@ -1,0 +1,3 @@
+#define a 1
+#define A 2
+a A aA

@@ -1,0 +1,3 @@
+#define F(a
+#define B 1
+B

@@ -1,0 +1,3 @@
+#define F(defined) 1
+#define G(_Pragma) 2
+F G

@@ -1,0 +1,3 @@
+#define F(ab\
+cd) 1
+F(2)

@@ -1,0 +1,3 @@
+#define F(a,
+b) a+b
+F(1,2)

@@ -1,0 +1,2 @@
+#define F( a /* first */ ,	b ) b-a
+F(1,2)

@@ -1,0 +1,3 @@
+#define x X
+#define 1 x
+y

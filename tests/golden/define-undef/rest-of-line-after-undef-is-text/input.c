@@ -1,0 +1,3 @@
+#define C 3
+#undef A B C
+x

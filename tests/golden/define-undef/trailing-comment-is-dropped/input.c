@@ -1,0 +1,4 @@
+#define A 1 // one
+#define A 1 /* one */
+#define A 1
+[A]

@@ -1,0 +1,2 @@
+#define F(a a) 1
+F(2)

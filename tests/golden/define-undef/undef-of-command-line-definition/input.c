@@ -1,0 +1,3 @@
+X
+#undef X
+X

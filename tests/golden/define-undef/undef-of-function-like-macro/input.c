@@ -1,0 +1,3 @@
+#define F(x) <x>
+#undef F
+F(1)

@@ -1,0 +1,4 @@
+#define AB 1
+#undef A\
+B
+AB

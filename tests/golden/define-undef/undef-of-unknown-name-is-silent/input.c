@@ -1,0 +1,3 @@
+#undef NOPE
+#undef NOPE
+x

@@ -1,0 +1,3 @@
+#define B 1
+#undef A #undef B
+B

@@ -1,0 +1,3 @@
+#define F(x) 1
+#undef F(x)
+F(2)

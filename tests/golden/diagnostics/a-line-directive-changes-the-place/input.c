@@ -1,0 +1,3 @@
+#line 10 "x.c"
+a __LINE__
+#foo

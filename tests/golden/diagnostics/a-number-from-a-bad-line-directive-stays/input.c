@@ -1,0 +1,2 @@
+#line 20 foo
+#foo

@@ -1,0 +1,3 @@
+x
+#include <sub/no.h>
+y

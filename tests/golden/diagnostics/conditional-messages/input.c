@@ -1,0 +1,7 @@
+#endif
+#else
+#if 1
+#else
+#else
+#endif
+#if 1

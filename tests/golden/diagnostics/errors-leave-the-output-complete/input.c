@@ -1,0 +1,5 @@
+a
+#error e
+b
+#foo
+c

@@ -1,0 +1,3 @@
+#if __LINE__ == 1
+T
+#endif

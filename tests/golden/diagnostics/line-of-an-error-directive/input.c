@@ -1,0 +1,2 @@
+#error e
+x

@@ -1,0 +1,5 @@
+#if foo
+yes
+#else
+no
+#endif

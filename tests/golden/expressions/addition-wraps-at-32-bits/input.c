@@ -1,0 +1,5 @@
+#if 0xFFFFFFFF + 1
+yes
+#else
+no
+#endif

@@ -1,0 +1,12 @@
+#if FOO(1)
+x
+#endif
+#if FOO (1)
+x
+#endif
+#if line(1)
+x
+#endif
+#if FOO() || 1
+x
+#endif

@@ -1,0 +1,12 @@
+#if defined(if)
+x
+#endif
+#if defined()
+x
+#endif
+#if defined(3
+x
+#endif
+#if defined(
+x
+#endif

@@ -1,0 +1,4 @@
+#define X 3
+#if defined X
+defined X
+#endif

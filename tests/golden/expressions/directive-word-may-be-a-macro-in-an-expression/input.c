@@ -1,0 +1,4 @@
+#define if 1
+#if if
+yes
+#endif

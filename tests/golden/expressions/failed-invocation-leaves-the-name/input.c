@@ -1,0 +1,4 @@
+#define F(x) x
+#if F(1
+x
+#endif

@@ -1,0 +1,5 @@
+#if 'abcde' == 0x61626364
+yes
+#else
+no
+#endif

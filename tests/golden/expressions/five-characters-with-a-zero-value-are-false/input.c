@@ -1,0 +1,5 @@
+#if '\0\0\0\0a'
+yes
+#else
+no
+#endif

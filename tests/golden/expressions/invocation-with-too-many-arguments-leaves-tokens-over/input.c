@@ -1,0 +1,4 @@
+#define F(a,b) a
+#if F(1,2,3,4)
+x
+#endif

@@ -1,0 +1,6 @@
+#if 1 + ) + )
+x
+#endif
+#if * + FOO(1)
+x
+#endif

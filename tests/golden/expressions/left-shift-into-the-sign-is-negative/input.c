@@ -1,0 +1,5 @@
+#if 1 << 31 < 0
+yes
+#else
+no
+#endif

@@ -1,0 +1,5 @@
+#if 0x80000000 > 0
+yes
+#else
+no
+#endif

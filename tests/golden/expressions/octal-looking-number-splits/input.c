@@ -1,0 +1,6 @@
+#if 08
+x
+#endif
+#if 0x
+x
+#endif

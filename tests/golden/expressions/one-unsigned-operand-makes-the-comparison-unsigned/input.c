@@ -1,0 +1,5 @@
+#if -1 < 0u
+yes
+#else
+no
+#endif

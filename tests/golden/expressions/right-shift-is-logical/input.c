@@ -1,0 +1,5 @@
+#if -8 >> 1 == 0x7FFFFFFC
+yes
+#else
+no
+#endif

@@ -1,0 +1,5 @@
+#if -8 >> 1 > -1
+yes
+#else
+no
+#endif

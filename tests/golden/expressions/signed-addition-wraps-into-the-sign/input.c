@@ -1,0 +1,5 @@
+#if 0x7FFFFFFF + 1 < 0
+yes
+#else
+no
+#endif

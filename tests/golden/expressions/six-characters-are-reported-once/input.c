@@ -1,0 +1,5 @@
+#if 'abcdef'
+yes
+#else
+no
+#endif

@@ -1,0 +1,4 @@
+before
+#if 100 / FOO
+#endif
+after

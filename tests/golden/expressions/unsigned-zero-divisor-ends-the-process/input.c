@@ -1,0 +1,4 @@
+before
+#if 1u / 0u
+#endif
+after

@@ -1,0 +1,3 @@
+#if L'a'
+x
+#endif

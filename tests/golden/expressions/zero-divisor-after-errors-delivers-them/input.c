@@ -1,0 +1,3 @@
+#error first
+#if 1 / *
+#endif

@@ -1,0 +1,2 @@
+#line 1 "input.c"
+before

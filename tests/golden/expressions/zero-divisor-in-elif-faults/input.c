@@ -1,0 +1,4 @@
+#if 0
+x
+#elif 1/0
+#endif

@@ -1,0 +1,4 @@
+before
+#if 0 && 1 % 0
+#endif
+after

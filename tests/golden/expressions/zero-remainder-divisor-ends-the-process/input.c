@@ -1,0 +1,4 @@
+before
+#if 1 % 0
+#endif
+after

@@ -1,0 +1,3 @@
+#include "/dev/null"
+#include </dev/null>
+y

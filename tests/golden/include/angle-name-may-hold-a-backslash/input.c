@@ -1,0 +1,1 @@
+#include <sub\a.h>

@@ -1,0 +1,2 @@
+#include < a.h >
+#include <b	 c.h>

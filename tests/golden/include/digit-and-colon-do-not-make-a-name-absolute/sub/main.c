@@ -1,0 +1,1 @@
+#include "1:a.h"

@@ -1,0 +1,2 @@
+#include "dev/null"
+y

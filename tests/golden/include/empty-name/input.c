@@ -1,0 +1,7 @@
+#include ""
+#include <>
+#include "" junk
+#include <> junk
+#define E ""
+#include E
+y

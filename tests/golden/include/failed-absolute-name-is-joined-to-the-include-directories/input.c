@@ -1,0 +1,2 @@
+#include "/qnpp-no-such-file.h"
+#include </qnpp-no-such-file.h>

@@ -1,0 +1,1 @@
+#include "/qnpp-no-such-file.h"

@@ -1,0 +1,2 @@
+#include "a.h"
+__FILE__ __LINE__

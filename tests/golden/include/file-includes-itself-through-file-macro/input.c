@@ -1,0 +1,7 @@
+#ifndef G
+#define G
+#include __FILE__
+outer
+#else
+inner
+#endif

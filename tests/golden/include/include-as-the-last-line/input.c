@@ -1,0 +1,2 @@
+x
+#include "a.h"

@@ -1,0 +1,5 @@
+#if 0
+#include "none.h"
+#else
+#include "a.h"
+#endif

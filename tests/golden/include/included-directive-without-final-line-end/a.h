@@ -1,0 +1,1 @@
+#define h 1

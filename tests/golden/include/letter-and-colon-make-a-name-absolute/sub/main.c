@@ -1,0 +1,2 @@
+#include "c:a.h"
+#include <c:a.h>

@@ -1,0 +1,2 @@
+#line 50 "sub/z.y"
+#include "b.h"

@@ -1,0 +1,3 @@
+#line 5 "sub/y.c"
+#include "a.h"
+y

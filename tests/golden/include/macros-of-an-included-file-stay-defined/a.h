@@ -1,0 +1,1 @@
+#define V 5

@@ -1,0 +1,2 @@
+#include "none.h"
+h

@@ -1,0 +1,4 @@
+#include <no.h>
+x
+#include "sub/no.h"
+y

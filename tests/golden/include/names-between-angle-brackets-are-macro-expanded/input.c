@@ -1,0 +1,2 @@
+#define a b
+#include <a.h>

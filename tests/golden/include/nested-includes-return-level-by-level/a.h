@@ -1,0 +1,3 @@
+a1
+#include "b.h"
+a3

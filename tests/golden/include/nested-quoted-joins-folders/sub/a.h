@@ -1,0 +1,1 @@
+#include "deep/b.h"

@@ -1,0 +1,3 @@
+#include <a>=b>
+#include <a>>
+#include <a>>b>

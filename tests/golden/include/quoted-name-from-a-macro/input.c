@@ -1,0 +1,3 @@
+#define HDR "a.h"
+#include HDR
+y

@@ -1,0 +1,1 @@
+#include <__FILE__>

@@ -1,0 +1,1 @@
+#include "none.h" extra

@@ -1,0 +1,2 @@
+#include "a.h" extra words
+#include <b.h> extra

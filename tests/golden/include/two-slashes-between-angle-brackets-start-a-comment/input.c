@@ -1,0 +1,2 @@
+#include <sys//a.h>
+y

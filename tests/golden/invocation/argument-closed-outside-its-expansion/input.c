@@ -1,0 +1,3 @@
+#define f(x) [x]
+#define B f(B
+B);

@@ -1,0 +1,3 @@
+#define f(x) x
+#define A A+1
+f(A)

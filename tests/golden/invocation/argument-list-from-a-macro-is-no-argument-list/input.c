@@ -1,0 +1,3 @@
+#define F(x) <x>
+#define ARGS (1)
+F ARGS;

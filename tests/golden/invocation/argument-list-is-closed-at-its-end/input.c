@@ -1,0 +1,3 @@
+#define F(x) <x>
+#define G(y) y(1)
+G(F)(2)

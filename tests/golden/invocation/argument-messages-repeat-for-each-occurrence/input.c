@@ -1,0 +1,3 @@
+#define Z() z
+#define D(x) x x
+D(Z(1));

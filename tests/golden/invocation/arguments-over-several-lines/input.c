@@ -1,0 +1,7 @@
+#define F(x,y) <x|y>
+F( a
+
+  b ,
+	c
+)
+z

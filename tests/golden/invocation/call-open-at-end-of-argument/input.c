@@ -1,0 +1,4 @@
+#define F(x) x
+#define H F(
+#define G(y) [y]
+G(H 1)

@@ -1,0 +1,4 @@
+#define F(x) <x>
+#define G F(
+G 1,
+

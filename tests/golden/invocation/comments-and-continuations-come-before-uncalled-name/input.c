@@ -1,0 +1,4 @@
+#define F(x) <x>
+F /*c*/	x
+F \
+y

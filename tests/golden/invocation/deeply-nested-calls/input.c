@@ -1,0 +1,2 @@
+#define ID(x) x
+ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(ID(a))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))))));

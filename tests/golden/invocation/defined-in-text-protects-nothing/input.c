@@ -1,0 +1,2 @@
+#define A B
+defined A defined(A)

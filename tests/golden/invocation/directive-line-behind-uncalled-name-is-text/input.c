@@ -1,0 +1,4 @@
+#define F(x) <x>
+F
+#define G 1
+G

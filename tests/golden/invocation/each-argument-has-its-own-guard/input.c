@@ -1,0 +1,3 @@
+#define two(x,y) <x|y>
+#define C two(C,C
+C);

@@ -1,0 +1,2 @@
+#define F(a,b,c) <a|b|c>
+F(,,z) F(x,,z) F( , y ,z)

@@ -1,0 +1,3 @@
+#define F(x) <x>
+#define E
+F E (1);

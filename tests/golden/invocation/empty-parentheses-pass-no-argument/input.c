@@ -1,0 +1,3 @@
+#define F(x) <x>
+#define Z() z
+Z() Z( ) [F()] [F( /**/ )]

@@ -1,0 +1,2 @@
+#define F(x) F x
+F(1)

@@ -1,0 +1,2 @@
+#define F(x,y) <x|y>
+F(,b)

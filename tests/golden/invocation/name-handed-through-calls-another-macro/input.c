@@ -1,0 +1,3 @@
+#define f(x) [x]
+#define once(x) x
+once(f)(once(f)(1))

@@ -1,0 +1,2 @@
+#define A A+1
+A A

@@ -1,0 +1,4 @@
+#define N -
+#define P +
+#define E
+x=-N; +P -E- P+ NN

@@ -1,0 +1,2 @@
+#define foo(x) bar x
+foo(foo) (2)

@@ -1,0 +1,2 @@
+#define f(x) x+f(x)
+f(f(1))

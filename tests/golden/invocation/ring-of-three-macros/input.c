@@ -1,0 +1,6 @@
+#define foo bar x
+#define bar baz y
+#define baz foo z
+foo
+bar
+baz

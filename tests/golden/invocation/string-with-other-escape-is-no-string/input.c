@@ -1,0 +1,3 @@
+#define F(x) <x>
+#define b X
+F("a\n", "b")

@@ -1,0 +1,3 @@
+#define a b
+#define b a
+a b

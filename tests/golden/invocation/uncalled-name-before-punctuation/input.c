@@ -1,0 +1,2 @@
+#define F(x) <x>
+(F) F; F+1

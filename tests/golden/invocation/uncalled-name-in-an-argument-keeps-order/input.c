@@ -1,0 +1,4 @@
+#define F(x) <x>
+#define S(x) #x
+#define XS(x) S(x)
+XS(F z)

@@ -1,0 +1,1 @@
+a include b _c9

@@ -1,0 +1,2 @@
+#define L Z
+L"L" L'L'

@@ -1,0 +1,4 @@
+#define a Z
+"a
+'a
+a

@@ -1,0 +1,5 @@
+#define a Z
+'a\e'
+'a\8'
+'a\x'
+'a\xg'

@@ -1,0 +1,3 @@
+#define x X
+#define b B
+"a\n" x "b"

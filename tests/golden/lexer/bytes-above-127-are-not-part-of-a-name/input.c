@@ -1,0 +1,2 @@
+#define caf Z
+café "café" �

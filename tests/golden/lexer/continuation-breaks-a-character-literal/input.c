@@ -1,0 +1,3 @@
+#define a Z
+'a\
+a'

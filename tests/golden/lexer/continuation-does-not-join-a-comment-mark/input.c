@@ -1,0 +1,3 @@
+#define x Z
+/\
+/ x

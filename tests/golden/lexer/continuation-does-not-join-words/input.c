@@ -1,0 +1,3 @@
+#define AB Z
+A\
+B

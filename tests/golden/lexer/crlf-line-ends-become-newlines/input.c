@@ -1,0 +1,3 @@
+a
+#define X 1
+X

@@ -1,0 +1,2 @@
+#define line Z
+lines line2 _line Line line

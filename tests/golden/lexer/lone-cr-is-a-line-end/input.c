@@ -1,0 +1,1 @@
+ab#define X __LINE__X

@@ -1,0 +1,2 @@
+#define a Z
+'"a' "'a" a

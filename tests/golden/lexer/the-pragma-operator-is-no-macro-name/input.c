@@ -1,0 +1,2 @@
+#define _Pragma x y
+z

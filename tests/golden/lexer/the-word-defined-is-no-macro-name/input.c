@@ -1,0 +1,2 @@
+#define defined Z
+x

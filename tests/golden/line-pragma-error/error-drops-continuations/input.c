@@ -1,0 +1,3 @@
+#error a \
+ b
+x

@@ -1,0 +1,2 @@
+#define here there
+#error stop here __LINE__

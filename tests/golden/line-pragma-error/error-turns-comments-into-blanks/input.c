@@ -1,0 +1,1 @@
+# error  a/* c */b	c // d

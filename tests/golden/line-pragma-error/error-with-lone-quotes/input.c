@@ -1,0 +1,2 @@
+#error don't "panic
+x

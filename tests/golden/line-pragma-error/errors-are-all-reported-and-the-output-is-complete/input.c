@@ -1,0 +1,4 @@
+#error one
+x
+#error two
+y

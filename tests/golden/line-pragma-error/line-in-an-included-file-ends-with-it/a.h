@@ -1,0 +1,3 @@
+#line 100 "gen.y"
+h
+#foo

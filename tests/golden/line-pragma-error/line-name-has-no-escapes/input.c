@@ -1,0 +1,3 @@
+#line 5 "a\\b.c"
+__FILE__
+#error e

@@ -1,0 +1,3 @@
+#line 5 ""
+a
+#error e

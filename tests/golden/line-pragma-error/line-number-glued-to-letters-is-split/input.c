@@ -1,0 +1,4 @@
+#line 12abc
+a
+#line 1.5
+b

@@ -1,0 +1,4 @@
+
+
+#line __LINE__ "y.c"
+a

@@ -1,0 +1,3 @@
+a
+#line 7 "y.c"
+#error e

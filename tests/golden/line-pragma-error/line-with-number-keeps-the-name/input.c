@@ -1,0 +1,3 @@
+#line 10
+a
+b __FILE__ __LINE__

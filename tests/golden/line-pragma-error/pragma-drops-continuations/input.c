@@ -1,0 +1,3 @@
+#pragma a \
+ b
+x

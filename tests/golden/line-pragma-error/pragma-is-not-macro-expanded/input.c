@@ -1,0 +1,3 @@
+#define A 1
+#pragma A __LINE__
+x

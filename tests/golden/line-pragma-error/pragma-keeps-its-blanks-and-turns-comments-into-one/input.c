@@ -1,0 +1,2 @@
+# pragma   a	b/* c */d // e
+x

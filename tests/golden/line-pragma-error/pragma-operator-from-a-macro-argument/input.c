@@ -1,0 +1,2 @@
+#define DO(x) [x]
+DO(_Pragma("m"))

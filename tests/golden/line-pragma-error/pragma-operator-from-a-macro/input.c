@@ -1,0 +1,2 @@
+#define P _Pragma("m")
+a P b

@@ -1,0 +1,2 @@
+x _Pragma("a \"b\"") y
+z

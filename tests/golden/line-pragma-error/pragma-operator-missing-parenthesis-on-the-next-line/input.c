@@ -1,0 +1,3 @@
+_Pragma
++ x
+y

@@ -1,0 +1,2 @@
+#define T "t"
+_Pragma(T) y

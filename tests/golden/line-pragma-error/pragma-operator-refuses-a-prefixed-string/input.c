@@ -1,0 +1,1 @@
+_Pragma(L"p") y

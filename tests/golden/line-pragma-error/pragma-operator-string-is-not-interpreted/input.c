@@ -1,0 +1,2 @@
+#define A 1
+_Pragma("A /* c */ // d #if")

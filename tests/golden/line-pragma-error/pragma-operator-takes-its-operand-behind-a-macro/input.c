@@ -1,0 +1,2 @@
+#define P _Pragma
+a P("m") b

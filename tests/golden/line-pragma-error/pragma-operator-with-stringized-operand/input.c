@@ -1,0 +1,2 @@
+#define S(x) _Pragma(#x)
+S(a "b")

@@ -1,0 +1,2 @@
+_Pragma("a")_Pragma("b")
+z

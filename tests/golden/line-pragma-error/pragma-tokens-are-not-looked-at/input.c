@@ -1,0 +1,1 @@
+#pragma pack(push, 1) # ## 'x "s\n" \ _Pragma("p") #endif

@@ -1,0 +1,2 @@
+#define A b
+A

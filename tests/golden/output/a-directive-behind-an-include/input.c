@@ -1,0 +1,3 @@
+#include "a.h"
+#define A 1
+A

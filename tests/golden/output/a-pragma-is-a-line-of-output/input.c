@@ -1,0 +1,2 @@
+#pragma p  q
+x

@@ -1,0 +1,2 @@
+a _Pragma("p") b
+c

@@ -1,0 +1,3 @@
+#line 10 "sub/x.c"
+#include "a.h"
+y

@@ -1,0 +1,4 @@
+#define F(x) x
+F(1
+)
+y

@@ -1,0 +1,4 @@
+#define F(x) [x]
+#include "a.h"
+(1)
+y

@@ -1,0 +1,3 @@
+a
+#include "a.h"
+b

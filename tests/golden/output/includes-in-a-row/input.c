@@ -1,0 +1,3 @@
+#include "a.h"
+#include "b.h"
+x

@@ -1,0 +1,2 @@
+#include "sub/a.h"
+x

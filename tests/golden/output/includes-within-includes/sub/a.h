@@ -1,0 +1,3 @@
+a
+#include "b.h"
+c

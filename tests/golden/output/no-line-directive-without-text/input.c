@@ -1,0 +1,3 @@
+x
+#define A 1
+#undef A

@@ -1,0 +1,6 @@
+#define A
+#undef A
+#if 1
+x
+y
+#endif

@@ -1,0 +1,9 @@
+#ifdef A
+#elif 0
+#elif 1
+x
+#endif
+#ifndef A
+y
+#endif
+z

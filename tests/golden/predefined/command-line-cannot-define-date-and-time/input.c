@@ -1,0 +1,3 @@
+#define __DATE__ x
+#define __TIME__ y
+__DATE__ __TIME__

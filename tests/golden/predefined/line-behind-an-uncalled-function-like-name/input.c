@@ -1,0 +1,3 @@
+#define F(x) x
+F
+__LINE__

@@ -1,0 +1,4 @@
+#define HERE <__LINE__>
+
+HERE HERE
+HERE

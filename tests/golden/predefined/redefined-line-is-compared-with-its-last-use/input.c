@@ -1,0 +1,4 @@
+__LINE__
+#define __LINE__ 1
+#define __LINE__ 2
+__LINE__

@@ -1,0 +1,2 @@
+#define __LINE__ 5
+__LINE__

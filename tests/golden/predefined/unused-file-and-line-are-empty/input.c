@@ -1,0 +1,3 @@
+#define __LINE__
+#define __FILE__
+__LINE__ __FILE__

@@ -1,0 +1,3 @@
+#define CAT(a,b) a##b
+#define T(a,b,c) [a##b c]
+[CAT(,b)] T(,,x) T(,1,x) T(1,,x)

@@ -1,0 +1,3 @@
+#define Z() z
+#define F(x) x # y
+[F(Z(1))]

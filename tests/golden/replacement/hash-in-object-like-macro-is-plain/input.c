@@ -1,0 +1,4 @@
+#define a A
+#define PASTE a ## b
+#define STR #a
+[PASTE] [STR]

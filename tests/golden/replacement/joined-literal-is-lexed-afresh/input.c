@@ -1,0 +1,3 @@
+#define L wide
+#define W(x) L ## #x
+W(k)

@@ -1,0 +1,3 @@
+#define CAT(a,b) a##b
+#define AB hit
+CAT(A,B)

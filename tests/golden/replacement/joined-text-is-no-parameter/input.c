@@ -1,0 +1,2 @@
+#define F(xy) x ## y xy
+F(9)

@@ -1,0 +1,3 @@
+#define x1L five
+#define M(a) a##1LL
+M(x)

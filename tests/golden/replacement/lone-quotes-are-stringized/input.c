@@ -1,0 +1,4 @@
+#define S(x) #x
+S(")
+S(')
+S(it's \d)

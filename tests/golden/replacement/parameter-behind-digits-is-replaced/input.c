@@ -1,0 +1,2 @@
+#define Q(x) 1x 1.x 0x
+Q(2)

@@ -1,0 +1,2 @@
+#define F(x) "x\n" x
+F(1)

@@ -1,0 +1,3 @@
+#define G(x) ## x
+#define N() ##
+[G(1)] [G(2)] [N()]

@@ -1,0 +1,3 @@
+#define H(x) x ##
+#define I(x) a x ##
+[H(1)] [H(2)] [I(1)]

@@ -1,0 +1,3 @@
+#define A 5
+#define F(x) x##1 x
+F(A)

@@ -1,0 +1,6 @@
+#define S(x) #x
+S(a		b
+c/**/d \
+ e // f
+)
+z

@@ -1,0 +1,3 @@
+#define S(x) #x
+#define T(a,b) #a #b
+S(,) T(,x)

@@ -1,0 +1,3 @@
+#define n 5
+#define S(x) #x
+S(\n) S(n)

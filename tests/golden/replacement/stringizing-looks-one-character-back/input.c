@@ -1,0 +1,2 @@
+#define S(x) #x
+S("a\\" \ b)

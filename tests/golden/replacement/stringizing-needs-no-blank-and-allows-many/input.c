@@ -1,0 +1,3 @@
+#define S(x) #   /*c*/ x
+#define T(x) #x#x
+S(a) T(b)

@@ -1,0 +1,5 @@
+#define F(x) [x]
+F(
+#define A 1
+)
+A

@@ -1,0 +1,2 @@
+#DEFINE X 1
+X

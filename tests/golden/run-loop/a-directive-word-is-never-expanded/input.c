@@ -1,0 +1,3 @@
+#define D define
+#D X 1
+X

@@ -1,0 +1,4 @@
+#definex A 1
+#ifdefA
+#endif1
+x

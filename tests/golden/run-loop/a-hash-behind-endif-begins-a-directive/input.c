@@ -1,0 +1,3 @@
+#if 1
+#endif #define X 1
+X

@@ -1,0 +1,2 @@
+x #define X 1
+X

@@ -1,0 +1,3 @@
+#define E
+ E
+x

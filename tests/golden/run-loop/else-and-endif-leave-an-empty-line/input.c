@@ -1,0 +1,6 @@
+#if 1
+a
+#else
+b
+#endif
+c

@@ -1,0 +1,4 @@
+#if 1
+#else x
+y
+#endif z

@@ -1,0 +1,2 @@
+#endif x
+y

@@ -1,0 +1,4 @@
+#define X Z
+#if 0
+q
+#endif X

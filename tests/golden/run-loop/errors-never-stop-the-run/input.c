@@ -1,0 +1,8 @@
+#foo
+a
+#else
+b
+#define
+#line x
+#include "no.h"
+c

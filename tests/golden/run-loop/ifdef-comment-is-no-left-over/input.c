@@ -1,0 +1,3 @@
+#ifndef X // why
+x
+#endif

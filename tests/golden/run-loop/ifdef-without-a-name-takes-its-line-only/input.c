@@ -1,0 +1,4 @@
+#ifdef
+#else
+x
+#endif

@@ -1,0 +1,3 @@
+#define X
+#ifdef X  junk more
+#endif

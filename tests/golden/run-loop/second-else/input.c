@@ -1,0 +1,7 @@
+#if 1
+#else
+x
+#else
+y
+#endif
+z

@@ -1,0 +1,5 @@
+#if 0
+don't "x
+"/*"
+#endif
+y

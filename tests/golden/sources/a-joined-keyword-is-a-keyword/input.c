@@ -1,0 +1,2 @@
+#define CAT(a,b) a##b
+CAT(_Prag,ma)("p") y

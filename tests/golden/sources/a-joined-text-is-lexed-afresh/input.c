@@ -1,0 +1,3 @@
+#define abc Z
+#define CAT(a,b) a##b
+CAT(1,abc)

@@ -1,0 +1,2 @@
+#define F(a,b,c) [a##b]
+F(,,c)

@@ -1,0 +1,5 @@
+#if 0
+#define A 1
+#undef B
+#endif
+A B

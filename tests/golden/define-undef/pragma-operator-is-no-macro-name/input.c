@@ -1,0 +1,2 @@
+#define _Pragma 1
+x

@@ -1,0 +1,9 @@
+#if (1 ? 2)
+x
+#endif
+#if 1 ? 2 3 + *
+x
+#endif
+#if (1 ? 2) + *
+x
+#endif

@@ -1,0 +1,6 @@
+#if defined 3 + *
+x
+#endif
+#if defined(3) + *
+x
+#endif

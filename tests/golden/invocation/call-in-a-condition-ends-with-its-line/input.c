@@ -1,0 +1,4 @@
+#define F(x) 1
+#if F(1
+)
+#endif

@@ -1,0 +1,6 @@
+#define A B
+#define D defined(A)
+#define E defined
+#if D && E A
+yes
+#endif

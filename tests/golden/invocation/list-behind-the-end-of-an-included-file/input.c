@@ -1,0 +1,4 @@
+#define F(x) <x>
+#include "inc.h"
+(1)
+z

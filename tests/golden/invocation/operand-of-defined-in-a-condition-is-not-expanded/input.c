@@ -1,0 +1,4 @@
+#define A B
+#if defined A && defined(A) && defined ( A )
+yes
+#endif

@@ -1,0 +1,2 @@
+#line 10 "x.c"
+__FILE__ __LINE__

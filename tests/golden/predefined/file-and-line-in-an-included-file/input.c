@@ -1,0 +1,2 @@
+#include "inc.h"
+__FILE__ __LINE__

@@ -1,0 +1,4 @@
+
+#if __LINE__ == 2
+T
+#endif

@@ -55,6 +55,11 @@ class DriverTest : public testing::Test {
     return path(name);
   }
 
+  std::string makeFolder(const std::string& name) const {
+    std::filesystem::create_directory(path(name));
+    return path(name);
+  }
+
   std::string read(const std::string& name) const {
     std::ifstream file(path(name), std::ios::binary);
     std::ostringstream content;
@@ -190,6 +195,23 @@ TEST_F(DriverTest, ADefinitionMustBeAttached) {
   expectStop({"-D"}, "", "qnpp: missing macro for '-D' option number 1\n");
   expectStop({"-D", "NAME"}, "", "qnpp: missing macro for '-D' option number 1\n");
   expectStop({"-DA", "-D"}, "", "qnpp: missing macro for '-D' option number 2\n");
+}
+
+// With the same header in each, the directory that comes first on the command line has it.
+TEST_F(DriverTest, IncludeDirectoriesAreSearchedInTheirOrder) {
+  const std::string one = makeFolder("one");
+  const std::string two = makeFolder("two");
+  write("one/h.h", "1\n");
+  write("two/h.h", "2\n");
+  const auto outputFor = [](const std::string& directory, const std::string& text) {
+    return "#line 1 \"stdin\"\n#line 1 \"" + directory + "/h.h\"\n" + text + "\n#line 2 \"stdin\"\n";
+  };
+  run({"-I" + one, "-I", two}, "#include <h.h>\n");
+  EXPECT_EQ(output_, outputFor(one, "1"));
+  run({"-I", two, "-I" + one}, "#include <h.h>\n");
+  EXPECT_EQ(output_, outputFor(two, "2"));
+  run({"-I" + path("none"), "-I" + two}, "#include <h.h>\n");
+  EXPECT_EQ(output_, outputFor(two, "2"));
 }
 
 TEST_F(DriverTest, AnIncludeDirectoryNeedsAName) {

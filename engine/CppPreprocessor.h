@@ -15,6 +15,7 @@
 #include "directives/CppExprValue.h"
 #include "lexer/CppFileScanner.h"
 #include "lexer/CppTokenScanner.h"
+#include "lexer/HideSetCache.h"
 #include "lexer/NameTable.h"
 #include "lexer/OutputBuffer.h"
 #include "lexer/SpellingPool.h"
@@ -91,7 +92,8 @@ class CppPreprocessor {
   void discardLine();
 
   void pushFile(std::unique_ptr<CppFileScanner> file);
-  void pushTokens(TokenList tokens);
+  // Takes the tokens out of the list and leaves it empty.
+  void pushTokens(TokenList& tokens);
   void pushTokens(SpellingRange tokens, const HideSet& hideSet);
   void pushScanner(std::unique_ptr<CppTokenScanner> scanner);
   std::unique_ptr<CppTokenScanner> spareScanner();
@@ -140,7 +142,7 @@ class CppPreprocessor {
   void expandFunctionLikeInText(const Name& name, const HideSet& hideSet);
   bool collectArguments(const CppMacro& macro, Arguments& arguments);
   CppTokenKind readArgument(CppTokenKind kind, Arguments& arguments);
-  bool readArgumentInPlace(Arguments& arguments, CppTokenKind& terminator);
+  bool readArgumentInPlace(Arguments& arguments);
   void pushObjectLike(const Name& name, const HideSet& hideSet);
   bool isRefreshed(const Name& name) const { return &name == fileName_ || &name == lineName_; }
   void definePredefinedMacros();
@@ -150,18 +152,20 @@ class CppPreprocessor {
   TokenList expandTokenList(TokenList tokens);
   void runExpansions(std::size_t base);
   Expansion& pushExpansion();
-  void popExpansion();
-  void beginSubstitution(const Name& name, Arguments& arguments, const HideSet& hideSet, std::size_t graveyardSize);
+  std::unique_ptr<Expansion> popExpansion();
+  void recycle(std::unique_ptr<Expansion> expansion);
+  bool beginSubstitution(const Name& name, const HideSet& hideSet, std::size_t graveyardSize);
   void substitute(Expansion& expansion);
   void finishSubstitution(Expansion& expansion);
   bool appendExpanded(Expansion& expansion, std::uint32_t argument);
   void beginListExpansion(std::uint32_t argument);
   void expandList(Expansion& expansion);
-  void finishListExpansion(Expansion& expansion);
+  void finishListExpansion();
   bool expandNameInList(TokenList& result);
   void passDefinedOperand(TokenList& result);
   std::uint64_t eventCount() const { return messageCount_ + commentCount_; }
-  const Spelling* stringize(const Arguments& arguments, std::uint32_t argument);
+  // Appends a literal of the argument's text to `literal`.
+  void stringize(const Arguments& arguments, std::uint32_t argument, std::string& literal);
   const Spelling* join(const Replacement& replacement, const Arguments& arguments, const Replacement::Step& step);
 
   // ---- Directives (directives/) ----
@@ -217,6 +221,8 @@ class CppPreprocessor {
   std::vector<std::unique_ptr<CppTokenScanner>> spareScanners_;
   std::size_t listCount_ = 0;               // How many of the sources are lists.
 
+  HideSetCache hideSets_;
+
   // Expansions under way (see macros/Expansion.h), innermost last, and what they hold on to.
   std::vector<std::unique_ptr<Expansion>> expansions_;
   std::vector<std::unique_ptr<Expansion>> spareExpansions_;
@@ -237,8 +243,9 @@ class CppPreprocessor {
   std::deque<std::int32_t> depthStack_;
 
   std::deque<std::string> includeDirectories_;
-  std::string leadingSpace_;
-  std::string scratch_;
+  std::string leadingSpace_;   // Of the line being read.
+  std::string argumentText_;   // Scratch space for stringizing and joining.
+  std::string joinedText_;
   bool hasError_ = false;
 };
 

@@ -82,9 +82,9 @@ void CppPreprocessor::pushFile(std::unique_ptr<CppFileScanner> file) {
   sources_.push_back({std::move(file), pool_.mark()});
 }
 
-void CppPreprocessor::pushTokens(TokenList tokens) {
+void CppPreprocessor::pushTokens(TokenList& tokens) {
   std::unique_ptr<CppTokenScanner> scanner = spareScanner();
-  scanner->read(std::move(tokens));
+  scanner->read(tokens);
   pushScanner(std::move(scanner));
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <utility>
 
 #include "engine/CppPreprocessor.h"
 
@@ -38,7 +37,7 @@ class CppPreprocessor::ClosedSource {
  public:
   ClosedSource(CppPreprocessor& preprocessor, TokenList tokens)
       : preprocessor_(preprocessor), floor_(preprocessor.floor_) {
-    preprocessor_.pushTokens(std::move(tokens));
+    preprocessor_.pushTokens(tokens);
     preprocessor_.floor_ = preprocessor_.sources_.size() - 1;
   }
   ClosedSource(const ClosedSource&) = delete;

@@ -30,9 +30,9 @@ class CppFileScanner : public CppScanner {
   const std::string& fileName() const { return fileName_; }
   void setFileName(std::string name) { fileName_ = std::move(name); }
 
-  std::int32_t line() const { return wrap(lexer_->line(), -linesLookedAt_); }
+  std::int32_t line() const { return difference(lexer_->line(), linesLookedAt_); }
   /// Makes `line` the number of the current line; a line end that has been looked at counts from there.
-  void setLine(std::int32_t line) { lexer_->setLine(wrap(line, linesLookedAt_)); }
+  void setLine(std::int32_t line) { lexer_->setLine(difference(line, difference(0, linesLookedAt_))); }
 
   CppTokenKind peek() override;
   CppTokenKind get() override;
@@ -51,8 +51,8 @@ class CppFileScanner : public CppScanner {
 
  private:
   // Line numbers wrap as 32-bit numbers.
-  static std::int32_t wrap(std::int32_t line, std::int32_t by) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(line) + static_cast<std::uint32_t>(by));
+  static std::int32_t difference(std::int32_t a, std::int32_t b) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
   }
   CppTokenKind taken(CppTokenKind kind);
 

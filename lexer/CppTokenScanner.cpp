@@ -13,13 +13,22 @@ struct CppTokenScanner::CommentReader {
   CppLexer lexer;
 };
 
+namespace {
+
+// True for a token that the expansion of a list collects as it is.
+bool isPlain(const Spelling& token) {
+  return token.isSingleToken() && (token.name == nullptr || (token.name->macro == nullptr && token.kind != TK_DEFINED));
+}
+
+}  // namespace
+
 CppTokenScanner::CppTokenScanner(SpellingPool& pool, const LexerContext& context)
     : CppScanner(false), pool_(pool), context_(context) {}
 
 CppTokenScanner::~CppTokenScanner() = default;
 
-void CppTokenScanner::read(TokenList list) {
-  list_ = std::move(list);
+void CppTokenScanner::read(TokenList& list) {
+  std::swap(list_, list);
   begin_ = at_ = list_.spellings().data();
   end_ = begin_ + list_.size();
   run_ = 0;
@@ -117,15 +126,40 @@ const HideSet& CppTokenScanner::hideSet() {
   return runs[run_].hideSet;
 }
 
-SpellingRange CppTokenScanner::rest() const {
+void CppTokenScanner::takePlain(TokenList& list) {
   if (peek_ != nullptr || !pieces_.empty() || reader_ != nullptr) {
+    return;
+  }
+  while (at_ != end_) {
+    const Spelling* const* const first = at_;
+    const Spelling* const* last = end_;
+    ++at_;
+    const HideSet& hideSet = this->hideSet();
+    if (!list_.empty()) {
+      last = begin_ + list_.runs()[run_].end;
+    }
+    for (at_ = first; at_ != last && isPlain(**at_); ++at_) {
+    }
+    list.append(SpellingRange(first, at_), hideSet);
+    if (at_ != last) {
+      return;
+    }
+  }
+}
+
+SpellingRange CppTokenScanner::rest() const {
+  if (!pieces_.empty() || reader_ != nullptr) {
     return {};
   }
-  return {at_, end_};
+  if (peek_ == nullptr) {
+    return {at_, end_};
+  }
+  return at_ != begin_ && at_[-1] == peek_ ? SpellingRange(at_ - 1, end_) : SpellingRange();
 }
 
 void CppTokenScanner::take(std::size_t count) {
-  at_ += count;
+  at_ += static_cast<std::ptrdiff_t>(count) - (peek_ != nullptr ? 1 : 0);
+  peek_ = nullptr;
   handOut(at_[-1]);
 }
 

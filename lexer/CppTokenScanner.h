@@ -21,8 +21,9 @@ class CppTokenScanner : public CppScanner {
   CppTokenScanner(SpellingPool& pool, const LexerContext& context);
   ~CppTokenScanner() override;
 
-  /// Reads the tokens of `list`, which the scanner owns from now on. The spellings are borrowed.
-  void read(TokenList list);
+  /// Reads the tokens of `list`, which the scanner owns from now on; what storage it had is left in `list`, empty. The
+  /// spellings are borrowed.
+  void read(TokenList& list);
   /// Reads `tokens`, all of them with `hideSet`. The range is borrowed: it must stay until the scanner is reset.
   void read(SpellingRange tokens, HideSet hideSet);
   /// Gives back what the scanner holds on to.
@@ -36,16 +37,20 @@ class CppTokenScanner : public CppScanner {
   /// names with a macro definition. A token that is handed out may still be a plain one.
   CppTokenKind copyText();
 
+  /// Takes plain tokens, those that are neither names with a macro definition nor `defined`, and appends them with their
+  /// hide sets to `list`, up to the first token that may be another.
+  void takePlain(TokenList& list);
+
   /// Spelling of the current token, always of a single token.
   const Spelling* spelling() const { return spelling_; }
 
   /// True when nothing is left to read, not even a token that has been looked at.
   bool isExhausted() const { return at_ == end_ && peek_ == nullptr && pieces_.empty() && reader_ == nullptr; }
 
-  /// The tokens that have not been read, when all of them are single tokens or whole elements, that is, unless the
-  /// reading stands inside of an element or a token has been looked at; empty then.
+  /// The elements that have not been read; empty while the reading stands inside of one. A token that has been looked at
+  /// is the first of them.
   SpellingRange rest() const;
-  /// Takes the first `count` tokens of `rest()`, which are single ones; the last of them becomes the current token.
+  /// Takes the first `count` elements of `rest()`, which are single tokens; the last of them becomes the current token.
   void take(std::size_t count);
 
  private:

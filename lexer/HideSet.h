@@ -1,6 +1,7 @@
 // Sets of macro names that must not be expanded.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
@@ -43,6 +44,9 @@ class HideSet {
 
   /// True when both are the same object in memory; equal sets may differ here, so this only ever saves work.
   bool isSameObject(const HideSet& other) const { return root_ == other.root_; }
+
+  /// A number for tables of sets, the same for the same object in memory.
+  std::size_t identity() const { return reinterpret_cast<std::uintptr_t>(root_) / sizeof(void*); }
 
  private:
   struct Node;

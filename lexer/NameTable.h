@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "lexer/HideSet.h"
 #include "lexer/Spelling.h"
 #include "lexer/TextArena.h"
 
@@ -21,6 +22,7 @@ struct Name {
   CppMacro* macro = nullptr;    ///< The current definition, owned by the CppMacroTable; null while there is none.
   std::uint32_t id = 0;         ///< Position in the order of appearance, from 0.
   std::uint32_t hash = 0;
+  HideSet alone;                ///< The set of this name only, once it has been asked for (see HideSetCache).
 
   std::string_view text() const { return spelling.text(); }
 };

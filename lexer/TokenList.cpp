@@ -2,10 +2,10 @@
 
 namespace qnpp {
 
-void TokenList::append(const TokenList& tokens, const HideSet& hideSet) {
+void TokenList::append(const TokenList& tokens, const HideSet& hideSet, HideSetCache& hideSets) {
   std::size_t begin = 0;
   for (const Run& run : tokens.runs_) {
-    append(tokens.spellings().subspan(begin, run.end - begin), run.hideSet.joined(hideSet));
+    append(tokens.spellings().subspan(begin, run.end - begin), hideSets.joined(run.hideSet, hideSet));
     begin = run.end;
   }
 }

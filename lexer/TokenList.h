@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "lexer/HideSet.h"
+#include "lexer/HideSetCache.h"
 #include "lexer/Spelling.h"
 
 namespace qnpp {
@@ -42,7 +43,7 @@ class TokenList {
     }
   }
   /// Appends the tokens of `tokens`, each with its own hide set and `hideSet` in addition.
-  void append(const TokenList& tokens, const HideSet& hideSet);
+  void append(const TokenList& tokens, const HideSet& hideSet, HideSetCache& hideSets);
 
   void clear() {
     spellings_.clear();

@@ -23,7 +23,7 @@ TokenList CppPreprocessor::expandTokenList(TokenList tokens) {
   Expansion& expansion = pushExpansion();
   expansion.isSubstitution = false;
   expansion.floor = floor_;
-  pushTokens(std::move(tokens));
+  pushTokens(tokens);
   floor_ = sources_.size() - 1;
   runExpansions(base);
   return std::move(expandedOperand_);
@@ -49,28 +49,39 @@ Expansion& CppPreprocessor::pushExpansion() {
   return *expansions_.back();
 }
 
-void CppPreprocessor::popExpansion() {
-  constexpr std::size_t kMostSpares = 64;
+// Takes the innermost expansion, which is finished, off the stack.
+std::unique_ptr<Expansion> CppPreprocessor::popExpansion() {
   std::unique_ptr<Expansion> finished = std::move(expansions_.back());
   expansions_.pop_back();
+  return finished;
+}
+
+void CppPreprocessor::recycle(std::unique_ptr<Expansion> expansion) {
+  constexpr std::size_t kMostSpares = 64;
   if (spareExpansions_.size() < kMostSpares) {
-    finished->clear();
-    spareExpansions_.push_back(std::move(finished));
+    expansion->clear();
+    spareExpansions_.push_back(std::move(expansion));
   }
 }
 
 // ---- Substitution ----
 
-void CppPreprocessor::beginSubstitution(const Name& name, Arguments& arguments, const HideSet& hideSet,
-                                        std::size_t graveyardSize) {
-  const Replacement& replacement = replacementOf(name);
+// Collects the arguments of an invocation whose "(" is the next token, and puts its substitution on the stack. Returns
+// false, with the error reported, when the arguments are not in order.
+bool CppPreprocessor::beginSubstitution(const Name& name, const HideSet& hideSet, std::size_t graveyardSize) {
   Expansion& expansion = pushExpansion();
+  const bool complete = collectArguments(*name.macro, expansion.arguments);
+  isCollecting_ = false;
+  if (!complete) {
+    recycle(popExpansion());
+    return false;
+  }
   expansion.isSubstitution = true;
-  expansion.replacement = &replacement;
+  expansion.replacement = &replacementOf(name);
   expansion.step = 0;
-  std::swap(expansion.arguments, arguments);
   expansion.hideSet = hideSet;
   expansion.graveyardSize = graveyardSize;
+  return true;
 }
 
 // Carries out the steps that are left, up to one that has to wait for an expanded argument.
@@ -90,7 +101,9 @@ void CppPreprocessor::substitute(Expansion& expansion) {
         }
         break;
       case Replacement::Step::Kind::Stringize:
-        expansion.result.append(stringize(expansion.arguments, step.begin), expansion.hideSet);
+        joinedText_.clear();
+        stringize(expansion.arguments, step.begin, joinedText_);
+        expansion.result.append(pool_.text(joinedText_), expansion.hideSet);
         break;
       case Replacement::Step::Kind::Join:
         expansion.result.append(join(replacement, expansion.arguments, step), expansion.hideSet);
@@ -106,10 +119,10 @@ void CppPreprocessor::substitute(Expansion& expansion) {
 // The result becomes the current source: of the list expansion that met the invocation, or of the run loop.
 void CppPreprocessor::finishSubstitution(Expansion& expansion) {
   if (!expansion.result.empty()) {
-    pushTokens(std::exchange(expansion.result, {}));
+    pushTokens(expansion.result);
   }
   emptyGraveyard(expansion.graveyardSize);
-  popExpansion();
+  recycle(popExpansion());
 }
 
 // Appends the expansion of an argument if it is known: because there is no macro's name in it, or from an earlier step.
@@ -119,12 +132,12 @@ bool CppPreprocessor::appendExpanded(Expansion& expansion, std::uint32_t argumen
     return token->name != nullptr && token->name->macro != nullptr;
   });
   if (isPlain) {
-    expansion.result.append(tokens, expansion.arguments.hideSet(argument).joined(expansion.hideSet));
+    expansion.result.append(tokens, hideSets_.joined(expansion.arguments.hideSet(argument), expansion.hideSet));
     return true;
   }
   for (const auto& [index, expanded] : expansion.expanded) {
     if (index == argument) {
-      expansion.result.append(expanded, expansion.hideSet);
+      expansion.result.append(expanded, expansion.hideSet, hideSets_);
       return true;
     }
   }
@@ -133,13 +146,13 @@ bool CppPreprocessor::appendExpanded(Expansion& expansion, std::uint32_t argumen
 
 // A string literal of the argument's text. Within literals of the text backslashes are doubled, and every double quote
 // gets one; a quote of either sort that no backslash precedes switches between inside and outside.
-const Spelling* CppPreprocessor::stringize(const Arguments& arguments, std::uint32_t argument) {
-  std::string text;
-  arguments.appendText(argument, text);
-  std::string literal = "\"";
+void CppPreprocessor::stringize(const Arguments& arguments, std::uint32_t argument, std::string& literal) {
+  argumentText_.clear();
+  arguments.appendText(argument, argumentText_);
+  literal.push_back('"');
   bool inLiteral = false;
   char before = '\0';
-  for (const char character : text) {
+  for (const char character : argumentText_) {
     if (character == '"' || (character == '\\' && inLiteral)) {
       literal.push_back('\\');
     }
@@ -150,28 +163,27 @@ const Spelling* CppPreprocessor::stringize(const Arguments& arguments, std::uint
     before = character;
   }
   literal.push_back('"');
-  return pool_.text(literal);
 }
 
 // The texts of all operands as one element, which never merges with its neighbours.
 const Spelling* CppPreprocessor::join(const Replacement& replacement, const Arguments& arguments,
                                       const Replacement::Step& step) {
-  std::string text;
+  joinedText_.clear();
   for (std::uint32_t index = step.begin; index < step.end; ++index) {
     const Replacement::Item& operand = replacement.operands()[index];
     switch (operand.kind) {
       case Replacement::Item::Kind::Token:
-        text.append(replacement.tokens()[operand.index]->text());
+        joinedText_.append(replacement.tokens()[operand.index]->text());
         break;
       case Replacement::Item::Kind::Parameter:
-        arguments.appendText(operand.index, text);
+        arguments.appendText(operand.index, joinedText_);
         break;
       case Replacement::Item::Kind::Literal:
-        text.append(stringize(arguments, operand.index)->text());
+        stringize(arguments, operand.index, joinedText_);
         break;
     }
   }
-  return pool_.text(text);
+  return pool_.text(joinedText_);
 }
 
 // ---- List expansion ----
@@ -194,9 +206,10 @@ void CppPreprocessor::beginListExpansion(std::uint32_t argument) {
 void CppPreprocessor::expandList(Expansion& expansion) {
   TokenList& result = expansion.result;
   while (expansions_.back().get() == &expansion) {
+    listSource().takePlain(result);
     const CppTokenKind kind = nextToken();
     if (kind == TK_END) {
-      finishListExpansion(expansion);
+      finishListExpansion();
       return;
     }
     if (kind == TK_DEFINED && inCondition_) {
@@ -208,41 +221,34 @@ void CppPreprocessor::expandList(Expansion& expansion) {
 }
 
 // The result goes to the waiting substitution, or to the caller of expandTokenList.
-void CppPreprocessor::finishListExpansion(Expansion& expansion) {
+void CppPreprocessor::finishListExpansion() {
+  std::unique_ptr<Expansion> finished = popExpansion();
   removeSource();
-  floor_ = expansion.floor;
-  TokenList result = std::exchange(expansion.result, {});
-  const std::uint32_t argument = expansion.argument;
-  const bool isQuiet = expansion.eventCount == eventCount();
-  popExpansion();
+  floor_ = finished->floor;
   if (expansions_.empty() || !expansions_.back()->isSubstitution) {
-    expandedOperand_ = std::move(result);
-    return;
+    std::swap(expandedOperand_, finished->result);
+  } else {
+    Expansion& waiting = *expansions_.back();
+    waiting.result.append(finished->result, waiting.hideSet, hideSets_);
+    // A parameter may stand in the replacement list again. Its argument is expanded anew for each place, which is the
+    // same unless a message was given or a comment lexed: those are repeated.
+    if (finished->eventCount == eventCount() && waiting.wantsAgain(finished->argument)) {
+      waiting.expanded.emplace_back(finished->argument, std::exchange(finished->result, {}));
+    }
   }
-  Expansion& waiting = *expansions_.back();
-  waiting.result.append(result, waiting.hideSet);
-  // A parameter may stand in the list again. Its argument is expanded anew for each place, which is the same unless a
-  // message was given or a comment lexed: those are repeated.
-  const auto& steps = waiting.replacement->steps();
-  const bool isWantedAgain =
-      std::any_of(steps.begin() + static_cast<std::ptrdiff_t>(waiting.step), steps.end(), [argument](const auto& step) {
-        return step.kind == Replacement::Step::Kind::Expand && step.begin == argument;
-      });
-  if (isQuiet && isWantedAgain) {
-    waiting.expanded.emplace_back(argument, std::move(result));
-  }
+  recycle(std::move(finished));
 }
 
 // The current token is a name of the list. Returns false when it is not to be expanded and has to be collected as it is;
 // otherwise its expansion has been pushed or begun, or it has been collected here.
 bool CppPreprocessor::expandNameInList(TokenList& result) {
   const Spelling* const spelling = listSource().spelling();
-  const Name* const name = spelling->name;
+  Name* const name = spelling->name;
   if (name == nullptr || name->macro == nullptr || current_->hideSet().contains(*name)) {
     return false;
   }
   const HideSet ownHideSet = current_->hideSet();
-  const HideSet hideSet = ownHideSet.with(*name);
+  const HideSet hideSet = hideSets_.with(ownHideSet, *name);
   if (!name->macro->functionLike) {
     pushObjectLike(*name, hideSet);
     return true;
@@ -256,16 +262,13 @@ bool CppPreprocessor::expandNameInList(TokenList& result) {
     skipped.append(listSource().spelling(), current_->hideSet());
   }
   const bool isInvocation = peekToken() == '(';
-  Arguments arguments;
-  const bool complete = isInvocation && collectArguments(*name->macro, arguments);
-  isCollecting_ = false;
-  if (complete) {
-    beginSubstitution(*name, arguments, hideSet, graveyardSize);
+  if (isInvocation && beginSubstitution(*name, hideSet, graveyardSize)) {
     return true;
   }
+  isCollecting_ = false;
   result.append(spelling, ownHideSet);
   if (!isInvocation) {
-    result.append(skipped, HideSet());
+    result.append(skipped, HideSet(), hideSets_);
   }
   emptyGraveyard(graveyardSize);
   return true;

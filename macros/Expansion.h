@@ -1,6 +1,7 @@
 // A macro expansion under way.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -35,6 +36,14 @@ struct Expansion {
   std::size_t floor = 0;             ///< To be restored: where reading ended before the list was begun.
   std::uint32_t argument = 0;        ///< Which argument of the waiting invocation the list is.
   std::uint64_t eventCount = 0;      ///< Messages and comments when the list was begun.
+
+  /// Whether a step that is left wants the expansion of `wanted`.
+  bool wantsAgain(std::uint32_t wanted) const {
+    const auto& steps = replacement->steps();
+    return std::any_of(steps.begin() + static_cast<std::ptrdiff_t>(step), steps.end(), [wanted](const auto& left) {
+      return left.kind == Replacement::Step::Kind::Expand && left.begin == wanted;
+    });
+  }
 
   void clear() {
     result.clear();

@@ -8,12 +8,12 @@ namespace qnpp {
 // The current token is a name in a text line. It is written, or its expansion becomes the current source, so that
 // rescanning is reading on.
 void CppPreprocessor::expandInText() {
-  const Name* const name = currentName();
+  Name* const name = currentName();
   if (name == nullptr || name->macro == nullptr || current_->hideSet().contains(*name)) {
     output_.write(currentText());
     return;
   }
-  const HideSet hideSet = current_->hideSet().with(*name);
+  const HideSet hideSet = hideSets_.with(current_->hideSet(), *name);
   if (name->macro->functionLike) {
     expandFunctionLikeInText(*name, hideSet);
   } else {
@@ -25,27 +25,22 @@ void CppPreprocessor::expandFunctionLikeInText(const Name& name, const HideSet& 
   refreshPredefined(name);
   InFlight inFlight(*this);
   isCollecting_ = true;
-  scratch_.clear();
+  std::string skipped;
   while (isWhiteSpace(peekToken())) {
     nextToken();
-    scratch_.append(currentText());
+    skipped.append(currentText());
   }
-  const bool isInvocation = peekToken() == '(';
-  if (!isInvocation) {
-    output_.write(scratch_);  // The white space behind the name comes out before it.
-  }
-  Arguments arguments;
-  const bool complete = isInvocation && collectArguments(*name.macro, arguments);
-  isCollecting_ = false;
-  if (complete) {
-    const std::size_t base = expansions_.size();
-    beginSubstitution(name, arguments, hideSet, 0);
+  const std::size_t base = expansions_.size();
+  if (peekToken() != '(') {
+    output_.write(skipped);  // The white space behind the name comes out before it.
+  } else if (beginSubstitution(name, hideSet, 0)) {
     runExpansions(base);
-  } else {
-    output_.write(name.text());
-    emptyGraveyard(0);
-    inFlight.release();
+    return;
   }
+  isCollecting_ = false;
+  output_.write(name.text());
+  emptyGraveyard(0);
+  inFlight.release();
 }
 
 // The macro's tokens become the current source.
@@ -56,7 +51,7 @@ void CppPreprocessor::pushObjectLike(const Name& name, const HideSet& hideSet) {
     pool_.lex(name.macro->text, tokens);
     TokenList list;
     list.append(tokens, hideSet);
-    pushTokens(std::move(list));
+    pushTokens(list);
   } else {
     pushTokens(replacementOf(name).tokens(), hideSet);
   }
@@ -84,14 +79,14 @@ bool CppPreprocessor::collectArguments(const CppMacro& macro, Arguments& argumen
   const std::size_t expected = macro.parameters.size();
   CppTokenKind kind = nextToken();  // "("
   do {
-    skipWhiteSpace();
-    kind = nextToken();
-    if (kind == ')') {
-      break;  // "()" has no argument, and a "," directly before ")" adds none.
-    }
-    if (kind == ',') {
-      arguments.finish(current_->hideSet(), pool_);
+    if (!isCurrentFile() && readArgumentInPlace(arguments)) {
+      kind = listSource().spelling()->kind;
     } else {
+      skipWhiteSpace();
+      kind = nextToken();
+      if (kind == ')') {
+        break;  // "()" has no argument, and a "," directly before ")" adds none.
+      }
       kind = readArgument(kind, arguments);
     }
     if (kind == ',' && arguments.count() > expected) {
@@ -135,6 +130,56 @@ CppTokenKind CppPreprocessor::readArgument(CppTokenKind kind, Arguments& argumen
   }
   arguments.finish(current_->hideSet(), pool_);
   return kind;
+}
+
+// Reads an argument and the token that ends it when both stand in the list that is being read, and the tokens there are
+// those that the argument's normalized text lexes into. The argument then borrows them: each level of a deep nesting
+// would otherwise hold a copy of all the levels in it. Returns false, with nothing taken, when that is not so.
+bool CppPreprocessor::readArgumentInPlace(Arguments& arguments) {
+  const SpellingRange rest = listSource().rest();
+  std::size_t begin = 0;
+  while (begin < rest.size() && rest[begin] == blankSpelling()) {
+    ++begin;
+  }
+  std::size_t depth = 0;
+  for (std::size_t at = begin; at < rest.size(); ++at) {
+    const Spelling& token = *rest[at];
+    const bool afterBlank = at > begin && rest[at - 1] == blankSpelling();
+    switch (token.kind) {
+      case '(':
+        ++depth;
+        break;
+      case ')':
+      case ',':
+        if (depth == 0) {
+          if (at == begin) {
+            return false;
+          }
+          listSource().take(at + 1);
+          arguments.addInPlace(rest.subspan(begin, at - begin - (afterBlank ? 1U : 0U)), current_->hideSet());
+          return true;
+        }
+        depth -= token.kind == ')' ? 1U : 0U;
+        break;
+      case TK_SPACE:
+        if (&token != blankSpelling() || afterBlank) {
+          return false;
+        }
+        continue;
+      case TK_NEWLINE:
+      case TK_CONTINUATION:
+        return false;
+      default:
+        if (!token.isSingleToken() || isLoneQuote(token)) {
+          return false;
+        }
+        break;
+    }
+    if (at > begin && !afterBlank && mayMerge(*rest[at - 1], token)) {
+      return false;
+    }
+  }
+  return false;
 }
 
 }  // namespace qnpp

@@ -1,0 +1,66 @@
+// Remembered results of adding to hide sets and joining them.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+#include "lexer/HideSet.h"
+#include "lexer/NameTable.h"
+
+namespace qnpp {
+
+/// The last results of `HideSet::with` and `HideSet::joined`. The same few macros are expanded within one another again
+/// and again, so most sets that an expansion asks for have just been made; besides saving the work this lets equal sets
+/// be one object, and token lists keep them in fewer runs.
+class HideSetCache {
+ public:
+  HideSet with(const HideSet& set, Name& name) {
+    if (set.empty()) {
+      if (name.alone.empty()) {
+        name.alone = set.with(name);
+      }
+      return name.alone;
+    }
+    Addition& known = additions_[slotOf(set.identity(), name.id)];
+    if (known.name != &name || !known.set.isSameObject(set)) {
+      known = {set, &name, set.with(name)};
+    }
+    return known.result;
+  }
+
+  HideSet joined(const HideSet& a, const HideSet& b) {
+    if (a.empty() || a.isSameObject(b)) {
+      return b;
+    }
+    Union& known = unions_[slotOf(a.identity(), b.identity())];
+    if (!known.a.isSameObject(a) || !known.b.isSameObject(b)) {
+      known = {a, b, a.joined(b)};
+    }
+    return known.result;
+  }
+
+ private:
+  static constexpr std::size_t kSlots = 64;
+
+  struct Addition {
+    HideSet set;
+    const Name* name = nullptr;
+    HideSet result;
+  };
+  struct Union {
+    HideSet a;
+    HideSet b;
+    HideSet result;
+  };
+
+  static std::size_t slotOf(std::size_t a, std::size_t b) {
+    return static_cast<std::size_t>((a * 31U + b) * 0x9E3779B97F4A7C15U >> 58U) % kSlots;
+  }
+
+  std::array<Addition, kSlots> additions_;
+  std::array<Union, kSlots> unions_;
+};
+
+}  // namespace qnpp

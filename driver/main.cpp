@@ -1,20 +1,19 @@
 // qnpp [options] [source_file]: one pass over one source, then exit.
 //
-// Status 0: no error was reported. Status 1: at least one was, or the command line ended the program, which `--help`
-// and
-// `--version` do as well. Status 2: the scanner gave up on a token, after saying so on standard error.
+// Status 0: no error was reported. Status 1: at least one was, or memory ran out, or the command line ended the program,
+// which `--help` and `--version` do as well. Status 2: the scanner gave up, after saying so on standard error.
 
 #include <iostream>
+#include <new>
+#include <stdexcept>
 
 #include "driver/Driver.h"
 #include "engine/CppPreprocessor.h"
 #include "lexer/CppLexer.h"
 
-int main(int argc, char** argv) {
-  // Nothing here uses stdio, and reading need not push out what was written.
-  std::ios::sync_with_stdio(false);
-  std::cin.tie(nullptr);
+namespace {
 
+int preprocess(int argc, char** argv) {
   qnpp::Driver driver(std::cout, std::cerr);
   qnpp::CppPreprocessor preprocessor(std::cerr, std::cin);
   int status = 1;
@@ -26,7 +25,25 @@ int main(int argc, char** argv) {
     }
   } catch (const qnpp::FatalLexerError&) {
     status = 2;
+  } catch (const std::bad_alloc&) {
+    preprocessor.reportOutOfMemory();
+  } catch (const std::length_error&) {  // A container that would grow beyond what can be addressed.
+    preprocessor.reportOutOfMemory();
   }
   driver.flush();
   return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // Nothing here uses stdio, and reading need not push out what was written.
+  std::ios::sync_with_stdio(false);
+  std::cin.tie(nullptr);
+  try {
+    return preprocess(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::cerr << "FATAL ERROR: out of memory.\n";
+    return 1;
+  }
 }

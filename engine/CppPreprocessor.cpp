@@ -6,6 +6,8 @@ namespace qnpp {
 
 CppPreprocessor::CppPreprocessor(std::ostream& diagnostics, std::istream& standardInput)
     : diagnostics_(diagnostics), standardInput_(standardInput) {
+  spareScanners_.reserve(kMostSpares);
+  spareExpansions_.reserve(kMostSpares);
   definePredefinedMacros();
 }
 

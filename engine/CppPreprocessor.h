@@ -62,6 +62,10 @@ class CppPreprocessor {
 
   bool hasError() const { return hasError_; }
 
+  /// To be called when any of the above ended in std::bad_alloc: says so in one line and brings out the output written
+  /// so far. The object is of no use afterwards.
+  void reportOutOfMemory();
+
   /// Evaluates the tokens of a conditional expression, macros already expanded, from the current source.
   /// Clears `ok` when anything in it is wrong; the errors are reported and evaluation goes on.
   void evaluate(CppExprValue& result, bool& ok);
@@ -75,6 +79,9 @@ class CppPreprocessor {
   class InFlight;
   class ClosedSource;
   class ExpressionReader;
+
+  // How many finished scanners and expansions are kept for the next need.
+  static constexpr std::size_t kMostSpares = 64;
 
   // ---- Reading tokens (engine/Sources.cpp) ----
   // All of them fall back to the enclosing source when the current one has ended.
@@ -94,7 +101,7 @@ class CppPreprocessor {
   void pushFile(std::unique_ptr<CppFileScanner> file);
   // Takes the tokens out of the list and leaves it empty.
   void pushTokens(TokenList& tokens);
-  void pushTokens(SpellingRange tokens, const HideSet& hideSet);
+  void pushTokens(SpellingRange tokens, const HideSet& hideSet, NormalizedTokens* surroundings = nullptr);
   void pushScanner(std::unique_ptr<CppTokenScanner> scanner);
   std::unique_ptr<CppTokenScanner> spareScanner();
   void popSource();
@@ -119,7 +126,7 @@ class CppPreprocessor {
   void reportError(std::string_view message);
   void reportWarning(std::string_view message);
   void reportCannotOpenSource(std::string_view name);
-  void writeLocation();
+  void writeDiagnostic(std::string_view grade, std::string_view message);
 
   // ---- Line directives (engine/Output.cpp) ----
   void writeLineDirective();

@@ -88,9 +88,9 @@ void CppPreprocessor::pushTokens(TokenList& tokens) {
   pushScanner(std::move(scanner));
 }
 
-void CppPreprocessor::pushTokens(SpellingRange tokens, const HideSet& hideSet) {
+void CppPreprocessor::pushTokens(SpellingRange tokens, const HideSet& hideSet, NormalizedTokens* surroundings) {
   std::unique_ptr<CppTokenScanner> scanner = spareScanner();
-  scanner->read(tokens, hideSet);
+  scanner->read(tokens, hideSet, surroundings);
   pushScanner(std::move(scanner));
 }
 
@@ -149,7 +149,6 @@ void CppPreprocessor::removeSource() {
 }
 
 void CppPreprocessor::recycle(std::unique_ptr<CppTokenScanner> scanner) {
-  constexpr std::size_t kMostSpares = 64;
   if (spareScanners_.size() < kMostSpares) {
     scanner->reset();
     spareScanners_.push_back(std::move(scanner));

@@ -43,6 +43,7 @@ class CppPreprocessor::ClosedSource {
   ClosedSource(const ClosedSource&) = delete;
   ClosedSource& operator=(const ClosedSource&) = delete;
   ~ClosedSource() {
+    preprocessor_.isCollecting_ = false;  // It is set only when memory ran out while arguments were read.
     preprocessor_.removeSource();
     preprocessor_.floor_ = floor_;
   }

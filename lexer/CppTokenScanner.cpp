@@ -34,15 +34,17 @@ void CppTokenScanner::read(TokenList& list) {
   run_ = 0;
 }
 
-void CppTokenScanner::read(SpellingRange tokens, HideSet hideSet) {
+void CppTokenScanner::read(SpellingRange tokens, HideSet hideSet, NormalizedTokens* surroundings) {
   begin_ = at_ = tokens.data();
   end_ = begin_ + tokens.size();
   commonHideSet_ = std::move(hideSet);
+  surroundings_ = surroundings;
 }
 
 void CppTokenScanner::reset() {
   list_.clear();
   commonHideSet_ = HideSet();
+  surroundings_ = nullptr;
   begin_ = at_ = end_ = nullptr;
   pieces_ = {};
   reader_.reset();
@@ -138,9 +140,13 @@ void CppTokenScanner::takePlain(TokenList& list) {
     if (!list_.empty()) {
       last = begin_ + list_.runs()[run_].end;
     }
-    for (at_ = first; at_ != last && isPlain(**at_); ++at_) {
+    if (!list_.empty() && list_.runs()[run_].isPlain) {
+      at_ = last;
+    } else {
+      for (at_ = first; at_ != last && isPlain(**at_); ++at_) {
+      }
     }
-    list.append(SpellingRange(first, at_), hideSet);
+    list.append(SpellingRange(first, at_), hideSet, true);
     if (at_ != last) {
       return;
     }

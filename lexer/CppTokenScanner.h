@@ -12,6 +12,8 @@
 
 namespace qnpp {
 
+class NormalizedTokens;
+
 /// Reads stored tokens back. Each is lexed on its own: a text may give several tokens or none, and never merges with its
 /// neighbour's. What it gives is remembered in its spelling; only a text that opens a comment is lexed here.
 ///
@@ -25,7 +27,9 @@ class CppTokenScanner : public CppScanner {
   /// spellings are borrowed.
   void read(TokenList& list);
   /// Reads `tokens`, all of them with `hideSet`. The range is borrowed: it must stay until the scanner is reset.
-  void read(SpellingRange tokens, HideSet hideSet);
+  /// `surroundings` is kept for the reader of the tokens, see there.
+  void read(SpellingRange tokens, HideSet hideSet, NormalizedTokens* surroundings);
+  NormalizedTokens* surroundings() const { return surroundings_; }
   /// Gives back what the scanner holds on to.
   void reset();
 
@@ -63,6 +67,7 @@ class CppTokenScanner : public CppScanner {
   LexerContext context_;
   TokenList list_;                              // Storage of the tokens, when the scanner owns them.
   HideSet commonHideSet_;                       // Of all tokens, when it does not.
+  NormalizedTokens* surroundings_ = nullptr;    // What the tokens are a part of, when they are an argument.
   const Spelling* const* begin_ = nullptr;
   const Spelling* const* at_ = nullptr;         // The next element.
   const Spelling* const* end_ = nullptr;

@@ -1,6 +1,7 @@
 #include "lexer/SpellingPool.h"
 
 #include <algorithm>
+#include <limits>
 #include <new>
 
 namespace qnpp {
@@ -23,6 +24,9 @@ bool mayOpenComment(std::string_view text) {
 }  // namespace
 
 Spelling* SpellingPool::make(CppTokenKind kind, std::string_view text) {
+  if (text.size() > std::numeric_limits<std::uint32_t>::max()) {
+    throw std::bad_alloc();  // No scanner could read it back.
+  }
   return new (arena_.allocate(sizeof(Spelling)))
       Spelling{text.data(), static_cast<std::uint32_t>(text.size()), static_cast<std::int16_t>(kind), nullptr};
 }

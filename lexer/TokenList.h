@@ -25,6 +25,7 @@ class TokenList {
   struct Run {
     std::size_t end = 0;
     HideSet hideSet;
+    bool isPlain = false;  // None of the tokens has to be looked at when the list is expanded further.
   };
 
   bool empty() const { return spellings_.empty(); }
@@ -36,10 +37,11 @@ class TokenList {
     spellings_.push_back(spelling);
     coverNewTokens(hideSet);
   }
-  void append(SpellingRange spellings, const HideSet& hideSet) {
+  /// `isPlain`: the tokens are single ones and none is a name with a macro definition or `defined`.
+  void append(SpellingRange spellings, const HideSet& hideSet, bool isPlain = false) {
     if (!spellings.empty()) {
       spellings_.insert(spellings_.end(), spellings.begin(), spellings.end());
-      coverNewTokens(hideSet);
+      coverNewTokens(hideSet, isPlain);
     }
   }
   /// Appends the tokens of `tokens`, each with its own hide set and `hideSet` in addition.
@@ -51,11 +53,11 @@ class TokenList {
   }
 
  private:
-  void coverNewTokens(const HideSet& hideSet) {
-    if (!runs_.empty() && runs_.back().hideSet.isSameObject(hideSet)) {
+  void coverNewTokens(const HideSet& hideSet, bool isPlain = false) {
+    if (!runs_.empty() && runs_.back().hideSet.isSameObject(hideSet) && runs_.back().isPlain == isPlain) {
       runs_.back().end = spellings_.size();
     } else {
-      runs_.push_back({spellings_.size(), hideSet});
+      runs_.push_back({spellings_.size(), hideSet, isPlain});
     }
   }
 

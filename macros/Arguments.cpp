@@ -76,8 +76,29 @@ void Arguments::finish(const HideSet& hideSet, SpellingPool& pool) {
     pool.lex(text, tokens_);
     mustLex_ = false;
   }
-  arguments_.push_back({begin_, tokens_.size() - begin_, nullptr, text, hideSet});
+  Argument& argument = arguments_.emplace_back();
+  argument.begin = begin_;
+  argument.count = tokens_.size() - begin_;
+  argument.text = text;
+  argument.hideSet = hideSet;
   begin_ = tokens_.size();
+}
+
+void Arguments::addInPlace(SpellingRange tokens, NormalizedTokens* surroundings, const HideSet& hideSet) {
+  Argument& argument = arguments_.emplace_back();
+  argument.isInPlace = true;
+  argument.inPlace = tokens;
+  argument.surroundings = surroundings;
+  argument.hideSet = hideSet;
+}
+
+NormalizedTokens& Arguments::surroundings(std::size_t index) {
+  Argument& argument = arguments_[index];
+  if (argument.surroundings == nullptr) {
+    argument.own.reset(tokens(index));
+    argument.surroundings = &argument.own;
+  }
+  return *argument.surroundings;
 }
 
 }  // namespace qnpp

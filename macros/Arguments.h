@@ -8,6 +8,7 @@
 
 #include "lexer/HideSet.h"
 #include "lexer/SpellingPool.h"
+#include "macros/NormalizedTokens.h"
 
 namespace qnpp {
 
@@ -20,22 +21,17 @@ namespace qnpp {
 /// text and lexes it there.
 class Arguments {
  public:
-  struct Argument {
-    std::size_t begin = 0;                          // Into the collected tokens, or behind `outer`.
-    std::size_t count = 0;
-    const Spelling* const* outer = nullptr;         // Tokens of the list that is being read, when they are used in place.
-    std::string_view text;                          // The normalized text, when it is more than the tokens' texts.
-    HideSet hideSet;
-  };
-
   std::size_t count() const { return arguments_.size(); }
   const HideSet& hideSet(std::size_t index) const { return arguments_[index].hideSet; }
 
   /// Tokens of an argument: single tokens, one blank where white space stands between two.
   SpellingRange tokens(std::size_t index) const {
     const Argument& argument = arguments_[index];
-    return {(argument.outer != nullptr ? argument.outer : tokens_.data()) + argument.begin, argument.count};
+    return argument.isInPlace ? argument.inPlace : SpellingRange(tokens_).subspan(argument.begin, argument.count);
   }
+
+  /// The tokens that those of an argument are a part of. Valid until the arguments change.
+  NormalizedTokens& surroundings(std::size_t index);
 
   /// Appends the normalized text of an argument to `text`.
   void appendText(std::size_t index, std::string& text) const;
@@ -44,10 +40,9 @@ class Arguments {
   void add(const Spelling* token, bool afterBlank);
   /// Ends the argument being read. Lexes its text if need be.
   void finish(const HideSet& hideSet, SpellingPool& pool);
-  /// Adds an argument whose tokens stand in a list that outlives this object, already normalized.
-  void addInPlace(SpellingRange tokens, const HideSet& hideSet) {
-    arguments_.push_back({0, tokens.size(), tokens.data(), {}, hideSet});
-  }
+  /// Adds an argument whose tokens stand in a list that outlives this object, already normalized; they are a part of
+  /// `surroundings`, or of nothing that is known to be normalized if that is null.
+  void addInPlace(SpellingRange tokens, NormalizedTokens* surroundings, const HideSet& hideSet);
 
   void clear() {
     tokens_.clear();
@@ -57,6 +52,17 @@ class Arguments {
   }
 
  private:
+  struct Argument {
+    std::size_t begin = 0;  // Into the collected tokens, unless the argument is used in place.
+    std::size_t count = 0;
+    bool isInPlace = false;
+    SpellingRange inPlace;
+    std::string_view text;  // The normalized text, when it is more than the tokens' texts.
+    HideSet hideSet;
+    NormalizedTokens* surroundings = nullptr;  // Null: `own`, once it has been asked for.
+    NormalizedTokens own;
+  };
+
   std::vector<const Spelling*> tokens_;
   std::vector<Argument> arguments_;
   std::size_t begin_ = 0;  // Where the argument being read begins.

@@ -57,7 +57,6 @@ std::unique_ptr<Expansion> CppPreprocessor::popExpansion() {
 }
 
 void CppPreprocessor::recycle(std::unique_ptr<Expansion> expansion) {
-  constexpr std::size_t kMostSpares = 64;
   if (spareExpansions_.size() < kMostSpares) {
     expansion->clear();
     spareExpansions_.push_back(std::move(expansion));
@@ -190,15 +189,16 @@ const Spelling* CppPreprocessor::join(const Replacement& replacement, const Argu
 
 // Begins the expansion of an argument of the innermost substitution.
 void CppPreprocessor::beginListExpansion(std::uint32_t argument) {
-  const Arguments& arguments = expansions_.back()->arguments;
+  Arguments& arguments = expansions_.back()->arguments;
   const SpellingRange tokens = arguments.tokens(argument);
   const HideSet& hideSet = arguments.hideSet(argument);
+  NormalizedTokens& surroundings = arguments.surroundings(argument);
   Expansion& expansion = pushExpansion();
   expansion.isSubstitution = false;
   expansion.floor = floor_;
   expansion.argument = argument;
   expansion.eventCount = eventCount();
-  pushTokens(tokens, hideSet);
+  pushTokens(tokens, hideSet, &surroundings);
   floor_ = sources_.size() - 1;
 }
 

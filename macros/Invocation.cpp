@@ -4,6 +4,71 @@
 #include "engine/Sources.h"
 
 namespace qnpp {
+namespace {
+
+// Position of the token that ends the argument beginning at `begin`; the size of `tokens` when it is not there. The
+// tokens are a part of `surroundings`.
+std::size_t findArgumentEnd(SpellingRange tokens, std::size_t begin, NormalizedTokens& surroundings) {
+  for (std::size_t at = begin; at < tokens.size(); ++at) {
+    switch (tokens[at]->kind) {
+      case ')':
+      case ',':
+        return at;
+      case '(': {
+        const Spelling* const* const closing = surroundings.closing(&tokens[at]);
+        if (closing == nullptr) {
+          return tokens.size();
+        }
+        at = static_cast<std::size_t>(closing - tokens.data());
+        break;
+      }
+      default:
+        break;
+    }
+  }
+  return tokens.size();
+}
+
+// The same for tokens of which nothing is known. Also the size of `tokens` when the argument is not normalized, or when
+// its text would lex into other tokens.
+std::size_t findNormalizedArgumentEnd(SpellingRange tokens, std::size_t begin) {
+  std::size_t depth = 0;
+  for (std::size_t at = begin; at < tokens.size(); ++at) {
+    const Spelling& token = *tokens[at];
+    const bool afterBlank = at > begin && tokens[at - 1] == blankSpelling();
+    switch (token.kind) {
+      case '(':
+        ++depth;
+        break;
+      case ')':
+      case ',':
+        if (depth == 0) {
+          return at;
+        }
+        depth -= token.kind == ')' ? 1U : 0U;
+        break;
+      case TK_SPACE:
+        if (&token != blankSpelling() || afterBlank) {
+          return tokens.size();
+        }
+        continue;
+      case TK_NEWLINE:
+      case TK_CONTINUATION:
+        return tokens.size();
+      default:
+        if (!token.isSingleToken() || isLoneQuote(token)) {
+          return tokens.size();
+        }
+        break;
+    }
+    if (at > begin && !afterBlank && mayMerge(*tokens[at - 1], token)) {
+      return tokens.size();
+    }
+  }
+  return tokens.size();
+}
+
+}  // namespace
 
 // The current token is a name in a text line. It is written, or its expansion becomes the current source, so that
 // rescanning is reading on.
@@ -136,50 +201,22 @@ CppTokenKind CppPreprocessor::readArgument(CppTokenKind kind, Arguments& argumen
 // those that the argument's normalized text lexes into. The argument then borrows them: each level of a deep nesting
 // would otherwise hold a copy of all the levels in it. Returns false, with nothing taken, when that is not so.
 bool CppPreprocessor::readArgumentInPlace(Arguments& arguments) {
-  const SpellingRange rest = listSource().rest();
+  CppTokenScanner& source = listSource();
+  NormalizedTokens* const surroundings = source.surroundings();
+  const SpellingRange rest = source.rest();
   std::size_t begin = 0;
   while (begin < rest.size() && rest[begin] == blankSpelling()) {
     ++begin;
   }
-  std::size_t depth = 0;
-  for (std::size_t at = begin; at < rest.size(); ++at) {
-    const Spelling& token = *rest[at];
-    const bool afterBlank = at > begin && rest[at - 1] == blankSpelling();
-    switch (token.kind) {
-      case '(':
-        ++depth;
-        break;
-      case ')':
-      case ',':
-        if (depth == 0) {
-          if (at == begin) {
-            return false;
-          }
-          listSource().take(at + 1);
-          arguments.addInPlace(rest.subspan(begin, at - begin - (afterBlank ? 1U : 0U)), current_->hideSet());
-          return true;
-        }
-        depth -= token.kind == ')' ? 1U : 0U;
-        break;
-      case TK_SPACE:
-        if (&token != blankSpelling() || afterBlank) {
-          return false;
-        }
-        continue;
-      case TK_NEWLINE:
-      case TK_CONTINUATION:
-        return false;
-      default:
-        if (!token.isSingleToken() || isLoneQuote(token)) {
-          return false;
-        }
-        break;
-    }
-    if (at > begin && !afterBlank && mayMerge(*rest[at - 1], token)) {
-      return false;
-    }
+  const std::size_t end = surroundings != nullptr ? findArgumentEnd(rest, begin, *surroundings)
+                                                  : findNormalizedArgumentEnd(rest, begin);
+  if (end == begin || end == rest.size()) {
+    return false;
   }
-  return false;
+  source.take(end + 1);
+  const std::size_t last = rest[end - 1] == blankSpelling() ? end - 1 : end;
+  arguments.addInPlace(rest.subspan(begin, last - begin), surroundings, source.hideSet());
+  return true;
 }
 
 }  // namespace qnpp

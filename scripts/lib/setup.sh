@@ -102,8 +102,9 @@ build() {
       quietly "$log" cmake -S "$root" -B "$buildDir" -G Ninja -DCMAKE_BUILD_TYPE=Release ||
         fail "configuring failed"
     fi
-    # A build after the first is not announced unless somebody is watching: standard error is the program's.
-    [ -x "$program" ] && [ ! -t 2 ] || say "building; the log is $log"
+    # Before a program that has run already, a build is announced only if somebody is watching: standard error is the
+    # program's then.
+    [ "$purpose" = build ] && [ -x "$program" ] && [ ! -t 2 ] || say "building; the log is $log"
     quietly "$log" cmake --build "$buildDir" ${1:+--target "$@"} || fail "building failed"
     mv "$stamp.new" "$stamp"
   ) 9>"$buildDir.lock" || exit

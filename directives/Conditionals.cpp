@@ -32,9 +32,9 @@ void CppPreprocessor::evaluateCondition() {
   InFlight inFlight(*this);
   {
     inCondition_ = true;
-    TokenList operand = readOperand();
+    readOperand();
     inCondition_ = false;
-    const ClosedSource source(*this, std::move(operand));
+    const ClosedSource source(*this, operand_);
     CppExprValue value;
     bool ok = true;
     evaluate(value, ok);

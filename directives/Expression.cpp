@@ -10,11 +10,12 @@
 // Every operand is evaluated: there is no short circuit, and an error in a branch that is not taken is an error. What
 // waits for an operand (an operator with its left operand, an open parenthesis, a "?" or ":") waits on a stack of its
 // own, so nesting is limited by memory alone.
+#include <charconv>
 #include <csignal>
-#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <string>
+#include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "directives/CharacterLiteral.h"
@@ -84,11 +85,14 @@ int compare(CppExprValue a, CppExprValue b) {
   return (a.value > b.value) - (a.value < b.value);
 }
 
-// Saturates at 32 bits; stops at the suffix.
-std::uint32_t parseInteger(const std::string& text, int base) {
-  constexpr unsigned long kLargest = 0xFFFFFFFFUL;
-  const unsigned long number = std::strtoul(text.c_str(), nullptr, base);
-  return static_cast<std::uint32_t>(number < kLargest ? number : kLargest);
+// The digits up to the suffix; the largest 32-bit number when they are too many.
+std::uint32_t parseInteger(std::string_view text, int base) {
+  if (base == 16) {
+    text.remove_prefix(2);  // "0x"
+  }
+  std::uint32_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
+  return error == std::errc::result_out_of_range ? 0xFFFFFFFFU : number;
 }
 
 }  // namespace
@@ -96,7 +100,7 @@ std::uint32_t parseInteger(const std::string& text, int base) {
 // Evaluates one conditional from the current source.
 class CppPreprocessor::ExpressionReader {
  public:
-  ExpressionReader(CppPreprocessor& preprocessor, bool& ok) : preprocessor_(preprocessor), ok_(ok) {}
+  ExpressionReader(CppPreprocessor& preprocessor, bool& ok) : preprocessor_(preprocessor), ok_(ok), waiting_(preprocessor.waitingOperators_) {}
 
   CppExprValue read() {
     for (;;) {
@@ -108,14 +112,7 @@ class CppPreprocessor::ExpressionReader {
   }
 
  private:
-  // What waits for the operand that is being read.
-  struct Waiting {
-    enum class Kind : std::uint8_t { Unary, Binary, Parenthesis, Condition, Branch };
-    Kind kind;
-    CppTokenKind op = TK_END;  // Of Unary and Binary.
-    CppExprValue left{};       // Left operand of Binary; the condition of Condition and Branch.
-    CppExprValue middle{};     // The branch that is taken if the condition of Branch holds.
-  };
+  using Waiting = WaitingOperator;
 
   CppTokenKind peek() { return preprocessor_.peekOperandToken(); }
   CppTokenKind get() { return preprocessor_.nextOperandToken(); }
@@ -268,7 +265,7 @@ class CppPreprocessor::ExpressionReader {
       refuseCall();
       return {};  // What macro expansion has left of a name is 0.
     }
-    const std::string text(preprocessor_.currentText());
+    const std::string_view text = preprocessor_.currentText();
     switch (kind) {
       case TK_DEFINED:
         return readDefined();
@@ -324,7 +321,7 @@ class CppPreprocessor::ExpressionReader {
 
   CppPreprocessor& preprocessor_;
   bool& ok_;
-  std::vector<Waiting> waiting_;
+  std::vector<Waiting>& waiting_;  // Empty between expressions.
 };
 
 void CppPreprocessor::evaluate(CppExprValue& result, bool& ok) { result = ExpressionReader(*this, ok).read(); }

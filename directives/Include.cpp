@@ -23,7 +23,8 @@ void CppPreprocessor::handleInclude() {
 // Reads "<name>" or "\"name\"" from the operand, which a macro may have made. Reports and returns false when there is no
 // such name.
 bool CppPreprocessor::readIncludeName(std::string& name, bool& quoted) {
-  const ClosedSource source(*this, readOperand());
+  readOperand();
+  const ClosedSource source(*this, operand_);
   CppTokenKind kind = nextOperandToken();
   quoted = kind == TK_STRING;
   if (quoted) {

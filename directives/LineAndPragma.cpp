@@ -33,7 +33,8 @@ constexpr std::string_view kLineFormatError = "Invalid format for \"#line\" dire
 void CppPreprocessor::handleLine() {
   InFlight inFlight(*this);
   {
-    const ClosedSource source(*this, readOperand());
+    readOperand();
+    const ClosedSource source(*this, operand_);
     const CppTokenKind kind = nextOperandToken();
     const std::string_view number = currentText();
     if (kind == TK_DEC_INT && number.back() >= '0' && number.back() <= '9') {

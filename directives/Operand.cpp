@@ -3,14 +3,15 @@
 
 namespace qnpp {
 
-// The rest of the line with its white space, macros expanded. The line end has been looked at, but stays.
-TokenList CppPreprocessor::readOperand() {
-  TokenList tokens;
+// Reads the rest of the line with its white space into `operand_`, macros expanded. The line end has been looked at, but
+// stays.
+void CppPreprocessor::readOperand() {
+  operand_.clear();
   for (CppTokenKind kind = peekToken(); kind != TK_NEWLINE && kind != TK_END; kind = peekToken()) {
     nextToken();
-    tokens.append(currentSpelling(kind), current_->hideSet());
+    operand_.append(currentSpelling(kind), current_->hideSet());
   }
-  return expandTokenList(std::move(tokens));
+  expandTokenList(operand_);
 }
 
 // The next token of an operand; white space there means nothing.

@@ -13,6 +13,7 @@
 
 #include "directives/CppCondState.h"
 #include "directives/CppExprValue.h"
+#include "directives/WaitingOperator.h"
 #include "lexer/CppFileScanner.h"
 #include "lexer/CppTokenScanner.h"
 #include "lexer/HideSetCache.h"
@@ -156,7 +157,8 @@ class CppPreprocessor {
   void refreshPredefined(const Name& name);
   const Replacement& replacementOf(const Name& name);
 
-  TokenList expandTokenList(TokenList tokens);
+  // Takes the tokens out of the list and leaves their expansion there.
+  void expandTokenList(TokenList& tokens);
   void runExpansions(std::size_t base);
   Expansion& pushExpansion();
   std::unique_ptr<Expansion> popExpansion();
@@ -176,7 +178,7 @@ class CppPreprocessor {
   const Spelling* join(const Replacement& replacement, const Arguments& arguments, const Replacement::Step& step);
 
   // ---- Directives (directives/) ----
-  TokenList readOperand();
+  void readOperand();
   CppTokenKind peekOperandToken();
   CppTokenKind nextOperandToken();
   void checkEndOfOperand();
@@ -234,7 +236,7 @@ class CppPreprocessor {
   std::vector<std::unique_ptr<Expansion>> expansions_;
   std::vector<std::unique_ptr<Expansion>> spareExpansions_;
   std::vector<std::unique_ptr<CppTokenScanner>> graveyard_;
-  TokenList expandedOperand_;        // Result of the last outermost list expansion.
+  TokenList expandedList_;           // Result of the last outermost list expansion.
   bool isCollecting_ = false;        // Arguments are being read: lists that end meanwhile go to the graveyard.
   std::size_t inFlight_ = 0;         // How many InFlight objects there are.
   SpellingPool::Mark inFlightMark_;
@@ -249,6 +251,8 @@ class CppPreprocessor {
   std::deque<bool> skipStack_;
   std::deque<std::int32_t> depthStack_;
 
+  TokenList operand_;                // Of the directive being carried out.
+  std::vector<WaitingOperator> waitingOperators_;
   std::deque<std::string> includeDirectories_;
   std::string leadingSpace_;   // Of the line being read.
   std::string argumentText_;   // Scratch space for stringizing and joining.

@@ -7,21 +7,23 @@
 namespace qnpp {
 
 CppTokenKind CppPreprocessor::peekToken() {
-  CppTokenKind kind = current_->peek();
-  while (kind == TK_END && hasEnclosingSource()) {
+  for (;;) {
+    const CppTokenKind kind = isCurrentFile() ? fileSource().peek() : listSource().peek();
+    if (kind != TK_END || !hasEnclosingSource()) {
+      return kind;
+    }
     popSource();
-    kind = current_->peek();
   }
-  return kind;
 }
 
 CppTokenKind CppPreprocessor::nextToken() {
-  CppTokenKind kind = current_->get();
-  while (kind == TK_END && hasEnclosingSource()) {
+  for (;;) {
+    const CppTokenKind kind = isCurrentFile() ? fileSource().get() : listSource().get();
+    if (kind != TK_END || !hasEnclosingSource()) {
+      return kind;
+    }
     popSource();
-    kind = current_->get();
   }
-  return kind;
 }
 
 Name* CppPreprocessor::currentName() {

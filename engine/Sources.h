@@ -31,11 +31,11 @@ class CppPreprocessor::InFlight {
   CppPreprocessor& preprocessor_;
 };
 
-/// Makes `tokens` the current source and sets the enclosing ones aside: its end reads as the end of the input. The
-/// destructor drops it and brings the others back.
+/// Makes `tokens`, taken out of the list, the current source and sets the enclosing ones aside: its end reads as the end
+/// of the input. The destructor drops it and brings the others back.
 class CppPreprocessor::ClosedSource {
  public:
-  ClosedSource(CppPreprocessor& preprocessor, TokenList tokens)
+  ClosedSource(CppPreprocessor& preprocessor, TokenList& tokens)
       : preprocessor_(preprocessor), floor_(preprocessor.floor_) {
     preprocessor_.pushTokens(tokens);
     preprocessor_.floor_ = preprocessor_.sources_.size() - 1;

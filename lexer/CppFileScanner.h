@@ -18,7 +18,7 @@ namespace qnpp {
 /// The current line is the line of the reading position. A line end that has only been looked at does not count yet,
 /// although the lexer has passed it; so a message about a directive shows the directive's line, whether or not the
 /// handler had to look at the line end first.
-class CppFileScanner : public CppScanner {
+class CppFileScanner final : public CppScanner {
  public:
   /// Opens the file `name`, or takes `standardInput`, which is borrowed, under the name "stdin" when `name` is empty.
   /// A file that cannot be opened is told by `openFailed`; nothing may be read then.

@@ -3,6 +3,8 @@
 #include <array>
 #include <utility>
 
+#include "lexer/ByteScan.h"
+
 namespace qnpp {
 namespace {
 
@@ -41,11 +43,6 @@ constexpr ByteSet kPlainInText = [] {
 constexpr ByteSet kBlanks = bytesOf(" \t\v\f");
 // The first byte behind the blanks of a line that may be a directive line, or whose blanks are not over.
 constexpr ByteSet kUnsureLineStart = bytesOf(std::string_view("#/\\\r\0", 5));
-constexpr ByteSet kPlainInBlockComment = allBytesBut(std::string_view("*\r\n\0", 4));
-constexpr ByteSet kPlainInLineComment = allBytesBut(std::string_view("\r\n\0", 3));
-constexpr ByteSet kPlainInString = allBytesBut(std::string_view("\"\\\n\0", 4));
-constexpr ByteSet kPlainInCharacter = allBytesBut(std::string_view("'\\\n\0", 4));
-constexpr ByteSet kPlainInSkippedLine = allBytesBut(std::string_view("\"'/\\\r\n\0", 7));
 
 constexpr ByteSet kCharacterEscapes = bytesOf("\"'?\\abfnrtv01234567");
 constexpr ByteSet kHexDigits = bytesOf("0123456789ABCDEFabcdef");
@@ -150,10 +147,9 @@ bool CppLexer::readLiteral(char quote, std::uint64_t& unclosedUntil) {
   if (unclosedUntil > 0 && offsetOf(yytext) < unclosedUntil) {
     return false;
   }
-  const ByteSet& plain = quote == '"' ? kPlainInString : kPlainInCharacter;
   char* at = beginScan();
   for (;;) {
-    at = passPlain(plain, at);
+    at = quote == '"' ? findAny<'"', '\\', '\n', '\0'>(at) : findAny<'\'', '\\', '\n', '\0'>(at);
     if (*at == '\0' && !atBufferEnd(at)) {
       ++at;
     } else if (*at == '\0' ? refill(at) : *at == '\\' && passEscape(at, quote)) {
@@ -207,7 +203,7 @@ void CppLexer::readLineComment() {
 char* CppLexer::passBlockComment(char* at) {
   bool afterStar = false;
   for (;;) {
-    if (char* const end = passPlain(kPlainInBlockComment, at); end != at) {
+    if (char* const end = findAny<'*', '\r', '\n', '\0'>(at); end != at) {
       if (afterStar && *at == '/') {
         yytext = at + 1;
         return at + 1;
@@ -257,7 +253,7 @@ char* CppLexer::passLineEnd(char* at) {
 // Reads to the line end, which stays for the next token. A NUL byte ends the comment too and is a line end from then on.
 char* CppLexer::passLineComment(char* at) {
   for (;;) {
-    at = passPlain(kPlainInLineComment, at);
+    at = findAny<'\r', '\n', '\0'>(at);
     if (*at != '\0') {
       break;
     }
@@ -316,7 +312,7 @@ bool CppLexer::skipPlainLines() {
 // Returns false at the end of the input.
 bool CppLexer::passLine(char*& at) {
   for (;;) {
-    at = passPlain(kPlainInSkippedLine, at);
+    at = findAny<'"', '\'', '/', '\\', '\r', '\n', '\0'>(at);
     switch (*at) {
       case '\n':
       case '\r':

@@ -46,7 +46,7 @@ struct LexerContext {
 ///
 /// The literal, comment and skipping readers walk through the scanner's own buffer. The pattern matcher would walk a
 /// long literal again for every quote in it that opens none, and through a long comment character by character.
-class CppLexer : public yyCppFlexLexer {
+class CppLexer final : public yyCppFlexLexer {
  public:
   /// Reads from `input`, which is borrowed unless it is handed over.
   CppLexer(std::istream& input, const LexerContext& context);

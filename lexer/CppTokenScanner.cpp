@@ -105,8 +105,7 @@ CppTokenKind CppTokenScanner::copyText() {
   if (peek_ == nullptr && pieces_.empty() && reader_ == nullptr) {
     for (; at_ != end_; ++at_) {
       const Spelling& element = **at_;
-      if (element.kind < 0 || element.kind == TK_NEWLINE || element.kind == TK_PRAGMA_OP ||
-          (element.name != nullptr && element.name->macro != nullptr)) {
+      if (!element.isPlainText()) {
         break;
       }
       context_.output.write(element.data, element.size);

@@ -18,7 +18,7 @@ class NormalizedTokens;
 /// neighbour's. What it gives is remembered in its spelling; only a text that opens a comment is lexed here.
 ///
 /// A scanner can be used again for another list; the engine keeps finished ones for that.
-class CppTokenScanner : public CppScanner {
+class CppTokenScanner final : public CppScanner {
  public:
   CppTokenScanner(SpellingPool& pool, const LexerContext& context);
   ~CppTokenScanner() override;

@@ -44,7 +44,7 @@ class NameTable {
       if (slot.name == nullptr) {
         return nullptr;
       }
-      if (slot.hash == hash && slot.name->text() == text) {
+      if (slot.hash == hash && isEqual(slot.name->text(), text)) {
         return slot.name;
       }
     }
@@ -59,6 +59,9 @@ class NameTable {
   static std::uint32_t hashOf(std::string_view text);
 
  private:
+  // Like ==, without a call: names are short.
+  static bool isEqual(std::string_view a, std::string_view b);
+
   struct Slot {
     std::uint32_t hash = 0;
     Name* name = nullptr;

@@ -35,4 +35,32 @@ inline std::uint32_t NameTable::hashOf(std::string_view text) {
   return static_cast<std::uint32_t>(hash);
 }
 
+inline bool NameTable::isEqual(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) {
+    return false;
+  }
+  const auto differ = [&a, &b](auto word, std::size_t at) {
+    auto other = word;
+    std::memcpy(&word, a.data() + at, sizeof word);
+    std::memcpy(&other, b.data() + at, sizeof word);
+    return word != other;
+  };
+  // The last words overlap the ones before, as in hashOf.
+  const std::size_t size = a.size();
+  if (size > 16) {
+    return a == b;
+  }
+  if (size >= 8) {
+    return !differ(std::uint64_t{}, 0) && !differ(std::uint64_t{}, size - 8);
+  }
+  if (size >= 4) {
+    return !differ(std::uint32_t{}, 0) && !differ(std::uint32_t{}, size - 4);
+  }
+  return size == 0 || (a[0] == b[0] && a[size / 2] == b[size / 2] && a[size - 1] == b[size - 1]);
+}
+
+inline bool Spelling::isPlainText() const {
+  return isSingleToken() && kind != TK_NEWLINE && kind != TK_PRAGMA_OP && (name == nullptr || name->macro == nullptr);
+}
+
 }  // namespace qnpp

@@ -32,6 +32,9 @@ struct Spelling {
 
   std::string_view text() const { return {data, size}; }
   bool isSingleToken() const { return kind >= 0; }
+  /// True when the text is simply written where it stands in a text line: a single token, but no line end, no `_Pragma`
+  /// and no name that has a macro definition.
+  bool isPlainText() const;
 };
 
 /// A text that lexes into `pieces`, each a single token; possibly none.

@@ -15,9 +15,9 @@
 
 namespace qnpp {
 
-TokenList CppPreprocessor::expandTokenList(TokenList tokens) {
+void CppPreprocessor::expandTokenList(TokenList& tokens) {
   if (tokens.empty()) {
-    return {};
+    return;
   }
   const std::size_t base = expansions_.size();
   Expansion& expansion = pushExpansion();
@@ -26,7 +26,8 @@ TokenList CppPreprocessor::expandTokenList(TokenList tokens) {
   pushTokens(tokens);
   floor_ = sources_.size() - 1;
   runExpansions(base);
-  return std::move(expandedOperand_);
+  std::swap(tokens, expandedList_);
+  expandedList_.clear();
 }
 
 void CppPreprocessor::runExpansions(std::size_t base) {
@@ -226,7 +227,7 @@ void CppPreprocessor::finishListExpansion() {
   removeSource();
   floor_ = finished->floor;
   if (expansions_.empty() || !expansions_.back()->isSubstitution) {
-    std::swap(expandedOperand_, finished->result);
+    std::swap(expandedList_, finished->result);
   } else {
     Expansion& waiting = *expansions_.back();
     waiting.result.append(finished->result, waiting.hideSet, hideSets_);

@@ -78,11 +78,27 @@ void CppPreprocessor::expandInText() {
     output_.write(currentText());
     return;
   }
-  const HideSet hideSet = hideSets_.with(current_->hideSet(), *name);
   if (name->macro->functionLike) {
-    expandFunctionLikeInText(*name, hideSet);
-  } else {
-    pushObjectLike(*name, hideSet);
+    expandFunctionLikeInText(*name, hideSets_.with(current_->hideSet(), *name));
+    return;
+  }
+  if (isRefreshed(*name)) {
+    pushObjectLike(*name, hideSets_.with(current_->hideSet(), *name));
+    return;
+  }
+  // What would be read back and written is written right here; most replacement lists are no more than that.
+  const Replacement& replacement = replacementOf(*name);
+  if (replacement.isFixedText()) {
+    output_.write(name->macro->text);
+    return;
+  }
+  const SpellingRange tokens = replacement.tokens();
+  std::size_t written = 0;
+  for (; written < tokens.size() && tokens[written]->isPlainText(); ++written) {
+    output_.write(tokens[written]->data, tokens[written]->size);
+  }
+  if (written < tokens.size()) {
+    pushTokens(tokens.subspan(written), hideSets_.with(current_->hideSet(), *name));
   }
 }
 

@@ -1,5 +1,6 @@
 #include "macros/Replacement.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <unordered_map>
@@ -35,6 +36,9 @@ void Replacement::lex(std::string_view text, NameTable& names, StoredTextLexer& 
     }
   });
   opensComment_ = lexer.commentCount() != comments;
+  isFixedText_ = !opensComment_ && std::all_of(tokens_.begin(), tokens_.end(), [](const Spelling* token) {
+    return token == nullptr || (token->kind != TK_NEWLINE && token->name == nullptr);
+  });
 
   // Only now do the texts and the spellings stay where they are.
   const char* data = texts_.data();

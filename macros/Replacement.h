@@ -60,6 +60,9 @@ class Replacement {
   /// Whether lexing met a comment, so that this object is good for one use only.
   bool opensComment() const { return opensComment_; }
 
+  /// Whether the tokens are written as the macro's text stands, whatever is defined: no name, line end or comment in it.
+  bool isFixedText() const { return isFixedText_; }
+
   /// The message of a Misuse step.
   static std::string_view misuse(std::uint32_t index);
 
@@ -74,6 +77,7 @@ class Replacement {
   std::vector<Step> steps_;
   std::vector<Item> operands_;
   bool opensComment_ = false;
+  bool isFixedText_ = false;
 };
 
 }  // namespace qnpp

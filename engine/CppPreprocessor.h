@@ -100,10 +100,19 @@ class CppPreprocessor {
   void discardLine();
 
   void pushFile(std::unique_ptr<CppFileScanner> file);
-  // Takes the tokens out of the list and leaves it empty.
+  // Make tokens the current source; read to its end, it falls back to the enclosing one. The first takes the tokens out
+  // of the list and leaves it empty.
   void pushTokens(TokenList& tokens);
-  void pushTokens(SpellingRange tokens, const HideSet& hideSet, NormalizedTokens* surroundings = nullptr);
-  void pushScanner(std::unique_ptr<CppTokenScanner> scanner);
+  void pushTokens(SpellingRange tokens, const HideSet& hideSet);
+  // The same for a source that is closed: its end reads as the end of the input, until `openSources` brings the
+  // enclosing sources back with the floor that was returned.
+  [[nodiscard]] std::size_t pushClosed(TokenList& tokens);
+  [[nodiscard]] std::size_t pushClosed(SpellingRange tokens, const HideSet& hideSet, NormalizedTokens& surroundings);
+  void openSources(std::size_t floor);
+  std::size_t closeSources();
+  void dropExhaustedLists(SpellingPool::Mark& mark);
+  void pushScanner(std::unique_ptr<CppTokenScanner> scanner, const SpellingPool::Mark& mark);
+  SpellingPool::Mark markForSource() const { return inFlight_ > 0 ? inFlightMark_ : pool_.mark(); }
   std::unique_ptr<CppTokenScanner> spareScanner();
   void popSource();
   // Drops the current source, which is a list.

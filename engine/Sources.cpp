@@ -85,25 +85,53 @@ void CppPreprocessor::pushFile(std::unique_ptr<CppFileScanner> file) {
 }
 
 void CppPreprocessor::pushTokens(TokenList& tokens) {
+  SpellingPool::Mark mark = markForSource();
+  dropExhaustedLists(mark);
   std::unique_ptr<CppTokenScanner> scanner = spareScanner();
   scanner->read(tokens);
-  pushScanner(std::move(scanner));
+  pushScanner(std::move(scanner), mark);
 }
 
-void CppPreprocessor::pushTokens(SpellingRange tokens, const HideSet& hideSet, NormalizedTokens* surroundings) {
+void CppPreprocessor::pushTokens(SpellingRange tokens, const HideSet& hideSet) {
+  SpellingPool::Mark mark = markForSource();
+  dropExhaustedLists(mark);
   std::unique_ptr<CppTokenScanner> scanner = spareScanner();
-  scanner->read(tokens, hideSet, surroundings);
-  pushScanner(std::move(scanner));
+  scanner->read(tokens, hideSet, nullptr);
+  pushScanner(std::move(scanner), mark);
 }
 
-// A list that has been read to its end is dropped right here when another is pushed on it, as it would be as soon as
-// that one has ended: nobody can tell, and a long chain of macros, each the last word of the one before, stays flat.
-void CppPreprocessor::pushScanner(std::unique_ptr<CppTokenScanner> scanner) {
-  SpellingPool::Mark mark = inFlight_ > 0 ? inFlightMark_ : pool_.mark();
+std::size_t CppPreprocessor::pushClosed(TokenList& tokens) {
+  std::unique_ptr<CppTokenScanner> scanner = spareScanner();
+  scanner->read(tokens);
+  pushScanner(std::move(scanner), markForSource());
+  return closeSources();
+}
+
+std::size_t CppPreprocessor::pushClosed(SpellingRange tokens, const HideSet& hideSet, NormalizedTokens& surroundings) {
+  std::unique_ptr<CppTokenScanner> scanner = spareScanner();
+  scanner->read(tokens, hideSet, &surroundings);
+  pushScanner(std::move(scanner), markForSource());
+  return closeSources();
+}
+
+std::size_t CppPreprocessor::closeSources() { return std::exchange(floor_, sources_.size() - 1); }
+
+void CppPreprocessor::openSources(std::size_t floor) {
+  removeSource();
+  floor_ = floor;
+}
+
+// A list that has been read to its end is dropped as soon as another is pushed on it, not when that one has ended:
+// nobody can tell, and a long chain of macros, each the last word of the one before, stays flat. Not so below a closed
+// source: the tokens of an argument that is being expanded may stand in such a list.
+void CppPreprocessor::dropExhaustedLists(SpellingPool::Mark& mark) {
   while (hasEnclosingSource() && !isCurrentFile() && listSource().isExhausted()) {
     mark = std::min(mark, sources_.back().mark);
     removeSource();
   }
+}
+
+void CppPreprocessor::pushScanner(std::unique_ptr<CppTokenScanner> scanner, const SpellingPool::Mark& mark) {
   current_ = scanner.get();
   sources_.push_back({std::move(scanner), mark});
   ++listCount_;

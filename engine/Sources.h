@@ -36,16 +36,12 @@ class CppPreprocessor::InFlight {
 class CppPreprocessor::ClosedSource {
  public:
   ClosedSource(CppPreprocessor& preprocessor, TokenList& tokens)
-      : preprocessor_(preprocessor), floor_(preprocessor.floor_) {
-    preprocessor_.pushTokens(tokens);
-    preprocessor_.floor_ = preprocessor_.sources_.size() - 1;
-  }
+      : preprocessor_(preprocessor), floor_(preprocessor.pushClosed(tokens)) {}
   ClosedSource(const ClosedSource&) = delete;
   ClosedSource& operator=(const ClosedSource&) = delete;
   ~ClosedSource() {
     preprocessor_.isCollecting_ = false;  // It is set only when memory ran out while arguments were read.
-    preprocessor_.removeSource();
-    preprocessor_.floor_ = floor_;
+    preprocessor_.openSources(floor_);
   }
 
  private:

@@ -16,6 +16,25 @@ bool isWord(std::string_view text) {
   return !text.empty() && !(text[0] >= '0' && text[0] <= '9') && std::all_of(text.begin(), text.end(), isWordByte);
 }
 
+// True for a text that is one string literal: what stringizing makes of most arguments. Only \" and \\ are escapes.
+bool isStringLiteral(std::string_view text) {
+  if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
+    return false;
+  }
+  const std::string_view inside = text.substr(1, text.size() - 2);
+  for (std::size_t at = 0; at < inside.size(); ++at) {
+    if (inside[at] == '\\') {
+      ++at;
+      if (at == inside.size() || (inside[at] != '"' && inside[at] != '\\')) {
+        return false;
+      }
+    } else if (inside[at] == '"' || inside[at] == '\n') {
+      return false;
+    }
+  }
+  return true;
+}
+
 // Whether lexing `text` could meet a comment; a "/*" inside a literal counts here, which only costs time.
 bool mayOpenComment(std::string_view text) {
   return text.find("/*") != std::string_view::npos || text.find("//") != std::string_view::npos;
@@ -53,6 +72,9 @@ const Spelling* SpellingPool::text(std::string_view text) {
     return token(TK_IDENTIFIER, text);
   }
   const std::string_view kept = arena_.copy(text);
+  if (isStringLiteral(kept)) {
+    return make(TK_STRING, kept);
+  }
   if (mayOpenComment(kept)) {
     return make(Spelling::kOpensComment, kept);
   }

@@ -22,9 +22,7 @@ void CppPreprocessor::expandTokenList(TokenList& tokens) {
   const std::size_t base = expansions_.size();
   Expansion& expansion = pushExpansion();
   expansion.isSubstitution = false;
-  expansion.floor = floor_;
-  pushTokens(tokens);
-  floor_ = sources_.size() - 1;
+  expansion.floor = pushClosed(tokens);
   runExpansions(base);
   std::swap(tokens, expandedList_);
   expandedList_.clear();
@@ -118,9 +116,7 @@ void CppPreprocessor::substitute(Expansion& expansion) {
 
 // The result becomes the current source: of the list expansion that met the invocation, or of the run loop.
 void CppPreprocessor::finishSubstitution(Expansion& expansion) {
-  if (!expansion.result.empty()) {
-    pushTokens(expansion.result);
-  }
+  pushTokens(expansion.result);
   emptyGraveyard(expansion.graveyardSize);
   recycle(popExpansion());
 }
@@ -196,11 +192,9 @@ void CppPreprocessor::beginListExpansion(std::uint32_t argument) {
   NormalizedTokens& surroundings = arguments.surroundings(argument);
   Expansion& expansion = pushExpansion();
   expansion.isSubstitution = false;
-  expansion.floor = floor_;
   expansion.argument = argument;
   expansion.eventCount = eventCount();
-  pushTokens(tokens, hideSet, &surroundings);
-  floor_ = sources_.size() - 1;
+  expansion.floor = pushClosed(tokens, hideSet, surroundings);
 }
 
 // Reads on to the end of the list, or to an invocation whose substitution has to be finished first.
@@ -224,8 +218,7 @@ void CppPreprocessor::expandList(Expansion& expansion) {
 // The result goes to the waiting substitution, or to the caller of expandTokenList.
 void CppPreprocessor::finishListExpansion() {
   std::unique_ptr<Expansion> finished = popExpansion();
-  removeSource();
-  floor_ = finished->floor;
+  openSources(finished->floor);
   if (expansions_.empty() || !expansions_.back()->isSubstitution) {
     std::swap(expandedList_, finished->result);
   } else {

@@ -25,17 +25,20 @@ void CppPreprocessor::handleInclude() {
 bool CppPreprocessor::readIncludeName(std::string& name, bool& quoted) {
   readOperand();
   const ClosedSource source(*this, operand_);
-  CppTokenKind kind = nextOperandToken();
-  quoted = kind == TK_STRING;
+  const CppTokenKind form = nextOperandToken();
+  quoted = form == TK_STRING;
+  bool isComplete = quoted;
   if (quoted) {
     name = currentText().substr(1, currentText().size() - 2);
-  } else if (kind == '<') {
+  } else if (form == '<') {
     // Blanks count here, and only a ">" that is a token of its own ends the name.
-    for (kind = nextToken(); kind != '>' && kind != TK_NEWLINE && kind != TK_END; kind = nextToken()) {
+    CppTokenKind kind = nextToken();
+    for (; kind != '>' && kind != TK_NEWLINE && kind != TK_END; kind = nextToken()) {
       name.append(currentText());
     }
+    isComplete = kind == '>';
   }
-  if (!quoted && kind != '>') {
+  if (!isComplete) {
     reportError("Filename expected after #include directive");
     return false;
   }

@@ -43,6 +43,8 @@ installMissing() {
   hasHeader FlexLexer.h || packages+=(libfl-dev)
   if [ "$1" = test ]; then
     hasHeader gtest/gtest.h || packages+=(libgtest-dev)
+    hasHeader benchmark/benchmark.h || packages+=(libbenchmark-dev)
+    hasCommand python3 || packages+=(python3)
     hasCommand cc || packages+=(gcc)
   fi
   [ "${#packages[@]}" -gt 0 ] || return 0

@@ -86,8 +86,8 @@ CharacterLiteral evaluateCharacterLiteral(std::string_view literal) {
     }
     const auto code = static_cast<std::int8_t>(takeCharacter(rest));
     const CppExprValue character(static_cast<std::uint32_t>(std::int32_t{code}));
-    result.value = CppExprValue((result.value.value << 8U) + character.value,
-                                result.value.isSigned && character.isSigned);
+    result.value =
+        CppExprValue((result.value.value << 8U) + character.value, result.value.isSigned && character.isSigned);
   }
   return result;
 }

@@ -53,7 +53,8 @@ void CppPreprocessor::handleIfdef(bool wantDefined) {
   }
   skipBlanks();
   if (!isName(peekToken())) {
-    reportError(wantDefined ? "An identifier is expected after \"#ifdef\"" : "An identifier is expected after \"#ifndef\"");
+    reportError(wantDefined ? "An identifier is expected after \"#ifdef\""
+                            : "An identifier is expected after \"#ifndef\"");
     discardLine();
     setGroup(false);
     return;

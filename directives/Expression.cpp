@@ -100,7 +100,8 @@ std::uint32_t parseInteger(std::string_view text, int base) {
 // Evaluates one conditional from the current source.
 class CppPreprocessor::ExpressionReader {
  public:
-  ExpressionReader(CppPreprocessor& preprocessor, bool& ok) : preprocessor_(preprocessor), ok_(ok), waiting_(preprocessor.waitingOperators_) {}
+  ExpressionReader(CppPreprocessor& preprocessor, bool& ok)
+      : preprocessor_(preprocessor), ok_(ok), waiting_(preprocessor.waitingOperators_) {}
 
   CppExprValue read() {
     for (;;) {

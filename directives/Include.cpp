@@ -20,8 +20,8 @@ void CppPreprocessor::handleInclude() {
   }
 }
 
-// Reads "<name>" or "\"name\"" from the operand, which a macro may have made. Reports and returns false when there is no
-// such name.
+// Reads "<name>" or "\"name\"" from the operand, which a macro may have made. Reports and returns false when there is
+// no such name.
 bool CppPreprocessor::readIncludeName(std::string& name, bool& quoted) {
   readOperand();
   const ClosedSource source(*this, operand_);
@@ -50,8 +50,8 @@ bool CppPreprocessor::readIncludeName(std::string& name, bool& quoted) {
   return true;
 }
 
-// The first file that opens: the name itself when it is absolute; else, in the quoted form, the name in the directory of
-// the current file; then the name in each include directory. Null when there is none.
+// The first file that opens: the name itself when it is absolute; else, in the quoted form, the name in the directory
+// of the current file; then the name in each include directory. Null when there is none.
 std::unique_ptr<CppFileScanner> CppPreprocessor::searchFile(const std::string& name, bool quoted) {
   std::unique_ptr<CppFileScanner> file;
   if (isAbsoluteName(name)) {

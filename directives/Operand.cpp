@@ -3,8 +3,8 @@
 
 namespace qnpp {
 
-// Reads the rest of the line with its white space into `operand_`, macros expanded. The line end has been looked at, but
-// stays.
+// Reads the rest of the line with its white space into `operand_`, macros expanded. The line end has been looked at,
+// but stays.
 void CppPreprocessor::readOperand() {
   operand_.clear();
   for (CppTokenKind kind = peekToken(); kind != TK_NEWLINE && kind != TK_END; kind = peekToken()) {

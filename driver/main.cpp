@@ -1,7 +1,7 @@
 // qnpp [options] [source_file]: one pass over one source, then exit.
 //
-// Status 0: no error was reported. Status 1: at least one was, or memory ran out, or the command line ended the program,
-// which `--help` and `--version` do as well. Status 2: the scanner gave up, after saying so on standard error.
+// Status 0: no error was reported. Status 1: at least one was, or memory ran out, or the command line ended the
+// program, which `--help` and `--version` do as well. Status 2: the scanner gave up, after saying so on standard error.
 
 #include <iostream>
 #include <new>

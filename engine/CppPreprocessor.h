@@ -229,15 +229,15 @@ class CppPreprocessor {
   const Name* fileName_ = nullptr;  // The names that are refreshed at each use.
   const Name* lineName_ = nullptr;
 
-  // Sources: the current one is the last. Those below `floor_` are set aside: the end of the source at `floor_` reads as
-  // the end of the input.
+  // Sources: the current one is the last. Those below `floor_` are set aside: the end of the source at `floor_` reads
+  // as the end of the input.
   std::vector<Source> sources_;
   std::size_t floor_ = 0;
   CppScanner* current_ = nullptr;
   CppFileScanner* currentFile_ = nullptr;
   std::vector<CppFileScanner*> fileStack_;  // The files that are suspended by an `#include`.
   std::vector<std::unique_ptr<CppTokenScanner>> spareScanners_;
-  std::size_t listCount_ = 0;               // How many of the sources are lists.
+  std::size_t listCount_ = 0;  // How many of the sources are lists.
 
   HideSetCache hideSets_;
 
@@ -245,11 +245,11 @@ class CppPreprocessor {
   std::vector<std::unique_ptr<Expansion>> expansions_;
   std::vector<std::unique_ptr<Expansion>> spareExpansions_;
   std::vector<std::unique_ptr<CppTokenScanner>> graveyard_;
-  TokenList expandedList_;           // Result of the last outermost list expansion.
-  bool isCollecting_ = false;        // Arguments are being read: lists that end meanwhile go to the graveyard.
-  std::size_t inFlight_ = 0;         // How many InFlight objects there are.
+  TokenList expandedList_;     // Result of the last outermost list expansion.
+  bool isCollecting_ = false;  // Arguments are being read: lists that end meanwhile go to the graveyard.
+  std::size_t inFlight_ = 0;   // How many InFlight objects there are.
   SpellingPool::Mark inFlightMark_;
-  bool inCondition_ = false;         // A conditional expression is being expanded.
+  bool inCondition_ = false;  // A conditional expression is being expanded.
   std::uint64_t messageCount_ = 0;
 
   // Conditional inclusion.
@@ -260,11 +260,11 @@ class CppPreprocessor {
   std::deque<bool> skipStack_;
   std::deque<std::int32_t> depthStack_;
 
-  TokenList operand_;                // Of the directive being carried out.
+  TokenList operand_;  // Of the directive being carried out.
   std::vector<WaitingOperator> waitingOperators_;
   std::deque<std::string> includeDirectories_;
-  std::string leadingSpace_;   // Of the line being read.
-  std::string argumentText_;   // Scratch space for stringizing and joining.
+  std::string leadingSpace_;  // Of the line being read.
+  std::string argumentText_;  // Scratch space for stringizing and joining.
   std::string joinedText_;
   bool hasError_ = false;
 };

@@ -7,8 +7,8 @@
 
 namespace qnpp {
 
-/// While one lives, spellings of the pool are in use outside of the sources: arguments, operands, results. What the pool
-/// holds for sources that end meanwhile is given back later.
+/// While one lives, spellings of the pool are in use outside of the sources: arguments, operands, results. What the
+/// pool holds for sources that end meanwhile is given back later.
 class CppPreprocessor::InFlight {
  public:
   explicit InFlight(CppPreprocessor& preprocessor) : preprocessor_(preprocessor) {
@@ -31,8 +31,8 @@ class CppPreprocessor::InFlight {
   CppPreprocessor& preprocessor_;
 };
 
-/// Makes `tokens`, taken out of the list, the current source and sets the enclosing ones aside: its end reads as the end
-/// of the input. The destructor drops it and brings the others back.
+/// Makes `tokens`, taken out of the list, the current source and sets the enclosing ones aside: its end reads as the
+/// end of the input. The destructor drops it and brings the others back.
 class CppPreprocessor::ClosedSource {
  public:
   ClosedSource(CppPreprocessor& preprocessor, TokenList& tokens)

@@ -63,7 +63,7 @@ class CppFileScanner final : public CppScanner {
   std::int32_t linesLookedAt_ = 0;  // Line ends of the token that has been looked at.
   CppTokenKind peekKind_ = TK_END;
   bool hasPeek_ = false;
-  bool atLineStart_ = true;         // The last token handed out was a line end, or none was.
+  bool atLineStart_ = true;  // The last token handed out was a line end, or none was.
 };
 
 }  // namespace qnpp

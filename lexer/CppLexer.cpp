@@ -250,7 +250,8 @@ char* CppLexer::passLineEnd(char* at) {
   return at;
 }
 
-// Reads to the line end, which stays for the next token. A NUL byte ends the comment too and is a line end from then on.
+// Reads to the line end, which stays for the next token. A NUL byte ends the comment too and is a line end from then
+// on.
 char* CppLexer::passLineComment(char* at) {
   for (;;) {
     at = findAny<'\r', '\n', '\0'>(at);

@@ -109,7 +109,8 @@ class CppLexer final : public yyCppFlexLexer {
   // True for the NUL behind the last byte that is in the buffer, as against a NUL of the input.
   bool atBufferEnd(const char* at) const { return at == bufferEnd(); }
   // In CppLexer.l, where the buffer's type is known: the place of that NUL; and getting more input behind `at`, which
-  // has to be that place. Everything from `yytext` on is kept, and `at` and `yytext` move with it. False: no more input.
+  // has to be that place. Everything from `yytext` on is kept, and `at` and `yytext` move with it. False: no more
+  // input.
   char* bufferEnd() const;
   bool refill(char*& at);
   // Forgets the bytes before `at`, then refills.

@@ -9,11 +9,11 @@ using CppTokenKind = int;
 
 enum : CppTokenKind {
   TK_END = 0,
-  TK_NEWLINE = 257,   ///< One line end; LF, CR LF and CR alike, the text is always "\n".
-  TK_SPACE,           ///< One blank character, or a whole comment, whose text is then " ".
-  TK_CONTINUATION,    ///< A backslash and the line end behind it.
-  TK_PASTE,           ///< "##"
-  TK_IF,              ///< The first of the names; a directive word has its kind wherever it stands.
+  TK_NEWLINE = 257,  ///< One line end; LF, CR LF and CR alike, the text is always "\n".
+  TK_SPACE,          ///< One blank character, or a whole comment, whose text is then " ".
+  TK_CONTINUATION,   ///< A backslash and the line end behind it.
+  TK_PASTE,          ///< "##"
+  TK_IF,             ///< The first of the names; a directive word has its kind wherever it stands.
   TK_IFDEF,
   TK_IFNDEF,
   TK_ELSE,
@@ -26,9 +26,9 @@ enum : CppTokenKind {
   TK_ERROR,
   TK_PRAGMA,
   TK_IDENT,
-  TK_IDENTIFIER,      ///< Any other identifier; the last of the names.
+  TK_IDENTIFIER,  ///< Any other identifier; the last of the names.
   TK_STRING,
-  TK_OTHER,           ///< A character that is no token of its own kind: "=", ";", "[", a lone quote ...
+  TK_OTHER,  ///< A character that is no token of its own kind: "=", ";", "[", a lone quote ...
   TK_OROR,
   TK_ANDAND,
   TK_EQ,
@@ -37,7 +37,7 @@ enum : CppTokenKind {
   TK_GE,
   TK_SHL,
   TK_SHR,
-  TK_DEFINED,         ///< "defined": no name, so it can be neither a macro nor a parameter.
+  TK_DEFINED,  ///< "defined": no name, so it can be neither a macro nor a parameter.
   TK_CHAR,
   TK_DEC_INT,
   TK_OCT_INT,
@@ -45,7 +45,7 @@ enum : CppTokenKind {
   TK_DEC_UINT,
   TK_OCT_UINT,
   TK_HEX_UINT,
-  TK_PRAGMA_OP,       ///< "_Pragma"
+  TK_PRAGMA_OP,  ///< "_Pragma"
 };
 static_assert(TK_IDENTIFIER == 274 && TK_PRAGMA_OP == 293);
 

@@ -97,9 +97,7 @@ CppTokenKind CppTokenScanner::peek() {
   return peek_ == nullptr ? TK_END : CppTokenKind{peek_->kind};
 }
 
-CppTokenKind CppTokenScanner::get() {
-  return handOut(peek_ != nullptr ? std::exchange(peek_, nullptr) : next());
-}
+CppTokenKind CppTokenScanner::get() { return handOut(peek_ != nullptr ? std::exchange(peek_, nullptr) : next()); }
 
 CppTokenKind CppTokenScanner::copyText() {
   if (peek_ == nullptr && pieces_.empty() && reader_ == nullptr) {

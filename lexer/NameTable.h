@@ -18,17 +18,17 @@ struct CppMacro;
 /// A name that a macro definition has mentioned: as a macro's name, as a parameter or in a replacement list, or one of
 /// the words with a token kind of their own. Entries are never removed, so a pointer to one stays valid.
 struct Name {
-  Spelling spelling;            ///< Its text; `spelling.name` points back here.
-  CppMacro* macro = nullptr;    ///< The current definition, owned by the CppMacroTable; null while there is none.
-  std::uint32_t id = 0;         ///< Position in the order of appearance, from 0.
+  Spelling spelling;          ///< Its text; `spelling.name` points back here.
+  CppMacro* macro = nullptr;  ///< The current definition, owned by the CppMacroTable; null while there is none.
+  std::uint32_t id = 0;       ///< Position in the order of appearance, from 0.
   std::uint32_t hash = 0;
-  HideSet alone;                ///< The set of this name only, once it has been asked for (see HideSetCache).
+  HideSet alone;  ///< The set of this name only, once it has been asked for (see HideSetCache).
 
   std::string_view text() const { return spelling.text(); }
 };
 
-/// Finds names by their text. A word of the input that is no macro is by far the commonest question, so `find` costs one
-/// hash of a view and, for most words, one look at an empty slot; it allocates nothing. Words that only the input
+/// Finds names by their text. A word of the input that is no macro is by far the commonest question, so `find` costs
+/// one hash of a view and, for most words, one look at an empty slot; it allocates nothing. Words that only the input
 /// mentions are not entered: the table grows with the macro definitions, not with the text.
 class NameTable {
  public:

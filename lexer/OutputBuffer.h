@@ -66,7 +66,7 @@ class OutputBuffer {
   }
 
  private:
-  static constexpr std::size_t kCapacity = 64 * 1024;
+  static constexpr std::size_t kCapacity = std::size_t{64} * 1024;
 
   // Copies Half to 2 * Half bytes by the first and the last Half of them, which may overlap.
   template <std::size_t Half>

@@ -12,9 +12,9 @@
 
 namespace qnpp {
 
-/// Makes the spellings that macro expansion needs beside those of the definitions: tokens of arguments, string literals,
-/// joined texts. They live until `release`, in the order of a stack; spellings of names and of single characters are
-/// shared and live on.
+/// Makes the spellings that macro expansion needs beside those of the definitions: tokens of arguments, string
+/// literals, joined texts. They live until `release`, in the order of a stack; spellings of names and of single
+/// characters are shared and live on.
 class SpellingPool {
  public:
   /// A moment in the life of the pool; what was made later is given back by `release`.

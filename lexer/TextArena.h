@@ -40,7 +40,7 @@ class TextArena {
 
  private:
   static constexpr std::size_t kAlignment = alignof(void*);
-  static constexpr std::size_t kChunkSize = 16 * 1024;
+  static constexpr std::size_t kChunkSize = std::size_t{16} * 1024;
 
   struct Chunk {
     std::unique_ptr<char[]> bytes;
@@ -50,10 +50,10 @@ class TextArena {
   void* allocateInNewChunk(std::size_t size);
 
   std::vector<Chunk> chunks_;
-  std::size_t current_ = 0;    // Index of the chunk in use, one behind the last while there is none.
-  char* base_ = nullptr;       // Bytes of the chunk in use.
-  std::size_t room_ = 0;       // Its size.
-  std::size_t used_ = 0;       // How much of it is taken.
+  std::size_t current_ = 0;  // Index of the chunk in use, one behind the last while there is none.
+  char* base_ = nullptr;     // Bytes of the chunk in use.
+  std::size_t room_ = 0;     // Its size.
+  std::size_t used_ = 0;     // How much of it is taken.
 };
 
 }  // namespace qnpp

@@ -44,7 +44,9 @@ bool mayMerge(const Spelling& before, const Spelling& token) {
   }
 }
 
-bool isLoneQuote(const Spelling& token) { return token.kind == TK_OTHER && (*token.data == '"' || *token.data == '\''); }
+bool isLoneQuote(const Spelling& token) {
+  return token.kind == TK_OTHER && (*token.data == '"' || *token.data == '\'');
+}
 
 void Arguments::appendText(std::size_t index, std::string& text) const {
   if (arguments_[index].text.data() != nullptr) {

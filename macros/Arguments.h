@@ -12,8 +12,8 @@
 
 namespace qnpp {
 
-/// The arguments of one invocation. Each is normalized text, lexed into tokens that all carry the hide set of the source
-/// that was current at its end.
+/// The arguments of one invocation. Each is normalized text, lexed into tokens that all carry the hide set of the
+/// source that was current at its end.
 ///
 /// The text is only built where somebody needs it. Between tokens of one source, normalizing the text and lexing it
 /// again gives the tokens back, so they are kept as they are; `finish` finds out where that is not so (tokens of

@@ -3,7 +3,8 @@
 
 namespace qnpp {
 
-// Reads the name behind #define or #undef, which a continuation may split. Empty, with nothing taken, when there is none.
+// Reads the name behind #define or #undef, which a continuation may split. Empty, with nothing taken, when there is
+// none.
 std::string CppPreprocessor::readMacroName() {
   std::string name;
   while (isName(peekToken())) {

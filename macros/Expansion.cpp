@@ -233,8 +233,8 @@ void CppPreprocessor::finishListExpansion() {
   recycle(std::move(finished));
 }
 
-// The current token is a name of the list. Returns false when it is not to be expanded and has to be collected as it is;
-// otherwise its expansion has been pushed or begun, or it has been collected here.
+// The current token is a name of the list. Returns false when it is not to be expanded and has to be collected as it
+// is; otherwise its expansion has been pushed or begun, or it has been collected here.
 bool CppPreprocessor::expandNameInList(TokenList& result) {
   const Spelling* const spelling = listSource().spelling();
   Name* const name = spelling->name;

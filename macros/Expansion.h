@@ -14,9 +14,9 @@
 
 namespace qnpp {
 
-/// One of the two kinds of work that call for each other: the replacement of an invocation needs its arguments expanded,
-/// and the expansion of a token list needs the invocations in it replaced. They wait for each other on a stack of these
-/// objects, not on the stack of the C++ program, so nesting is limited by memory alone.
+/// One of the two kinds of work that call for each other: the replacement of an invocation needs its arguments
+/// expanded, and the expansion of a token list needs the invocations in it replaced. They wait for each other on a
+/// stack of these objects, not on the stack of the C++ program, so nesting is limited by memory alone.
 struct Expansion {
   /// True for the replacement of an invocation, false for the expansion of a list.
   bool isSubstitution = false;
@@ -25,17 +25,17 @@ struct Expansion {
 
   // ---- Replacement of an invocation ----
   const Replacement* replacement = nullptr;
-  std::size_t step = 0;              ///< The next of its steps.
+  std::size_t step = 0;  ///< The next of its steps.
   Arguments arguments;
-  HideSet hideSet;                   ///< Of the invocation, the macro's name included.
-  std::size_t graveyardSize = 0;     ///< Sources that ended since then may hold tokens of the arguments.
+  HideSet hideSet;                ///< Of the invocation, the macro's name included.
+  std::size_t graveyardSize = 0;  ///< Sources that ended since then may hold tokens of the arguments.
   /// Expanded arguments, by index, that a later step wants again.
   std::vector<std::pair<std::uint32_t, TokenList>> expanded;
 
   // ---- Expansion of a list ----
-  std::size_t floor = 0;             ///< To be restored: where reading ended before the list was begun.
-  std::uint32_t argument = 0;        ///< Which argument of the waiting invocation the list is.
-  std::uint64_t eventCount = 0;      ///< Messages and comments when the list was begun.
+  std::size_t floor = 0;         ///< To be restored: where reading ended before the list was begun.
+  std::uint32_t argument = 0;    ///< Which argument of the waiting invocation the list is.
+  std::uint64_t eventCount = 0;  ///< Messages and comments when the list was begun.
 
   /// Whether a step that is left wants the expansion of `wanted`.
   bool wantsAgain(std::uint32_t wanted) const {

@@ -158,7 +158,8 @@ const Replacement& CppPreprocessor::replacementOf(const Name& name) {
 // of arguments; what has been read by then is lost, the rest stays to be read as text.
 bool CppPreprocessor::collectArguments(const CppMacro& macro, Arguments& arguments) {
   const std::size_t expected = macro.parameters.size();
-  CppTokenKind kind = nextToken();  // "("
+  nextToken();  // "("
+  CppTokenKind kind = TK_END;
   do {
     if (!isCurrentFile() && readArgumentInPlace(arguments)) {
       kind = listSource().spelling()->kind;
@@ -224,8 +225,8 @@ bool CppPreprocessor::readArgumentInPlace(Arguments& arguments) {
   while (begin < rest.size() && rest[begin] == blankSpelling()) {
     ++begin;
   }
-  const std::size_t end = surroundings != nullptr ? findArgumentEnd(rest, begin, *surroundings)
-                                                  : findNormalizedArgumentEnd(rest, begin);
+  const std::size_t end =
+      surroundings != nullptr ? findArgumentEnd(rest, begin, *surroundings) : findNormalizedArgumentEnd(rest, begin);
   if (end == begin || end == rest.size()) {
     return false;
   }

@@ -12,8 +12,8 @@ namespace qnpp {
 /// A run of tokens that is normalized text lexed into just these tokens, so that each part of it between two tokens is
 /// that too: an argument inside of it can be used where it stands. The tokens are borrowed.
 ///
-/// In f(f(f(...))) each level's argument holds those of all levels within. So that not each of them is walked through to
-/// find its ")", the parentheses are matched once for all.
+/// In f(f(f(...))) each level's argument holds those of all levels within. So that not each of them is walked through
+/// to find its ")", the parentheses are matched once for all.
 class NormalizedTokens {
  public:
   void reset(SpellingRange tokens) {

@@ -184,11 +184,11 @@ class Replacement::StepBuilder {
   std::vector<const Spelling*> source_;  // The tokens of the list as lexed.
   std::size_t at_ = 0;
   std::unordered_map<const Name*, std::uint32_t> parameterIndex_;
-  std::vector<Item> item_;               // The item being read; several when joined.
+  std::vector<Item> item_;  // The item being read; several when joined.
   bool joined_ = false;
-  bool hasItem_ = false;                 // An item has been read, so white space before the next one counts.
+  bool hasItem_ = false;  // An item has been read, so white space before the next one counts.
   bool blankBefore_ = false;
-  std::size_t tokensBegin_ = 0;          // Where the tokens begin that no step covers yet.
+  std::size_t tokensBegin_ = 0;  // Where the tokens begin that no step covers yet.
 };
 
 Replacement::Replacement(std::string_view text, const std::vector<std::string>& parameters, NameTable& names,

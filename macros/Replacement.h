@@ -13,10 +13,10 @@
 
 namespace qnpp {
 
-/// A replacement list as the lexer sees it. A macro's text is lexed at each invocation; since that gives the same tokens
-/// every time, it is done once per definition, and the work of a function-like macro is laid out as a list of steps.
-/// The one exception is a text that opens a comment (a body joined by a continuation into "/*"): lexing it writes and
-/// reports, so it is done anew each time.
+/// A replacement list as the lexer sees it. A macro's text is lexed at each invocation; since that gives the same
+/// tokens every time, it is done once per definition, and the work of a function-like macro is laid out as a list of
+/// steps. The one exception is a text that opens a comment (a body joined by a continuation into "/*"): lexing it
+/// writes and reports, so it is done anew each time.
 class Replacement {
  public:
   /// What stands in the place of a token or operand of the list.
@@ -60,7 +60,8 @@ class Replacement {
   /// Whether lexing met a comment, so that this object is good for one use only.
   bool opensComment() const { return opensComment_; }
 
-  /// Whether the tokens are written as the macro's text stands, whatever is defined: no name, line end or comment in it.
+  /// Whether the tokens are written as the macro's text stands, whatever is defined: no name, line end or comment in
+  /// it.
   bool isFixedText() const { return isFixedText_; }
 
   /// The message of a Misuse step.
@@ -71,13 +72,13 @@ class Replacement {
 
   void lex(std::string_view text, NameTable& names, StoredTextLexer& lexer);
 
-  std::string texts_;          // Texts of `own_`.
-  std::vector<Spelling> own_;  // Tokens that are neither names nor single characters.
   std::vector<const Spelling*> tokens_;
-  std::vector<Step> steps_;
-  std::vector<Item> operands_;
   bool opensComment_ = false;
   bool isFixedText_ = false;
+  std::vector<Step> steps_;
+  std::vector<Item> operands_;
+  std::string texts_;          // Texts of `own_`.
+  std::vector<Spelling> own_;  // Tokens that are neither names nor single characters.
 };
 
 }  // namespace qnpp

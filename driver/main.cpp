@@ -3,6 +3,7 @@
 // Status 0: no error was reported. Status 1: at least one was, or memory ran out, or the command line ended the
 // program, which `--help` and `--version` do as well. Status 2: the scanner gave up, after saying so on standard error.
 
+#include <csignal>
 #include <iostream>
 #include <new>
 #include <stdexcept>
@@ -37,10 +38,13 @@ int preprocess(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // Nothing here uses stdio, and reading need not push out what was written.
-  std::ios::sync_with_stdio(false);
-  std::cin.tie(nullptr);
+  // A reader that goes away is a failed write like any other, and those do not count: the run goes on to its end, and
+  // the status says whether the source was in order.
+  std::signal(SIGPIPE, SIG_IGN);
   try {
+    // Nothing here uses stdio, and reading need not push out what was written.
+    std::ios::sync_with_stdio(false);
+    std::cin.tie(nullptr);
     return preprocess(argc, argv);
   } catch (const std::bad_alloc&) {
     std::cerr << "FATAL ERROR: out of memory.\n";

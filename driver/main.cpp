@@ -3,16 +3,45 @@
 // Status 0: no error was reported. Status 1: at least one was, or memory ran out, or the command line ended the
 // program, which `--help` and `--version` do as well. Status 2: the scanner gave up, after saying so on standard error.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <csignal>
+#include <exception>
 #include <iostream>
 #include <new>
 #include <stdexcept>
+#include <string_view>
 
 #include "driver/Driver.h"
 #include "engine/CppPreprocessor.h"
 #include "lexer/CppLexer.h"
 
 namespace {
+
+// Where not even an exception can be thrown, for want of memory: before anything has been written.
+[[noreturn]] void endOutOfMemory() {
+  constexpr std::string_view kMessage = "FATAL ERROR: out of memory.\n";
+  static_cast<void>(!::write(STDERR_FILENO, kMessage.data(), kMessage.size()));
+  ::_exit(1);
+}
+
+// The program runs to its end whatever becomes of the output: a failed write does not count, so a reader that goes away
+// and a file that may not grow must not end it by a signal.
+void ignoreFailedWrites() {
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
+}
+
+// A file that is opened takes the first descriptor that is free. Were standard error closed, messages would go into it.
+void occupyStandardDescriptors() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::fcntl(descriptor, F_GETFD) == -1) {
+      // Opened for the use that is not made of it: reading or writing fails as it did when it was closed.
+      static_cast<void>(::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+    }
+  }
+}
 
 int preprocess(int argc, char** argv) {
   qnpp::Driver driver(std::cout, std::cerr);
@@ -38,16 +67,15 @@ int preprocess(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // A reader that goes away is a failed write like any other, and those do not count: the run goes on to its end, and
-  // the status says whether the source was in order.
-  std::signal(SIGPIPE, SIG_IGN);
+  std::set_terminate(endOutOfMemory);
+  ignoreFailedWrites();
+  occupyStandardDescriptors();
   try {
     // Nothing here uses stdio, and reading need not push out what was written.
     std::ios::sync_with_stdio(false);
     std::cin.tie(nullptr);
     return preprocess(argc, argv);
   } catch (const std::bad_alloc&) {
-    std::cerr << "FATAL ERROR: out of memory.\n";
-    return 1;
+    endOutOfMemory();
   }
 }

@@ -9,6 +9,7 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <new>
 #include <stdexcept>
 #include <string_view>
@@ -45,20 +46,21 @@ void occupyStandardDescriptors() {
 
 int preprocess(int argc, char** argv) {
   qnpp::Driver driver(std::cout, std::cerr);
-  qnpp::CppPreprocessor preprocessor(std::cerr, std::cin);
+  // Not on the stack, which may be limited to less than its buffers take.
+  const auto preprocessor = std::make_unique<qnpp::CppPreprocessor>(std::cerr, std::cin);
   int status = 1;
   try {
     // Read the command line; open the output and the source.
-    if (driver.prepare(argc, argv, preprocessor)) {
+    if (driver.prepare(argc, argv, *preprocessor)) {
       // Preprocess.
-      status = preprocessor.run() ? 1 : 0;
+      status = preprocessor->run() ? 1 : 0;
     }
   } catch (const qnpp::FatalLexerError&) {
     status = 2;
   } catch (const std::bad_alloc&) {
-    preprocessor.reportOutOfMemory();
+    preprocessor->reportOutOfMemory();
   } catch (const std::length_error&) {  // A container that would grow beyond what can be addressed.
-    preprocessor.reportOutOfMemory();
+    preprocessor->reportOutOfMemory();
   }
   driver.flush();
   return status;

@@ -1,0 +1,70 @@
+# What `cmake --install` puts where, and the packages that CPack makes of it.
+
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+# ---- The program and the header of its version functions. ----
+
+install(TARGETS qnpp EXPORT qnppTargets RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+install(FILES include/qnpp/version.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qnpp")
+
+# ---- For builds that use it: CMake, pkg-config, make. ----
+
+set(packageDir "${CMAKE_INSTALL_DATADIR}/cmake/qnpp")
+install(EXPORT qnppTargets NAMESPACE qnpp:: DESTINATION "${packageDir}")
+# A program serves a build for any processor, so the version file does not compare pointer sizes.
+write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/package/qnppConfigVersion.cmake"
+  COMPATIBILITY SameMajorVersion ARCH_INDEPENDENT)
+install(
+  FILES
+    cmake/package/qnppConfig.cmake
+    cmake/package/QnppPreprocess.cmake
+    cmake/package/QnppRun.cmake
+    "${CMAKE_CURRENT_BINARY_DIR}/package/qnppConfigVersion.cmake"
+  DESTINATION "${packageDir}")
+
+# A project that takes qnpp in as a subfolder uses the same names as one that finds it installed.
+add_executable(qnpp::qnpp ALIAS qnpp)
+include(cmake/package/QnppPreprocess.cmake)
+
+# Named from the place of the file itself, so that an installation can be moved.
+file(RELATIVE_PATH pathToPrefix "/prefix/${CMAKE_INSTALL_DATADIR}/pkgconfig" "/prefix")
+string(REGEX REPLACE "/$" "" pathToPrefix "${pathToPrefix}")
+configure_file(integrations/pkg-config/qnpp.pc.in package/qnpp.pc @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/package/qnpp.pc" DESTINATION "${CMAKE_INSTALL_DATADIR}/pkgconfig")
+install(FILES integrations/make/qnpp.mk DESTINATION "${CMAKE_INSTALL_DATADIR}/qnpp")
+install(PROGRAMS integrations/make/write-depfile.sh DESTINATION "${CMAKE_INSTALL_DATADIR}/qnpp")
+
+# ---- For people: manual, completions, editors, documents. ----
+
+find_program(AWK NAMES awk mawk gawk DOC "Makes the page for man(1) from the manual in Markdown")
+if(AWK)
+  add_custom_command(
+    OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/qnpp.1"
+    COMMAND "${CMAKE_COMMAND}" "-DAWK=${AWK}" "-DSOURCE_DIR=${CMAKE_CURRENT_SOURCE_DIR}"
+            "-DOUTPUT=${CMAKE_CURRENT_BINARY_DIR}/qnpp.1" -P "${CMAKE_CURRENT_SOURCE_DIR}/cmake/WriteManPage.cmake"
+    DEPENDS docs/qnpp.1.md cmake/MarkdownToMan.awk cmake/WriteManPage.cmake cmake/Version.cmake
+    COMMENT "Making the man page"
+    VERBATIM)
+  add_custom_target(qnpp_man ALL DEPENDS "${CMAKE_CURRENT_BINARY_DIR}/qnpp.1")
+  install(FILES "${CMAKE_CURRENT_BINARY_DIR}/qnpp.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+else()
+  message(WARNING "awk not found: the man page is neither made nor installed")
+endif()
+
+install(FILES completions/qnpp.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME qnpp)
+install(FILES completions/_qnpp DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/site-functions")
+install(FILES completions/qnpp.fish DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+
+install(FILES integrations/vim/compiler/qnpp.vim DESTINATION "${CMAKE_INSTALL_DATADIR}/vim/vimfiles/compiler")
+install(FILES integrations/emacs/qnpp.el DESTINATION "${CMAKE_INSTALL_DATADIR}/emacs/site-lisp")
+install(FILES integrations/ci/qnpp-problem-matcher.json DESTINATION "${CMAKE_INSTALL_DATADIR}/qnpp")
+
+file(GLOB documents CONFIGURE_DEPENDS README.md CHANGELOG.md docs/*.md)
+install(FILES ${documents} DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}" PATTERN "*.sh" EXCLUDE)
+install(PROGRAMS examples/build-pkg-config/build.sh DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples/build-pkg-config")
+
+if(PROJECT_IS_TOP_LEVEL)
+  include(cmake/Packages.cmake)
+endif()

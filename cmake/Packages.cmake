@@ -1,0 +1,46 @@
+# The packages: `cpack` in the build folder makes qnpp-<version>-<system>.tar.gz and qnpp_<version>_<architecture>.deb.
+#
+# With SOURCE_DATE_EPOCH in the environment, of the build and of cpack, they come out the same byte for byte wherever they
+# are made.
+
+set(QNPP_PACKAGE_CONTACT "Quenley <qnpp@quenley.invalid>" CACHE STRING
+  "Who is responsible for packages. A .deb must name an address; one that ends in .invalid says that there is none.")
+
+set(CPACK_GENERATOR TGZ)
+set(CPACK_PACKAGE_NAME qnpp)
+set(CPACK_PACKAGE_VENDOR Quenley)
+set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
+set(CPACK_PACKAGE_CONTACT "${QNPP_PACKAGE_CONTACT}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "standalone C-style preprocessor")
+set(CPACK_PACKAGE_DESCRIPTION "\
+qnpp carries out preprocessing directives, expands macros and writes the
+result as text with line directives. It works on any C-like text: interface
+definitions, shaders, linker scripts, tables.
+.
+The package also holds what builds need to use it: files for CMake,
+pkg-config and make.")
+set(CPACK_PACKAGE_FILE_NAME "qnpp-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}")
+set(CPACK_STRIP_FILES TRUE)
+set(CPACK_PRE_BUILD_SCRIPTS "${CMAKE_CURRENT_SOURCE_DIR}/packaging/arrange.cmake")
+set(CPACK_QNPP_COPYRIGHT "${QNPP_COPYRIGHT}")
+set(CPACK_QNPP_RELEASE_NAME "${QNPP_RELEASE_NAME}")
+
+find_program(DPKG_DEB dpkg-deb)
+if(DPKG_DEB)
+  list(APPEND CPACK_GENERATOR DEB)
+  set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+  set(CPACK_DEBIAN_PACKAGE_SECTION devel)
+  set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+  # What the package depends on, with versions; CPack wants both programs for that.
+  find_program(DPKG_SHLIBDEPS dpkg-shlibdeps)
+  find_program(FILE_PROGRAM file)
+  if(DPKG_SHLIBDEPS AND FILE_PROGRAM)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+  else()
+    set(CPACK_DEBIAN_PACKAGE_DEPENDS "libc6, libstdc++6, libgcc-s1")
+  endif()
+endif()
+
+mark_as_advanced(DPKG_DEB DPKG_SHLIBDEPS FILE_PROGRAM)
+
+include(CPack)

@@ -1,0 +1,215 @@
+// The lexer: any bytes at all.
+//
+// What must hold, besides no fault: the tokens do not depend on the pieces in which the input arrives; they are the
+// input, apart from comments and the spelling of line ends; and the ways to pass over text in one go (skipping a line,
+// copying text) leave what the same tokens would leave one by one.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "FuzzSupport.h"
+#include "lexer/CppLexer.h"
+#include "lexer/NameTable.h"
+#include "lexer/OutputBuffer.h"
+
+namespace {
+
+using qnpp::CppTokenKind;
+using qnpp::fuzz::kWhole;
+using qnpp::fuzz::require;
+
+// A lexer and all that it works with.
+class Bench {
+ public:
+  Bench(std::string_view text, std::size_t piece)
+      : input_(text, piece), sink_(SIZE_MAX), diagnostics_(SIZE_MAX) {
+    output_.attach(sink_);
+  }
+
+  qnpp::CppLexer& lexer() { return lexer_; }
+  qnpp::OutputBuffer& output() { return output_; }
+  std::uint64_t commentCount() const { return commentCount_; }
+
+  // Everything written, the messages last.
+  std::string written() {
+    output_.flush();
+    return sink_.text() + "\n----\n" + diagnostics_.text();
+  }
+
+ private:
+  qnpp::fuzz::PiecewiseInput input_;
+  qnpp::fuzz::LimitedSink sink_;
+  qnpp::fuzz::LimitedSink diagnostics_;
+  qnpp::OutputBuffer output_;
+  qnpp::NameTable names_;
+  std::uint64_t commentCount_ = 0;
+  qnpp::CppLexer lexer_{input_, qnpp::LexerContext{output_, diagnostics_, names_, commentCount_}};
+};
+
+struct Token {
+  CppTokenKind kind;
+  std::string text;
+  std::int32_t line;
+  bool operator==(const Token&) const = default;
+};
+
+struct Tokens {
+  std::vector<Token> tokens;
+  std::string written;
+  bool hasComments;
+};
+
+Tokens lex(std::string_view text, std::size_t piece) {
+  Bench bench(text, piece);
+  Tokens result;
+  for (CppTokenKind kind = bench.lexer().next(); kind != qnpp::TK_END; kind = bench.lexer().next()) {
+    require(!bench.lexer().text().empty(), "every token has a text");
+    result.tokens.push_back({kind, std::string(bench.lexer().text()), bench.lexer().line()});
+  }
+  require(bench.lexer().next() == qnpp::TK_END, "the end of the input is final");
+  result.written = bench.written();
+  result.hasComments = bench.commentCount() > 0;
+  return result;
+}
+
+// CR LF and CR as LF.
+std::string withPlainLineEnds(std::string_view text) {
+  std::string result;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const bool isCarriageReturn = text[at] == '\r';
+    result.push_back(isCarriageReturn ? '\n' : text[at]);
+    if (isCarriageReturn && text.substr(at + 1, 1) == "\n") {
+      ++at;
+    }
+  }
+  return result;
+}
+
+// Reads `text` line by line, each as `readLine` does, and returns what was written and the line after each.
+template <typename ReadLine>
+std::string readLines(std::string_view text, std::size_t piece, ReadLine readLine) {
+  Bench bench(text, piece);
+  std::string lines;
+  while (readLine(bench)) {
+    lines += std::to_string(bench.lexer().line()) + ' ';
+  }
+  return lines + '\n' + bench.written();
+}
+
+// Takes the rest of the line token by token; false when the input ended before a line end.
+bool dropLine(Bench& bench, CppTokenKind kind) {
+  while (kind != qnpp::TK_NEWLINE && kind != qnpp::TK_END) {
+    kind = bench.lexer().next();
+  }
+  return kind == qnpp::TK_NEWLINE;
+}
+
+// ---- A line of a skipped group leaves an empty one ----
+
+bool skipByTokens(Bench& bench) {
+  const CppTokenKind first = bench.lexer().next();
+  if (first == qnpp::TK_END) {
+    return false;
+  }
+  const bool hasLineEnd = dropLine(bench, first);
+  bench.output().endLine();
+  return hasLineEnd;
+}
+
+bool skipLine(Bench& bench) {
+  const CppTokenKind first = bench.lexer().next();
+  if (first == qnpp::TK_END) {
+    return false;
+  }
+  const bool hasLineEnd = first == qnpp::TK_NEWLINE || bench.lexer().skipLine();
+  bench.output().endLine();
+  return hasLineEnd;
+}
+
+// ---- A text line is written; a line directive would stand where output and input are out of step ----
+
+template <typename Next>
+bool writeLine(Bench& bench, Next next) {
+  std::string blanks;
+  CppTokenKind kind = bench.lexer().next();
+  while (qnpp::isBlank(kind)) {
+    blanks += bench.lexer().text();
+    kind = bench.lexer().next();
+  }
+  if (kind == '#') {
+    return dropLine(bench, kind);
+  }
+  if (kind == qnpp::TK_NEWLINE) {
+    bench.output().endLine();
+    return true;
+  }
+  // The line end of a line counts when it has been taken, and here none has been.
+  if (bench.output().line() != bench.lexer().line()) {
+    bench.output().write("(line)\n");
+    bench.output().setLine(bench.lexer().line());
+  }
+  bench.output().write(blanks);
+  for (; kind != qnpp::TK_NEWLINE; kind = next(bench)) {
+    if (kind == qnpp::TK_END) {
+      return false;
+    }
+    bench.output().write(bench.lexer().text());
+  }
+  bench.output().endLine();
+  return true;
+}
+
+bool writeByTokens(Bench& bench) {
+  return writeLine(bench, [](Bench& b) { return b.lexer().next(); });
+}
+
+bool copyText(Bench& bench) {
+  return writeLine(bench, [](Bench& b) { return b.lexer().copyText(); });
+}
+
+std::string writtenOnly(const std::string& lines) { return lines.substr(lines.find('\n')); }
+
+// Whole lines in one go where that is possible, and token by token where it is not. Returns what was written.
+std::string skipPlainLines(std::string_view text, std::size_t piece) {
+  Bench bench(text, piece);
+  do {
+    bench.lexer().skipPlainLines();
+  } while (skipByTokens(bench));
+  return '\n' + bench.written();
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string_view text = qnpp::fuzz::textOf(data, size);
+
+  const std::size_t small = qnpp::fuzz::smallPiece(size);
+
+  const Tokens whole = lex(text, kWhole);
+  for (const std::size_t piece : {small, 3 * small}) {
+    const Tokens pieces = lex(text, piece);
+    require(whole.tokens == pieces.tokens, "the tokens do not depend on the pieces of the input");
+    require(whole.written == pieces.written, "what the lexer writes does not depend on the pieces of the input");
+  }
+  if (!whole.hasComments) {
+    std::string joined;
+    for (const Token& token : whole.tokens) {
+      joined += withPlainLineEnds(token.text);  // One by one: a CR may end one token and a line end follow it.
+    }
+    require(joined == withPlainLineEnds(text), "the tokens are the input");
+  }
+
+  const std::string skipped = readLines(text, kWhole, skipByTokens);
+  require(skipped == readLines(text, kWhole, skipLine), "skipping a line passes over its tokens");
+  require(skipped == readLines(text, small, skipLine), "skipping a line does not depend on the pieces");
+  require(writtenOnly(skipped) == skipPlainLines(text, kWhole), "skipping plain lines passes over their tokens");
+  require(writtenOnly(skipped) == skipPlainLines(text, small), "skipping plain lines does not depend on the pieces");
+
+  const std::string written = writtenOnly(readLines(text, kWhole, writeByTokens));
+  require(written == writtenOnly(readLines(text, kWhole, copyText)), "copying text writes its tokens");
+  require(written == writtenOnly(readLines(text, small, copyText)), "copying text does not depend on the pieces");
+  return 0;
+}

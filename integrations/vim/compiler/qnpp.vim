@@ -1,0 +1,18 @@
+" Messages of qnpp in the quickfix list:
+"
+"   :compiler qnpp
+"   :make -o table.c table.c.in
+
+if exists('current_compiler')
+  finish
+endif
+let current_compiler = 'qnpp'
+
+CompilerSet makeprg=qnpp
+CompilerSet errorformat=
+      \%f:%l:\ %tarning:\ %m.,
+      \%f:%l:\ %m.,
+      \FATAL\ %trror:\ %m.,
+      \%l:\ %m.,
+      \qnpp:\ %m,
+      \%-G\	%m

@@ -1,0 +1,111 @@
+#!/usr/bin/env bash
+# The packages: that the same bytes come out wherever they are made, and that what is in them can be used and removed.
+#
+#   packages_test.sh build <checkout> <folder>     makes them twice, in different folders below <folder>
+#   packages_test.sh reproducible|lintian|deb|tarball <folder>
+. "$(dirname "$0")/lib.sh"
+
+# The files that belong to the program, without a revision and without anything built.
+copyCheckout() { # copyCheckout <checkout> <folder>
+  mkdir -p "$2"
+  (cd "$1" && tar -cf - --exclude=./.git --exclude='./build*' --exclude=./tests --exclude=./bench --exclude=./fuzz .) |
+    tar -xf - -C "$2"
+}
+
+makePackages() { # makePackages <source folder> <build folder>
+  # Tests and benchmarks go into no package. One job each, because two of these run side by side.
+  cmake -S "$1" -B "$2" -DCMAKE_BUILD_TYPE=Release -DQNPP_BUILD_TESTS=OFF -DQNPP_BUILD_BENCHMARKS=OFF \
+    -DQNPP_BUILD_FUZZERS=OFF && cmake --build "$2" --parallel 1 && (cd "$2" && cpack)
+}
+
+build() { # build <checkout> <folder>
+  rm -rf "$2"
+  mkdir -p "$2"
+  # 2026-01-01 in UTC.
+  export SOURCE_DATE_EPOCH=1767225600
+  copyCheckout "$1" "$2/here"
+  copyCheckout "$1" "$2/another place/with a longer name"
+  umask 022
+  makePackages "$2/here" "$2/here/build" >"$2/log.1" 2>&1 &
+  local first=$!
+  TZ=Pacific/Honolulu makePackages "$2/another place/with a longer name" "$2/another place/b" >"$2/log.2" 2>&1 ||
+    failed 'the packages can be made in another place' "$(tail -n 30 "$2/log.2")"
+  wait "$first" || failed 'the packages can be made' "$(tail -n 30 "$2/log.1")"
+  ls "$2/here/build"/*.tar.gz || failed 'there is a .tar.gz'
+}
+
+needsPackage() { # needsPackage <folder>: leaves its name in $deb
+  command -v dpkg-deb >/dev/null || skip 'dpkg-deb is not installed, so there is no .deb'
+  deb=$(ls "$1"/here/build/*.deb)
+}
+
+reproducible() { # reproducible <folder>
+  local here=$1/here/build there="$1/another place/b" file
+  cmp "$here/qnpp" "$there/qnpp" || failed 'the program is the same'
+  for file in "$here"/*.tar.gz "$here"/*.deb; do
+    [ -e "$file" ] || continue
+    cmp "$file" "$there/${file##*/}" || failed "${file##*/} is the same"
+  done
+  check 'the program knows the day from SOURCE_DATE_EPOCH' grep -qF '(Jan  1 2026, unknown)' <<<"$("$here/qnpp" -v)"
+  check 'the program says nothing of where it was built' [ -z "$(strings "$here/qnpp" | grep -F "$1")" ]
+}
+
+lintian_() { # lintian_ <folder>
+  needsPackage "$1"
+  needs lintian lintian
+  # It wants an ordinary user, but can do without.
+  lintian --allow-root --fail-on error "$deb" || failed 'lintian finds no error'
+}
+
+# Into an empty root with a database of packages of its own: the libraries of this machine are entered there, so that the
+# versions that the package asks for are compared with those that it will run with.
+deb() { # deb <folder>
+  needsPackage "$1"
+  [ "$(id -u)" -eq 0 ] || skip 'dpkg installs only for root'
+  local root=$work/root before after library
+  mkdir -p "$root"/var/lib/dpkg/{info,updates,triggers}
+  : >"$root/var/lib/dpkg/available"
+  for library in libc6 libgcc-s1 libstdc++6; do
+    dpkg -s "$library" 2>/dev/null | sed '/^Depends:/d; /^Pre-Depends:/d; /^Recommends:/d; /^Conffiles:/,/^[^ ]/{/^Conffiles:/d; /^ /d}'
+    printf '\n'
+  done >"$root/var/lib/dpkg/status"
+  before=$(filesOf "$root")
+
+  dpkg --root="$root" --install "$deb" >log 2>&1 || failed 'the package installs' "$(cat log)"
+  same 'the package is installed' 'install ok installed' "$(dpkg-query --admindir="$root/var/lib/dpkg" -W -f '${Status}' qnpp)"
+  printf '#define A b\nA\n' >source.txt
+  same 'the installed program runs' $'#line 1 "source.txt"\n#line 2 "source.txt"\nb' "$("$root/usr/bin/qnpp" source.txt)"
+  check 'the man page is there, compressed' gzip -t "$root/usr/share/man/man1/qnpp.1.gz"
+  check 'the completion for zsh is where Debian looks' [ -s "$root/usr/share/zsh/vendor-completions/_qnpp" ]
+  same 'the copyright file says who, and no more' "$("$root/usr/bin/qnpp" -v | sed -n 2p)" \
+    "$(cat "$root/usr/share/doc/qnpp/copyright")"
+  same 'everything belongs to root' '' "$(dpkg-deb -c "$deb" | awk '$2 != "root/root"')"
+  same 'the man page is the only thing that calls itself by a number' '' \
+    "$(find "$root/usr/share/man" -type f ! -name qnpp.1.gz)"
+
+  dpkg --root="$root" --remove qnpp >log 2>&1 || failed 'the package can be removed' "$(cat log)"
+  dpkg --root="$root" --purge qnpp >log 2>&1 || true
+  after=$(filesOf "$root")
+  same 'nothing is left' "$before" "$after"
+}
+
+filesOf() { # filesOf <root>: all that does not belong to dpkg itself
+  (cd "$1" && find . -mindepth 1 -not -path './var*' | LC_ALL=C sort)
+}
+
+tarball() { # tarball <folder>
+  tar -xzf "$1"/here/build/*.tar.gz || failed 'the archive can be unpacked'
+  printf 'text\n' >source.txt
+  same 'the program in it runs' $'#line 1 "source.txt"\ntext' "$(./qnpp-*/bin/qnpp source.txt)"
+  check 'the man page is in it' [ -s "$(echo qnpp-*/share/man/man1/qnpp.1)" ]
+  same 'everybody can read it' '' "$(find qnpp-* ! -perm -444)"
+}
+
+what=$1
+shift
+case $what in
+  lintian) lintian_ "$@" ;;
+  build | reproducible | deb | tarball) "$what" "$@" ;;
+  *) exit 2 ;;
+esac
+finish

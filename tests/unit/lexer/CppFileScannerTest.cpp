@@ -1,0 +1,203 @@
+// The token source over a file.
+#include "lexer/CppFileScanner.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <sstream>
+#include <string>
+
+#include "macros/CppMacro.h"
+#include "tests/unit/support/TemporaryFolder.h"
+#include "tests/unit/support/TokenDump.h"
+
+namespace qnpp {
+namespace {
+
+// A scanner over a text as standard input.
+struct Reading {
+  explicit Reading(const std::string& text) : input(text), scanner("", input, setting.context) {}
+
+  std::string get() {
+    const CppTokenKind kind = scanner.get();
+    return dumpToken(kind, kind == TK_END ? "" : scanner.text());
+  }
+  std::string getAll() {
+    std::string tokens = get();
+    while (tokens.find("END", tokens.size() - 3) == std::string::npos) {
+      tokens += " " + get();
+    }
+    return tokens;
+  }
+
+  std::istringstream input;
+  LexerSetting setting;
+  CppFileScanner scanner;
+};
+
+struct Row {
+  const char* text;
+  const char* tokens;
+};
+
+TEST(CppFileScannerTest, EveryFileEndsInOneLineEnd) {
+  const Row rows[] = {
+      {"", "END"},
+      {"\n", "NEWLINE END"},
+      {"\n\n", "NEWLINE NEWLINE END"},
+      {"a", "IDENTIFIER:a NEWLINE END"},
+      {"a\n", "IDENTIFIER:a NEWLINE END"},
+      {"a\r", "IDENTIFIER:a NEWLINE END"},
+      {" ", "SPACE NEWLINE END"},
+      {"a\\\n", "IDENTIFIER:a CONTINUATION NEWLINE END"},
+      {"a\n/* */", "IDENTIFIER:a NEWLINE SPACE NEWLINE END"},
+      {"// a", "SPACE NEWLINE END"},
+      {"/* a", "SPACE NEWLINE END"},
+  };
+  for (const Row& row : rows) {
+    EXPECT_EQ(Reading(row.text).getAll(), row.tokens) << visible(row.text);
+    // Looking ahead before each token changes nothing.
+    Reading peeked(row.text);
+    std::string tokens;
+    for (CppTokenKind kind = peeked.scanner.peek(); kind != TK_END; kind = peeked.scanner.peek()) {
+      EXPECT_EQ(peeked.scanner.peek(), kind);
+      EXPECT_EQ(peeked.scanner.get(), kind);
+      tokens += dumpToken(kind, peeked.scanner.text()) + " ";
+    }
+    EXPECT_EQ(tokens + "END", row.tokens) << visible(row.text);
+  }
+}
+
+TEST(CppFileScannerTest, TheEndComesAgainAndAgain) {
+  Reading reading("a");
+  EXPECT_EQ(reading.getAll(), "IDENTIFIER:a NEWLINE END");
+  EXPECT_EQ(reading.scanner.get(), TK_END);
+  EXPECT_EQ(reading.scanner.peek(), TK_END);
+  EXPECT_EQ(reading.scanner.get(), TK_END);
+}
+
+TEST(CppFileScannerTest, TheSuppliedLineEndIsNotCounted) {
+  Reading reading("a\nb");
+  EXPECT_EQ(reading.getAll(), "IDENTIFIER:a NEWLINE IDENTIFIER:b NEWLINE END");
+  EXPECT_EQ(reading.scanner.line(), 2);
+}
+
+// The line is that of the reading position: what has been looked at counts when it is taken.
+TEST(CppFileScannerTest, ALineEndThatIsLookedAtDoesNotCountYet) {
+  Reading reading("a\n/*\n\n*/b\\\nc\n");
+  CppFileScanner& scanner = reading.scanner;
+  EXPECT_EQ(scanner.line(), 1);
+  EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
+  EXPECT_EQ(scanner.peek(), TK_NEWLINE);
+  EXPECT_EQ(scanner.line(), 1);
+  EXPECT_EQ(scanner.get(), TK_NEWLINE);
+  EXPECT_EQ(scanner.line(), 2);
+  EXPECT_EQ(scanner.peek(), TK_SPACE);
+  EXPECT_EQ(reading.setting.written(), "\n\n");  // The comment's line ends are written when it is lexed.
+  EXPECT_EQ(scanner.line(), 2);
+  EXPECT_EQ(scanner.get(), TK_SPACE);
+  EXPECT_EQ(scanner.line(), 4);
+  EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
+  EXPECT_EQ(scanner.peek(), TK_CONTINUATION);
+  EXPECT_EQ(scanner.line(), 4);
+  EXPECT_EQ(scanner.get(), TK_CONTINUATION);
+  EXPECT_EQ(scanner.line(), 5);
+  EXPECT_EQ(reading.getAll(), "IDENTIFIER:c NEWLINE END");
+  EXPECT_EQ(scanner.line(), 6);
+}
+
+TEST(CppFileScannerTest, ANewLineNumberIsThatOfTheReadingPosition) {
+  Reading reading("a\nb\n");
+  CppFileScanner& scanner = reading.scanner;
+  EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
+  EXPECT_EQ(scanner.peek(), TK_NEWLINE);
+  scanner.setLine(10);
+  EXPECT_EQ(scanner.line(), 10);
+  EXPECT_EQ(scanner.get(), TK_NEWLINE);
+  EXPECT_EQ(scanner.line(), 11);
+  scanner.setLine(20);
+  EXPECT_EQ(scanner.line(), 20);
+  EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
+  EXPECT_EQ(scanner.get(), TK_NEWLINE);
+  EXPECT_EQ(scanner.line(), 21);
+}
+
+TEST(CppFileScannerTest, LineNumbersWrapBehindALookAheadToo) {
+  constexpr std::int32_t kLast = std::numeric_limits<std::int32_t>::max();
+  Reading reading("a\nb\n");
+  CppFileScanner& scanner = reading.scanner;
+  EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
+  EXPECT_EQ(scanner.peek(), TK_NEWLINE);
+  scanner.setLine(kLast);
+  EXPECT_EQ(scanner.line(), kLast);
+  EXPECT_EQ(scanner.get(), TK_NEWLINE);
+  EXPECT_EQ(scanner.line(), std::numeric_limits<std::int32_t>::min());
+}
+
+TEST(CppFileScannerTest, AnEmptyNameMeansStandardInput) {
+  Reading reading("x");
+  EXPECT_FALSE(reading.scanner.openFailed());
+  EXPECT_EQ(reading.scanner.fileName(), "stdin");
+  reading.scanner.setFileName("other");
+  EXPECT_EQ(reading.scanner.fileName(), "other");
+}
+
+TEST(CppFileScannerTest, AFailedStandardInputCannotBeOpened) {
+  std::istringstream input("x");
+  input.setstate(std::ios_base::failbit);
+  LexerSetting setting;
+  EXPECT_TRUE(CppFileScanner("", input, setting.context).openFailed());
+}
+
+TEST(CppFileScannerTest, ReadsAFileByItsName) {
+  const TemporaryFolder folder;
+  const std::string name = folder.write("a.c", "one\ntwo");
+  std::istringstream none("three");
+  LexerSetting setting;
+  CppFileScanner scanner(name, none, setting.context);
+  ASSERT_FALSE(scanner.openFailed());
+  EXPECT_EQ(scanner.fileName(), name);
+  EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
+  EXPECT_EQ(scanner.text(), "one");
+}
+
+TEST(CppFileScannerTest, WhatCannotBeOpenedSaysSo) {
+  const TemporaryFolder folder;
+  const std::string name = folder.write("a.c", "x");
+  std::istringstream input("x");
+  LexerSetting setting;
+  EXPECT_TRUE(CppFileScanner(folder.path("none.c"), input, setting.context).openFailed());
+  EXPECT_TRUE(CppFileScanner(folder.path(), input, setting.context).openFailed());
+  EXPECT_TRUE(CppFileScanner(name + "/", input, setting.context).openFailed());
+  EXPECT_TRUE(CppFileScanner(name + std::string("\0.c", 3), input, setting.context).openFailed());
+  EXPECT_EQ(setting.diagnostics.str(), "");
+}
+
+TEST(CppFileScannerTest, IsAFileWithAnEmptyHideSet) {
+  Reading reading("x");
+  EXPECT_TRUE(reading.scanner.isFile());
+  EXPECT_FALSE(reading.scanner.isTokenList());
+  EXPECT_TRUE(reading.scanner.hideSet().empty());
+  reading.scanner.get();
+  EXPECT_TRUE(reading.scanner.hideSet().empty());
+}
+
+TEST(CppFileScannerTest, CopyingHandsOutMacrosWithTheirEntries) {
+  Reading reading("a MACRO b\n");
+  CppMacro macro;
+  Name* const entry = reading.setting.names.intern("MACRO");
+  entry->macro = &macro;
+  EXPECT_EQ(reading.scanner.get(), TK_IDENTIFIER);
+  EXPECT_EQ(reading.scanner.name(), nullptr);
+  EXPECT_EQ(reading.scanner.copyText(), TK_IDENTIFIER);
+  EXPECT_EQ(reading.scanner.text(), "MACRO");
+  EXPECT_EQ(reading.scanner.name(), entry);
+  EXPECT_EQ(reading.scanner.copyText(), TK_NEWLINE);
+  EXPECT_EQ(reading.setting.written(), "  b");
+  EXPECT_EQ(reading.scanner.get(), TK_END);
+  EXPECT_EQ(reading.scanner.name(), nullptr);
+}
+
+}  // namespace
+}  // namespace qnpp

@@ -1,0 +1,221 @@
+// Hide sets, against the sets of the standard library.
+#include "lexer/HideSet.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "lexer/HideSetCache.h"
+#include "lexer/NameTable.h"
+#include "tests/unit/support/Timing.h"
+
+namespace qnpp {
+namespace {
+
+// `count` names; the words that the table knows from the start come before them in the order of ids.
+struct Names {
+  explicit Names(std::size_t count) {
+    for (std::size_t index = 0; index < count; ++index) {
+      all.push_back(table.intern("name" + std::to_string(index)));
+    }
+  }
+  Name& operator[](std::size_t index) { return *all[index]; }
+
+  NameTable table;
+  std::vector<Name*> all;
+};
+
+TEST(HideSetTest, AnEmptySetContainsNothing) {
+  Names names(1);
+  const HideSet set;
+  EXPECT_TRUE(set.empty());
+  EXPECT_FALSE(set.contains(names[0]));
+  EXPECT_TRUE(set.joined(set).empty());
+}
+
+TEST(HideSetTest, OperationsLeaveTheirOperandsAlone) {
+  Names names(3);
+  const HideSet a = HideSet().with(names[0]);
+  const HideSet ab = a.with(names[1]);
+  const HideSet c = HideSet().with(names[2]);
+  const HideSet abc = ab.joined(c);
+  EXPECT_FALSE(a.contains(names[1]));
+  EXPECT_TRUE(ab.contains(names[0]) && ab.contains(names[1]) && !ab.contains(names[2]));
+  EXPECT_FALSE(c.contains(names[0]));
+  EXPECT_TRUE(abc.contains(names[0]) && abc.contains(names[1]) && abc.contains(names[2]));
+}
+
+TEST(HideSetTest, CopiesAndMovesAreValues) {
+  Names names(2);
+  HideSet first = HideSet().with(names[0]);
+  HideSet second = first;
+  EXPECT_TRUE(second.isSameObject(first));
+  second = second.with(names[1]);
+  EXPECT_FALSE(first.contains(names[1]));
+  const HideSet moved = std::move(second);
+  EXPECT_TRUE(moved.contains(names[0]) && moved.contains(names[1]));
+  HideSet& alias = first;
+  first = alias;
+  EXPECT_TRUE(first.contains(names[0]));
+  first = std::move(alias);
+  EXPECT_TRUE(first.contains(names[0]));
+  first = HideSet();
+  EXPECT_TRUE(first.empty());
+  EXPECT_TRUE(moved.contains(names[0]));
+}
+
+// A set that already has what is added stays the same object: lists tell equal sets by that.
+TEST(HideSetTest, AddingNothingKeepsTheObject) {
+  Names names(200);
+  std::mt19937 random(5);
+  for (int round = 0; round < 200; ++round) {
+    HideSet large;
+    HideSet small;
+    for (std::size_t index = 0; index < names.all.size(); ++index) {
+      if (random() % 2 == 0) {
+        large = large.with(names[index]);
+        if (random() % 3 == 0) {
+          small = small.with(names[index]);
+          EXPECT_TRUE(large.with(names[index]).isSameObject(large));
+        }
+      }
+    }
+    EXPECT_TRUE(large.joined(small).isSameObject(large));
+    EXPECT_TRUE(large.joined(HideSet()).isSameObject(large));
+    EXPECT_TRUE(HideSet().joined(large).isSameObject(large));
+    EXPECT_TRUE(large.joined(large).isSameObject(large));
+  }
+}
+
+// Sets of all sorts made of one another, beside the same sets of the standard library.
+TEST(HideSetTest, AgreesWithAnOrdinarySet) {
+  constexpr std::size_t kNames = 60;
+  constexpr std::size_t kSets = 16;
+  Names names(kNames);
+  std::mt19937 random(1234);
+  std::array<HideSet, kSets> sets;
+  std::array<std::set<std::size_t>, kSets> models;
+  for (int round = 0; round < 30000; ++round) {
+    const std::size_t a = random() % kSets;
+    const std::size_t b = random() % kSets;
+    const std::size_t name = random() % kNames;
+    switch (random() % 8) {
+      case 0:
+        sets[a] = HideSet();
+        models[a].clear();
+        break;
+      case 1:
+        sets[a] = sets[b];
+        models[a] = models[b];
+        break;
+      case 2:
+      case 3: {
+        sets[a] = sets[a].joined(sets[b]);
+        std::set<std::size_t> other = models[b];
+        models[a].merge(other);
+        break;
+      }
+      default:
+        sets[a] = sets[b].with(names[name]);
+        models[a] = models[b];
+        models[a].insert(name);
+    }
+    ASSERT_EQ(sets[a].empty(), models[a].empty());
+    for (std::size_t index = 0; index < kNames; ++index) {
+      ASSERT_EQ(sets[a].contains(names[index]), models[a].count(index) == 1) << "round " << round;
+    }
+  }
+}
+
+// A chain of macros, each the replacement of the one before, asks for all of its sets, and keeps them.
+TEST(HideSetTest, LongChainsShareTheirNames) {
+  constexpr std::size_t kLength = 100000;
+  Names names(kLength);
+  std::vector<HideSet> chain(1);
+  for (std::size_t index = 0; index < kLength; ++index) {
+    chain.push_back(chain.back().with(names[index]));
+  }
+  for (std::size_t index = 1; index < kLength; index += 997) {
+    EXPECT_TRUE(chain[index].contains(names[0]));
+    EXPECT_TRUE(chain[index].contains(names[index - 1]));
+    EXPECT_FALSE(chain[index].contains(names[index]));
+  }
+  // Joining two of them costs what they differ in, not what they hold.
+  const double seconds = secondsOf([&chain] {
+    for (std::size_t count = 0; count < 1000; ++count) {
+      EXPECT_TRUE(chain[kLength].joined(chain[kLength - count]).isSameObject(chain[kLength]));
+    }
+  });
+  EXPECT_LT(seconds, 5);
+}
+
+// Nodes lie at logarithmic depth in whatever order the names come, or a walk down would exhaust the stack.
+TEST(HideSetTest, AnyOrderOfNamesWillDo) {
+  constexpr std::size_t kLength = 100000;
+  Names names(kLength);
+  std::vector<Name*> order = names.all;
+  std::reverse(order.begin(), order.end());
+  HideSet downwards;
+  for (const Name* const name : order) {
+    downwards = downwards.with(*name);
+  }
+  std::shuffle(order.begin(), order.end(), std::mt19937(3));
+  HideSet shuffled;
+  for (const Name* const name : order) {
+    shuffled = shuffled.with(*name);
+  }
+  const HideSet both = downwards.joined(shuffled);
+  for (std::size_t index = 0; index < kLength; index += 101) {
+    EXPECT_TRUE(downwards.contains(names[index]));
+    EXPECT_TRUE(shuffled.contains(names[index]));
+    EXPECT_TRUE(both.contains(names[index]));
+  }
+}
+
+TEST(HideSetCacheTest, GivesTheResultsOfTheSets) {
+  constexpr std::size_t kNames = 300;
+  Names names(kNames);
+  std::mt19937 random(77);
+  HideSetCache cache;
+  std::array<HideSet, 40> sets;
+  // Many more results than the cache has room for.
+  for (int round = 0; round < 20000; ++round) {
+    const HideSet& a = sets[random() % sets.size()];
+    const HideSet& b = sets[random() % sets.size()];
+    Name& name = names[random() % kNames];
+    const HideSet with = cache.with(a, name);
+    const HideSet expectedWith = a.with(name);
+    const HideSet joined = cache.joined(a, b);
+    const HideSet expectedJoined = a.joined(b);
+    for (std::size_t index = 0; index < kNames; index += 7) {
+      ASSERT_EQ(with.contains(names[index]), expectedWith.contains(names[index]));
+      ASSERT_EQ(joined.contains(names[index]), expectedJoined.contains(names[index]));
+    }
+    ASSERT_TRUE(with.contains(name));
+    sets[random() % sets.size()] = random() % 8 == 0 ? HideSet() : random() % 4 == 0 ? joined : with;
+  }
+}
+
+TEST(HideSetCacheTest, GivesTheSameObjectAgain) {
+  Names names(3);
+  HideSetCache cache;
+  const HideSet a = cache.with(HideSet(), names[0]);
+  EXPECT_TRUE(cache.with(HideSet(), names[0]).isSameObject(a));
+  const HideSet ab = cache.with(a, names[1]);
+  EXPECT_TRUE(cache.with(a, names[1]).isSameObject(ab));
+  const HideSet c = cache.with(HideSet(), names[2]);
+  const HideSet abc = cache.joined(ab, c);
+  EXPECT_TRUE(cache.joined(ab, c).isSameObject(abc));
+  EXPECT_TRUE(cache.joined(HideSet(), ab).isSameObject(ab));
+  EXPECT_TRUE(cache.joined(ab, HideSet()).isSameObject(ab));
+  EXPECT_TRUE(cache.joined(ab, ab).isSameObject(ab));
+}
+
+}  // namespace
+}  // namespace qnpp

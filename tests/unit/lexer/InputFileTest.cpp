@@ -1,0 +1,77 @@
+// Byte streams for the lexer.
+#include "lexer/InputFile.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+#include "tests/unit/support/TemporaryFolder.h"
+
+namespace qnpp {
+namespace {
+
+std::string readInPieces(std::istream& stream, std::size_t size) {
+  std::string bytes;
+  std::string piece(size, '\0');
+  for (;;) {
+    const auto count = stream.rdbuf()->sgetn(piece.data(), static_cast<std::streamsize>(size));
+    if (count == 0) {
+      return bytes;
+    }
+    bytes.append(piece, 0, static_cast<std::size_t>(count));
+  }
+}
+
+TEST(InputFileTest, DeliversTheBytesAsTheyAre) {
+  const TemporaryFolder folder;
+  const std::string content("a\r\nb\0c\x1A\xFF\n", 9);
+  const std::string name = folder.write("file", content);
+  for (const std::size_t size : {1U, 4U, 9U, 100U}) {
+    InputFile file(name);
+    EXPECT_TRUE(file.good());
+    EXPECT_EQ(readInPieces(file, size), content);
+  }
+}
+
+TEST(InputFileTest, DeliversLargeFiles) {
+  const TemporaryFolder folder;
+  std::string content;
+  for (int line = 0; line < 20000; ++line) {
+    content += std::to_string(line) + "\n";
+  }
+  InputFile file(folder.write("file", content));
+  EXPECT_TRUE(readInPieces(file, 16384) == content);
+}
+
+TEST(InputFileTest, AnEmptyFileIsGood) {
+  const TemporaryFolder folder;
+  InputFile file(folder.write("file", ""));
+  EXPECT_TRUE(file.good());
+  EXPECT_EQ(readInPieces(file, 10), "");
+}
+
+TEST(InputFileTest, WhatIsNoReadableFileFails) {
+  const TemporaryFolder folder;
+  const std::string name = folder.write("file", "x");
+  EXPECT_FALSE(InputFile(folder.path("none")).good());
+  EXPECT_FALSE(InputFile(folder.path()).good());
+  EXPECT_FALSE(InputFile("").good());
+  EXPECT_FALSE(InputFile(name + std::string("\0", 1)).good());
+  EXPECT_TRUE(InputFile(name).good());
+}
+
+TEST(InputFileTest, ATextCanBeReplacedByAnother) {
+  InputText input;
+  EXPECT_EQ(readInPieces(input, 3), "");
+  input.reset("first text");
+  EXPECT_EQ(readInPieces(input, 3), "first text");
+  EXPECT_EQ(readInPieces(input, 3), "");
+  input.reset("second");
+  EXPECT_EQ(readInPieces(input, 100), "second");
+  input.reset(std::string_view());
+  EXPECT_EQ(readInPieces(input, 100), "");
+}
+
+}  // namespace
+}  // namespace qnpp

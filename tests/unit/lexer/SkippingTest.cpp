@@ -1,0 +1,275 @@
+// The ways past text that hand out no tokens, against the way that hands out each: generated texts have to give the
+// same output, the same line numbers and the same tokens behind.
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <random>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+#include "lexer/CppFileScanner.h"
+#include "macros/CppMacro.h"
+#include "tests/unit/support/TokenDump.h"
+
+namespace qnpp {
+namespace {
+
+using std::string_view_literals::operator""sv;
+
+// What a text may be made of. `MACRO` has a definition, `other` is a known name without one.
+constexpr std::string_view kPieces[] = {
+    "a",    "MACRO", "other",     "if",      "_Pragma", "defined",   "12",    "0x",       "0x1uL", "'c'", "'",
+    "''",   "\"s\"", "\"",        "\"\\\"",  "'\\''",   "'\\x'",     "\\",    "\\\"",     "/",     "*",   "/* c */",
+    "/*\n", "*/",    "/*\r\n\n*/", "/*\0*/"sv, "// l",  "// l\0 m"sv, "//\\\n", "\\\n",   "\\\r",  "\\\r\n", "\n",
+    "\n",   "\r",    "\r\n",      "\n#",     "\n  # if", "\n\t",     "\n/**/#", "\n\\\n#", "\0"sv,  "\n\0"sv, " ",
+    "\t",   "\v\f",  "##",        "#",       "<<=",     "(",         ",",     "\xC3\xA9", "x y z", ";",   "1.5e+3",
+};
+
+std::string makeText(std::mt19937& random) {
+  std::string text;
+  for (std::size_t left = random() % 24; left > 0; --left) {
+    text += kPieces[random() % std::size(kPieces)];
+  }
+  return text;
+}
+
+// A scanner over a text that arrives in pieces, as standard input, and what it works with.
+struct Reading {
+  Reading(std::string_view text, std::size_t step) : input(text, step), scanner("", input, setting.context) {
+    setting.names.intern("MACRO")->macro = &macro;
+    setting.names.intern("other");
+  }
+
+  // Everything that can be seen from outside.
+  std::string state() {
+    return setting.written() + "| line " + std::to_string(scanner.line()) + ", output line " +
+           std::to_string(setting.output.line()) + ", comments " + std::to_string(setting.commentCount) + ", messages " +
+           setting.diagnostics.str();
+  }
+
+  // The tokens that are left.
+  std::string rest() {
+    std::string tokens;
+    for (CppTokenKind kind = scanner.get(); kind != TK_END; kind = scanner.get()) {
+      tokens += dumpToken(kind, scanner.text()) + "@" + std::to_string(scanner.line()) + " ";
+    }
+    return tokens + dumpToken(scanner.get(), "");
+  }
+
+  LexerSetting setting;
+  SteppedText input;
+  CppMacro macro;
+  CppFileScanner scanner;
+};
+
+// Writes a text as the run loop does, but for the macros, which are written in brackets. `take` hands out the tokens in
+// the middle of a line; it may write some itself.
+template <typename Take>
+std::string writeText(Reading& reading, Take take) {
+  CppFileScanner& scanner = reading.scanner;
+  OutputBuffer& output = reading.setting.output;
+  for (;;) {
+    std::string leading;
+    CppTokenKind kind = scanner.get();
+    for (; isBlank(kind); kind = scanner.get()) {
+      leading += scanner.text();
+    }
+    if (kind == TK_END) {
+      return reading.state();
+    }
+    if (kind == TK_NEWLINE) {
+      output.endLine();
+      continue;
+    }
+    if (output.line() != scanner.line()) {
+      output.write("@" + std::to_string(scanner.line()) + ":");
+      output.setLine(scanner.line());
+    }
+    output.write(leading);
+    for (; kind != TK_NEWLINE; kind = take(scanner)) {
+      const Name* const name = isName(kind) ? reading.setting.names.find(scanner.text()) : nullptr;
+      const bool isSpecial = kind == TK_PRAGMA_OP || (name != nullptr && name->macro != nullptr);
+      output.write(isSpecial ? "[" + std::string(scanner.text()) + "]" : std::string(scanner.text()));
+    }
+    output.endLine();
+  }
+}
+
+TEST(SkippingTest, CopiedTextIsTheTextOfItsTokens) {
+  std::mt19937 random(4711);
+  for (int round = 0; round < 30000; ++round) {
+    const std::string text = makeText(random);
+    Reading byTokens(text, text.size() + 1);
+    Reading copied(text, 1 + random() % 40);
+    const std::string expected = writeText(byTokens, [](CppFileScanner& scanner) { return scanner.get(); });
+    ASSERT_EQ(writeText(copied, [](CppFileScanner& scanner) { return scanner.copyText(); }), expected) << visible(text);
+  }
+}
+
+// Looking ahead, taking and copying in any order.
+TEST(SkippingTest, CopyingMayBeginAnywhere) {
+  std::mt19937 random(4712);
+  for (int round = 0; round < 15000; ++round) {
+    const std::string text = makeText(random);
+    Reading byTokens(text, text.size() + 1);
+    Reading copied(text, 1 + random() % 40);
+    const std::string expected = writeText(byTokens, [](CppFileScanner& scanner) { return scanner.get(); });
+    const std::string actual = writeText(copied, [&random](CppFileScanner& scanner) {
+      if (random() % 3 == 0) {
+        scanner.peek();
+      }
+      return random() % 2 == 0 ? scanner.get() : scanner.copyText();
+    });
+    ASSERT_EQ(actual, expected) << visible(text);
+  }
+}
+
+TEST(SkippingTest, ASkippedLineIsGoneWithItsTokens) {
+  std::mt19937 random(4713);
+  for (int round = 0; round < 30000; ++round) {
+    const std::string text = makeText(random);
+    Reading byTokens(text, text.size() + 1);
+    Reading skipped(text, 1 + random() % 40);
+    for (int lines = 0; lines < 3; ++lines) {
+      for (std::size_t tokens = random() % 4; tokens > 0; --tokens) {
+        byTokens.scanner.get();
+        skipped.scanner.get();
+      }
+      if (random() % 4 == 0) {
+        byTokens.scanner.peek();
+        skipped.scanner.peek();
+      }
+      CppTokenKind kind = byTokens.scanner.get();
+      while (kind != TK_NEWLINE && kind != TK_END) {
+        kind = byTokens.scanner.get();
+      }
+      ASSERT_EQ(skipped.scanner.skipLine(), kind == TK_NEWLINE) << visible(text);
+      ASSERT_EQ(skipped.state(), byTokens.state()) << visible(text);
+    }
+    ASSERT_EQ(skipped.rest(), byTokens.rest()) << visible(text);
+    ASSERT_EQ(skipped.state(), byTokens.state()) << visible(text);
+  }
+}
+
+// Goes through a skipped group: a line that begins with "#" is shown, any other leaves an empty line.
+template <typename PassPlainLines>
+std::string skipGroup(Reading& reading, PassPlainLines passPlainLines) {
+  CppFileScanner& scanner = reading.scanner;
+  OutputBuffer& output = reading.setting.output;
+  for (;;) {
+    passPlainLines(scanner);
+    CppTokenKind kind = scanner.get();
+    while (isBlank(kind)) {
+      kind = scanner.get();
+    }
+    if (kind == TK_END) {
+      return reading.state();
+    }
+    const bool isDirective = kind == '#';
+    while (kind != TK_NEWLINE) {
+      if (isDirective) {
+        output.write(dumpToken(kind, scanner.text()) + " ");
+      }
+      kind = scanner.get();
+    }
+    output.endLine();
+  }
+}
+
+TEST(SkippingTest, PlainLinesLeaveEmptyLines) {
+  std::mt19937 random(4714);
+  for (int round = 0; round < 30000; ++round) {
+    const std::string text = makeText(random);
+    Reading byTokens(text, text.size() + 1);
+    Reading skipped(text, 1 + random() % 40);
+    const std::string expected = skipGroup(byTokens, [](CppFileScanner&) {});
+    ASSERT_EQ(skipGroup(skipped, [](CppFileScanner& scanner) { scanner.skipPlainLines(); }), expected) << visible(text);
+  }
+}
+
+// ---- The same by hand ----
+
+struct CopyRow {
+  std::string_view text;
+  const char* output;
+  const char* stop;
+};
+
+// From the middle of the first line, behind "x".
+TEST(SkippingTest, CopyingStopsAtWhatTheEngineHasToSee) {
+  const CopyRow rows[] = {
+      {"x a b\n", " a b", "NEWLINE"},
+      {"x a MACRO b", " a ", "IDENTIFIER:MACRO"},
+      {"x MACROS", " MACROS", "END"},
+      {"x other", " other", "END"},
+      {"x \"MACRO\"'M'", " \"MACRO\"'M'", "END"},
+      {"x 1MACRO", " 1", "IDENTIFIER:MACRO"},
+      {"x _Pragma", " ", "PRAGMA_OP"},
+      {"x if defined", " if defined", "END"},
+      {"x /* c */ y // z", "   y  ", "END"},
+      {"x \\\ny", " \\\ny", "END"},
+      {"x\ny MACRO", "\ny ", "IDENTIFIER:MACRO"},
+      {"x\n  \n y\n#", "\n\n y", "NEWLINE"},
+      {"x\n#y", "", "NEWLINE"},
+      {"x\n  #y", "", "NEWLINE"},
+      {"x\n/**/y", "", "NEWLINE"},
+      {"x\ry", "\ny", "END"},
+      {"x /*\n*/\ny", " \n ", "NEWLINE"},
+  };
+  for (const CopyRow& row : rows) {
+    InputText input;
+    input.reset(row.text);
+    LexerSetting setting;
+    CppMacro macro;
+    setting.names.intern("MACRO")->macro = &macro;
+    setting.names.intern("other");
+    CppLexer lexer(input, setting.context);
+    EXPECT_EQ(lexer.next(), TK_IDENTIFIER);
+    const CppTokenKind kind = lexer.copyText();
+    EXPECT_EQ(dumpToken(kind, kind == TK_END ? "" : lexer.text()), row.stop) << visible(row.text);
+    EXPECT_EQ(setting.written(), row.output) << visible(row.text);
+    if (kind == TK_IDENTIFIER) {
+      EXPECT_EQ(lexer.name(), setting.names.find("MACRO")) << visible(row.text);
+    }
+  }
+}
+
+struct SkipRow {
+  std::string_view text;
+  const char* output;
+  const char* rest;
+};
+
+// From the start of the second line.
+TEST(SkippingTest, PlainLinesEndAtALineThatMayBeADirective) {
+  const SkipRow rows[] = {
+      {"\n", "", ""},
+      {"\na\nb\n", "\n\n", ""},
+      {"\na\nb", "\n\n", ""},
+      {"\na\n#b\nc\n", "\n", "# IDENTIFIER:b NEWLINE IDENTIFIER:c NEWLINE"},
+      {"\na\n  #b\n", "\n", "SPACE SPACE # IDENTIFIER:b NEWLINE"},
+      {"\n\\\n#b\n", "", "CONTINUATION # IDENTIFIER:b NEWLINE"},
+      {"\n/* */#b\n", "", "SPACE # IDENTIFIER:b NEWLINE"},
+      {"\na /*\n# */ b\n#\n", "\n\n", "# NEWLINE"},
+      {"\na \\\n# b\n#\n", "\n", "# NEWLINE"},
+      {"\n\"/*\"\n'//'\n#\n", "\n\n", "# NEWLINE"},
+      {"\n\"/*\n#*/\"\n", "\n\n", ""},  // A quote that closes nothing hides no comment.
+      {"\n\na\n \t\n#\n", "\n\n\n", "# NEWLINE"},
+  };
+  for (const SkipRow& row : rows) {
+    InputText input;
+    input.reset(row.text);
+    LexerSetting setting;
+    CppLexer lexer(input, setting.context);
+    EXPECT_EQ(lexer.next(), TK_NEWLINE);
+    const std::string lines = row.output;
+    EXPECT_EQ(lexer.skipPlainLines(), !lines.empty()) << visible(row.text);
+    EXPECT_EQ(setting.written(), lines) << visible(row.text);
+    EXPECT_EQ(dumpRest(lexer), row.rest) << visible(row.text);
+  }
+}
+
+}  // namespace
+}  // namespace qnpp

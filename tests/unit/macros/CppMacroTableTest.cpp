@@ -1,0 +1,150 @@
+// The macro table.
+#include "macros/CppMacroTable.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/unit/support/Spellings.h"
+
+namespace qnpp {
+namespace {
+
+struct CppMacroTableTest : testing::Test {
+  static CppMacro objectLike(const std::string& text) { return {text, {}, false, nullptr}; }
+
+  std::string textOf(std::string_view name) {
+    const CppMacro* const macro = table.lookup(name);
+    return macro == nullptr ? "(none)" : macro->text;
+  }
+
+  SpellingSetting setting;
+  CppMacroTable table{setting.names, setting.pool};
+};
+
+TEST_F(CppMacroTableTest, IsEmptyAtFirst) {
+  EXPECT_EQ(table.lookup("A"), nullptr);
+  EXPECT_EQ(table.lookup("if"), nullptr);
+  EXPECT_EQ(table.lookup(""), nullptr);
+}
+
+TEST_F(CppMacroTableTest, DefinitionsOfTheCommandLineAreObjectLikeAndVerbatim) {
+  table.defineFromCommandLine("A", "  x   y ");
+  const CppMacro* const macro = table.lookup("A");
+  ASSERT_NE(macro, nullptr);
+  EXPECT_EQ(macro->text, "  x   y ");
+  EXPECT_FALSE(macro->functionLike);
+  EXPECT_TRUE(macro->parameters.empty());
+}
+
+TEST_F(CppMacroTableTest, TheFirstDefinitionOfTheCommandLineWins) {
+  table.defineFromCommandLine("A", "1");
+  table.defineFromCommandLine("A", "2");
+  EXPECT_EQ(textOf("A"), "1");
+  table.define("B", objectLike("1"));
+  table.defineFromCommandLine("B", "2");
+  EXPECT_EQ(textOf("B"), "1");
+  table.undefine("A");
+  table.defineFromCommandLine("A", "3");
+  EXPECT_EQ(textOf("A"), "3");
+}
+
+TEST_F(CppMacroTableTest, NamesAreComparedByteByByte) {
+  table.defineFromCommandLine("name", "lower");
+  table.defineFromCommandLine("NAME", "upper");
+  table.defineFromCommandLine("nam", "short");
+  table.defineFromCommandLine("", "empty");
+  table.defineFromCommandLine("F(x)", "no name");
+  EXPECT_EQ(textOf("name"), "lower");
+  EXPECT_EQ(textOf("NAME"), "upper");
+  EXPECT_EQ(textOf("nam"), "short");
+  EXPECT_EQ(textOf(""), "empty");
+  EXPECT_EQ(textOf("F(x)"), "no name");
+  EXPECT_EQ(textOf("names"), "(none)");
+}
+
+TEST_F(CppMacroTableTest, DefineReplacesEverything) {
+  table.define("A", objectLike("1"));
+  table.define("A", CppMacro{"x", {"x", "y"}, true, nullptr});
+  const CppMacro* const macro = table.lookup("A");
+  ASSERT_NE(macro, nullptr);
+  EXPECT_EQ(macro->text, "x");
+  EXPECT_EQ(macro->parameters, (std::vector<std::string>{"x", "y"}));
+  EXPECT_TRUE(macro->functionLike);
+}
+
+TEST_F(CppMacroTableTest, UndefineRemovesAndMayFindNothing) {
+  table.define("A", objectLike("1"));
+  table.undefine("A");
+  EXPECT_EQ(table.lookup("A"), nullptr);
+  table.undefine("A");
+  table.undefine("never");
+  table.define("A", objectLike("2"));
+  EXPECT_EQ(textOf("A"), "2");
+}
+
+TEST_F(CppMacroTableTest, NamesPointAtTheirDefinitions) {
+  Name& name = setting.name("A");
+  EXPECT_EQ(name.macro, nullptr);
+  table.define("A", objectLike("1"));
+  EXPECT_EQ(name.macro, table.lookup("A"));
+  table.define("A", objectLike("2"));
+  EXPECT_EQ(name.macro, table.lookup("A"));
+  table.undefine("A");
+  EXPECT_EQ(name.macro, nullptr);
+}
+
+// An expansion may still be reading a definition that is replaced or removed.
+TEST_F(CppMacroTableTest, ReplacedDefinitionsStayUntilTheyAreDropped) {
+  table.define("A", objectLike("first text, too long to stand in the string itself"));
+  const CppMacro& first = *table.lookup("A");
+  table.define("A", objectLike("second"));
+  const CppMacro& second = *table.lookup("A");
+  table.undefine("A");
+  EXPECT_EQ(first.text, "first text, too long to stand in the string itself");
+  EXPECT_EQ(second.text, "second");
+  table.dropRetired();
+  EXPECT_EQ(table.lookup("A"), nullptr);
+}
+
+TEST_F(CppMacroTableTest, DroppingLeavesWhatIsDefined) {
+  table.define("A", objectLike("1"));
+  table.define("B", objectLike("1"));
+  table.define("A", objectLike("2"));
+  table.dropRetired();
+  EXPECT_EQ(textOf("A"), "2");
+  EXPECT_EQ(textOf("B"), "1");
+}
+
+TEST_F(CppMacroTableTest, KeepsReplacementsUntilTheyAreDropped) {
+  const Replacement& kept =
+      table.keep(std::make_unique<const Replacement>("\"string\"", setting.names, setting.lexer));
+  EXPECT_EQ(kept.tokens()[0]->text(), "\"string\"");
+  table.dropRetired();
+}
+
+// A word that a running expansion has made before its macro is defined is that macro from then on.
+TEST_F(CppMacroTableTest, WordsThatExistBeforeTheirDefinitionAreFound) {
+  const Spelling& word = *setting.spell("LATER");
+  EXPECT_EQ(word.name, nullptr);
+  table.define("LATER", objectLike("1"));
+  ASSERT_NE(word.name, nullptr);
+  EXPECT_EQ(word.name->macro, table.lookup("LATER"));
+}
+
+TEST_F(CppMacroTableTest, HoldsManyDefinitions) {
+  constexpr int kCount = 50000;
+  for (int index = 0; index < kCount; ++index) {
+    table.define("M" + std::to_string(index), objectLike(std::to_string(index)));
+  }
+  for (int index = 0; index < kCount; index += 2) {
+    table.undefine("M" + std::to_string(index));
+  }
+  for (int index = 0; index < kCount; ++index) {
+    ASSERT_EQ(textOf("M" + std::to_string(index)), index % 2 == 0 ? "(none)" : std::to_string(index));
+  }
+}
+
+}  // namespace
+}  // namespace qnpp

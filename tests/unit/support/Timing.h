@@ -2,18 +2,18 @@
 #pragma once
 
 #include <algorithm>
-#include <ctime>
+#include <chrono>
 
 namespace qnpp {
 
-/// Seconds of the processor that `work` takes; what other programs do meanwhile does not count. The best of `goes`.
+/// Seconds that `work` takes; the best of three goes, so that other work of the machine counts little.
 template <typename Work>
-double secondsOf(Work work, int goes = 3) {
+double secondsOf(Work work) {
   double best = 1e9;
-  for (; goes > 0; --goes) {
-    const std::clock_t start = std::clock();
+  for (int go = 0; go < 3; ++go) {
+    const auto start = std::chrono::steady_clock::now();
     work();
-    best = std::min(best, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+    best = std::min(best, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
   }
   return best;
 }

@@ -46,6 +46,13 @@ installMissing() {
     hasHeader benchmark/benchmark.h || packages+=(libbenchmark-dev)
     hasCommand python3 || packages+=(python3)
     hasCommand cc || packages+=(gcc)
+    # What the tests of the manual, of the installation and of the packages use.
+    hasCommand man || packages+=(man-db)
+    hasCommand make || packages+=(make)
+    hasCommand pkg-config || packages+=(pkg-config)
+    hasCommand dpkg-shlibdeps || packages+=(dpkg-dev)
+    hasCommand lintian || packages+=(lintian)
+    hasCommand file || packages+=(file)
   fi
   [ "${#packages[@]}" -gt 0 ] || return 0
 

@@ -73,7 +73,7 @@ stops() { # stops <on what> <what it says>
   build
   check "make stops on: $1" [ "$status" -ne 0 ]
   holds "the message is shown on: $1" "$(cat log)" "$2"
-  same "nothing is left after: $1" '' "$(ls sub/two.txt sub/two.txt.part 2>/dev/null)"
+  same "nothing is left after: $1" '' "$(ls sub/two.txt 'sub/two.txt.part' 2>/dev/null)"
 }
 header='sub/a blank;$#%:|=.h'
 change "$header" '#error no other'

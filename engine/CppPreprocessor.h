@@ -156,6 +156,9 @@ class CppPreprocessor {
   }
 
   void expandInText();
+  bool findExpandedText(Name& name);
+  bool appendExpandedText(const Name& name, std::string& text) const;
+  bool hasSettledTokens(const Name& name) const;
   void expandFunctionLikeInText(const Name& name, const HideSet& hideSet);
   bool collectArguments(const CppMacro& macro, Arguments& arguments);
   CppTokenKind readArgument(CppTokenKind kind, Arguments& arguments);

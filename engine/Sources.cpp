@@ -45,7 +45,7 @@ void CppPreprocessor::skipBlanks() {
 }
 
 bool CppPreprocessor::skipWhiteSpace() {
-  bool skipped = false;
+  bool skipped = isCurrentFile() && fileSource().passBlanks();
   while (isWhiteSpace(peekToken())) {
     nextToken();
     skipped = true;

@@ -44,6 +44,9 @@ class CppFileScanner final : public CppScanner {
   /// The name table's entry for the current token, if that is a name with one; null otherwise.
   Name* name() const { return name_; }
 
+  /// Passes over blanks in the middle of a line; perhaps not over all. Returns whether there were any.
+  bool passBlanks() { return !hasPeek_ && !atLineStart_ && lexer_->passBlanks(); }
+
   /// Passes over the rest of the line and its line end; false when the input ended instead.
   bool skipLine();
   /// Passes over whole lines that cannot be directives, see CppLexer::skipPlainLines. Only at the start of a line.

@@ -108,15 +108,29 @@ CppTokenKind CppLexer::copyText() {
   return kind;
 }
 
+bool CppLexer::passBlanksInBuffer() {
+  endScan(passPlain(kBlanks, beginScan()));
+  return true;
+}
+
 void CppLexer::copyToken() {
   char* const end = passPlain(kPlainInText, beginScan());
   context_.output.write(yytext, static_cast<std::size_t>(end - yytext));
   endScan(end);
 }
 
-bool CppLexer::isMacroName() {
-  name_ = context_.names.find({yytext, static_cast<std::size_t>(yyleng)});
-  return name_ != nullptr && name_->macro != nullptr;
+bool CppLexer::copyName() {
+  const NameTable& names = context_.names;
+  name_ = names.find({yytext, static_cast<std::size_t>(yyleng)});
+  if (name_ != nullptr && name_->macro != nullptr) {
+    if (name_->expandedIn != names.generation()) {
+      return false;
+    }
+    context_.output.write(name_->expandedText());
+    yytext += yyleng;
+  }
+  copyToken();
+  return true;
 }
 
 bool CppLexer::copyLineEnd() {

@@ -79,6 +79,10 @@ class CppLexer final : public yyCppFlexLexer {
   /// The name table's entry for the name that `copyText` handed out.
   Name* name() const { return name_; }
 
+  /// Passes over blanks in the middle of a line, as if they had been asked for one by one; perhaps not over all of them.
+  /// Returns whether there were any.
+  bool passBlanks() { return (yy_hold_char == ' ' || yy_hold_char == '\t') && passBlanksInBuffer(); }
+
   /// Passes over the rest of the line, its line end included, as if its tokens had been asked for. Returns false when
   /// the input ended before a line end.
   bool skipLine();
@@ -135,10 +139,12 @@ class CppLexer final : public yyCppFlexLexer {
 
   void countLine() { line_ = static_cast<std::int32_t>(static_cast<std::uint32_t>(line_) + 1U); }
 
-  // Parts of copyText: writes the token and the plain characters behind it; asks whether a name is a macro; goes on
-  // behind a line end.
+  bool passBlanksInBuffer();
+
+  // Parts of copyText: writes the token and the plain characters behind it; does so for a name, or for what it is known
+  // to expand to; goes on behind a line end.
   void copyToken();
-  bool isMacroName();
+  bool copyName();
   bool copyLineEnd();
 
   // Readers behind the opening characters; true when a literal was closed.

@@ -45,24 +45,25 @@ Name* NameTable::intern(std::string_view text) {
   Name& name = names_.emplace_back();
   name.spelling = Spelling{stored.data(), static_cast<std::uint32_t>(stored.size()), TK_IDENTIFIER, &name};
   name.id = static_cast<std::uint32_t>(names_.size() - 1);
-  name.hash = hashOf(stored);
-  insertSlot(name);
+  insertSlot({hashOf(stored), &name});
   return &name;
 }
 
-void NameTable::insertSlot(Name& name) {
-  std::size_t at = name.hash & mask_;
+void NameTable::insertSlot(const Slot& slot) {
+  std::size_t at = slot.hash & mask_;
   while (slots_[at].name != nullptr) {
     at = (at + 1) & mask_;
   }
-  slots_[at] = Slot{name.hash, &name};
+  slots_[at] = slot;
 }
 
 void NameTable::grow() {
-  slots_.assign(slots_.size() * 2, Slot{});
+  const std::vector<Slot> slots = std::exchange(slots_, std::vector<Slot>(slots_.size() * 2));
   mask_ = slots_.size() - 1;
-  for (Name& name : names_) {
-    insertSlot(name);
+  for (const Slot& slot : slots) {
+    if (slot.name != nullptr) {
+      insertSlot(slot);
+    }
   }
 }
 

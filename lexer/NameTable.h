@@ -20,11 +20,16 @@ struct CppMacro;
 struct Name {
   Spelling spelling;          ///< Its text; `spelling.name` points back here.
   CppMacro* macro = nullptr;  ///< The current definition, owned by the CppMacroTable; null while there is none.
+  HideSet alone;              ///< The set of this name only, once it has been asked for (see HideSetCache).
   std::uint32_t id = 0;       ///< Position in the order of appearance, from 0.
-  std::uint32_t hash = 0;
-  HideSet alone;  ///< The set of this name only, once it has been asked for (see HideSetCache).
+
+  // What the object-like macro comes to in a text line of a file, if that is known (see NameTable::generation).
+  std::uint32_t expandedSize = 0;
+  const char* expandedData = nullptr;
+  std::uint64_t expandedIn = 0;
 
   std::string_view text() const { return spelling.text(); }
+  std::string_view expandedText() const { return {expandedData, expandedSize}; }
 };
 
 /// Finds names by their text. A word of the input that is no macro is by far the commonest question, so `find` costs
@@ -55,6 +60,11 @@ class NameTable {
 
   std::size_t size() const { return names_.size(); }
 
+  /// Counts the changes of macro definitions, from 1. A name's `expandedText` holds while its `expandedIn` is this
+  /// number: any definition may change what any macro comes to.
+  std::uint64_t generation() const { return generation_; }
+  void beginGeneration() { ++generation_; }
+
   /// Hash of a text; reads it in words of four or eight bytes and never outside of it.
   static std::uint32_t hashOf(std::string_view text);
 
@@ -67,13 +77,14 @@ class NameTable {
     Name* name = nullptr;
   };
 
-  void insertSlot(Name& name);
+  void insertSlot(const Slot& slot);
   void grow();
 
   std::vector<Slot> slots_;
   std::size_t mask_;
   std::deque<Name> names_;
   TextArena texts_;
+  std::uint64_t generation_ = 1;
 };
 
 }  // namespace qnpp

@@ -78,20 +78,34 @@ void Arguments::finish(const HideSet& hideSet, SpellingPool& pool) {
     pool.lex(text, tokens_);
     mustLex_ = false;
   }
-  Argument& argument = arguments_.emplace_back();
+  Argument& argument = addArgument(hideSet);
   argument.begin = begin_;
   argument.count = tokens_.size() - begin_;
   argument.text = text;
-  argument.hideSet = hideSet;
   begin_ = tokens_.size();
 }
 
 void Arguments::addInPlace(SpellingRange tokens, NormalizedTokens* surroundings, const HideSet& hideSet) {
-  Argument& argument = arguments_.emplace_back();
+  Argument& argument = addArgument(hideSet);
   argument.isInPlace = true;
   argument.inPlace = tokens;
   argument.surroundings = surroundings;
+}
+
+Arguments::Argument& Arguments::addArgument(const HideSet& hideSet) {
+  if (count_ == arguments_.size()) {
+    arguments_.emplace_back();
+  }
+  Argument& argument = arguments_[count_++];
   argument.hideSet = hideSet;
+  return argument;
+}
+
+void Arguments::Argument::clear() {
+  isInPlace = false;
+  text = {};
+  hideSet = HideSet();
+  surroundings = nullptr;
 }
 
 NormalizedTokens& Arguments::surroundings(std::size_t index) {

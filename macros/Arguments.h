@@ -21,7 +21,7 @@ namespace qnpp {
 /// text and lexes it there.
 class Arguments {
  public:
-  std::size_t count() const { return arguments_.size(); }
+  std::size_t count() const { return count_; }
   const HideSet& hideSet(std::size_t index) const { return arguments_[index].hideSet; }
 
   /// Tokens of an argument: single tokens, one blank where white space stands between two.
@@ -45,8 +45,11 @@ class Arguments {
   void addInPlace(SpellingRange tokens, NormalizedTokens* surroundings, const HideSet& hideSet);
 
   void clear() {
+    for (std::size_t index = 0; index < count_; ++index) {
+      arguments_[index].clear();
+    }
+    count_ = 0;
     tokens_.clear();
-    arguments_.clear();
     begin_ = 0;
     mustLex_ = false;
   }
@@ -61,10 +64,15 @@ class Arguments {
     HideSet hideSet;
     NormalizedTokens* surroundings = nullptr;  // Null: `own`, once it has been asked for.
     NormalizedTokens own;
+
+    void clear();
   };
 
+  Argument& addArgument(const HideSet& hideSet);
+
   std::vector<const Spelling*> tokens_;
-  std::vector<Argument> arguments_;
+  std::vector<Argument> arguments_;  // The first `count_` are in use; the others keep their memory for later ones.
+  std::size_t count_ = 0;
   std::size_t begin_ = 0;  // Where the argument being read begins.
   bool mustLex_ = false;   // Its text may lex into other tokens.
 };

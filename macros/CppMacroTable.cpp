@@ -6,7 +6,9 @@ namespace qnpp {
 
 void CppMacroTable::defineFromCommandLine(std::string_view name, std::string_view definition) {
   if (lookup(name) == nullptr) {
-    define(name, CppMacro{std::string(definition), {}, false, nullptr});
+    CppMacro macro;
+    macro.text = definition;
+    define(name, std::move(macro));
   }
 }
 
@@ -21,6 +23,7 @@ void CppMacroTable::define(std::string_view name, CppMacro macro) {
   auto definition = std::make_unique<CppMacro>(std::move(macro));
   retire(entry);
   entry.macro = definition.get();
+  names_.beginGeneration();
   definitions_[entry.id] = std::move(definition);
 }
 
@@ -35,6 +38,7 @@ void CppMacroTable::retire(Name& name) {
   if (name.macro != nullptr) {
     retiredMacros_.push_back(std::move(definitions_[name.id]));
     name.macro = nullptr;
+    names_.beginGeneration();
   }
 }
 

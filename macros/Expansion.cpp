@@ -131,13 +131,11 @@ bool CppPreprocessor::appendExpanded(Expansion& expansion, std::uint32_t argumen
     expansion.result.append(tokens, hideSets_.joined(expansion.arguments.hideSet(argument), expansion.hideSet));
     return true;
   }
-  for (const auto& [index, expanded] : expansion.expanded) {
-    if (index == argument) {
-      expansion.result.append(expanded, expansion.hideSet, hideSets_);
-      return true;
-    }
+  const TokenList* const expanded = expansion.findExpanded(argument);
+  if (expanded != nullptr) {
+    expansion.result.append(*expanded, expansion.hideSet, hideSets_);
   }
-  return false;
+  return expanded != nullptr;
 }
 
 // A string literal of the argument's text. Within literals of the text backslashes are doubled, and every double quote
@@ -227,7 +225,7 @@ void CppPreprocessor::finishListExpansion() {
     // A parameter may stand in the replacement list again. Its argument is expanded anew for each place, which is the
     // same unless a message was given or a comment lexed: those are repeated.
     if (finished->eventCount == eventCount() && waiting.wantsAgain(finished->argument)) {
-      waiting.expanded.emplace_back(finished->argument, std::exchange(finished->result, {}));
+      waiting.keepExpanded(finished->argument, finished->result);
     }
   }
   recycle(std::move(finished));

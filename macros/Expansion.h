@@ -29,8 +29,14 @@ struct Expansion {
   Arguments arguments;
   HideSet hideSet;                ///< Of the invocation, the macro's name included.
   std::size_t graveyardSize = 0;  ///< Sources that ended since then may hold tokens of the arguments.
-  /// Expanded arguments, by index, that a later step wants again.
-  std::vector<std::pair<std::uint32_t, TokenList>> expanded;
+
+  /// An expanded argument that a later step wants again.
+  struct ExpandedArgument {
+    std::uint32_t index = 0;
+    TokenList tokens;
+  };
+  std::vector<ExpandedArgument> expanded;  ///< The first `expandedCount` are in use; the others keep their memory.
+  std::size_t expandedCount = 0;
 
   // ---- Expansion of a list ----
   std::size_t floor = 0;         ///< To be restored: where reading ended before the list was begun.
@@ -45,11 +51,33 @@ struct Expansion {
     });
   }
 
+  /// The expansion of an argument, if it has been kept; null otherwise.
+  const TokenList* findExpanded(std::uint32_t wanted) const {
+    for (std::size_t at = 0; at < expandedCount; ++at) {
+      if (expanded[at].index == wanted) {
+        return &expanded[at].tokens;
+      }
+    }
+    return nullptr;
+  }
+
+  /// Keeps the expansion of an argument, taking the tokens out of the list.
+  void keepExpanded(std::uint32_t index, TokenList& tokens) {
+    if (expandedCount == expanded.size()) {
+      expanded.emplace_back();
+    }
+    ExpandedArgument& kept = expanded[expandedCount++];
+    kept.index = index;
+    std::swap(kept.tokens, tokens);
+  }
+
   void clear() {
     result.clear();
     arguments.clear();
     hideSet = HideSet();
-    expanded.clear();
+    while (expandedCount > 0) {
+      expanded[--expandedCount].tokens.clear();
+    }
   }
 };
 

@@ -1,4 +1,5 @@
 // Macro invocations in text, and the arguments of function-like ones.
+#include <algorithm>
 #include <utility>
 
 #include "engine/Sources.h"
@@ -86,12 +87,12 @@ void CppPreprocessor::expandInText() {
     pushObjectLike(*name, hideSets_.with(current_->hideSet(), *name));
     return;
   }
-  // What would be read back and written is written right here; most replacement lists are no more than that.
   const Replacement& replacement = replacementOf(*name);
-  if (replacement.isFixedText()) {
-    output_.write(name->macro->text);
+  if (isCurrentFile() && findExpandedText(*name)) {
+    output_.write(name->expandedText());
     return;
   }
+  // What would be read back and written is written right here.
   const SpellingRange tokens = replacement.tokens();
   std::size_t written = 0;
   for (; written < tokens.size() && tokens[written]->isPlainText(); ++written) {
@@ -100,6 +101,77 @@ void CppPreprocessor::expandInText() {
   if (written < tokens.size()) {
     pushTokens(tokens.subspan(written), hideSets_.with(current_->hideSet(), *name));
   }
+}
+
+// Most object-like macros come to the same text wherever they stand in a file's text lines: what is in them is plain, or
+// is another such macro. That text is kept with the name until a definition changes, and the lexer writes it without
+// handing the name out. It is sought when a macro is used for the second time, so that definitions and uses that take
+// turns do not pay for it. Returns whether it is known.
+bool CppPreprocessor::findExpandedText(Name& name) {
+  CppMacro& macro = *name.macro;
+  if (macro.replacement == nullptr) {
+    return false;  // Lexing it does more than give tokens, each time.
+  }
+  if (!macro.replacement->isFixedText()) {
+    if (macro.usedIn != names_.generation()) {
+      macro.usedIn = names_.generation();
+      macro.isUnsettled = false;
+      return false;
+    }
+    if (macro.isUnsettled) {
+      return false;
+    }
+    macro.expandedText.clear();
+    macro.isUnsettled = !appendExpandedText(name, macro.expandedText);
+    if (macro.isUnsettled) {
+      return false;
+    }
+  }
+  const std::string& text = macro.replacement->isFixedText() ? macro.text : macro.expandedText;
+  name.expandedData = text.data();
+  name.expandedSize = static_cast<std::uint32_t>(text.size());
+  name.expandedIn = names_.generation();
+  return true;
+}
+
+// Appends what the object-like macro comes to. Returns false, with the text in pieces, if that is more than plain text,
+// depends on what stands behind the name, or is too long to be worth keeping.
+bool CppPreprocessor::appendExpandedText(const Name& name, std::string& text) const {
+  constexpr std::size_t kMostTokens = 200;
+  constexpr std::size_t kMostBytes = 250;
+  struct Level {
+    const Name* name;
+    SpellingRange rest;
+  };
+  std::vector<Level> levels = {{&name, name.macro->replacement->tokens()}};
+  for (std::size_t count = 0; !levels.empty(); ++count) {
+    SpellingRange& rest = levels.back().rest;
+    if (rest.empty()) {
+      levels.pop_back();
+      continue;
+    }
+    const Spelling& token = *rest.front();
+    rest = rest.subspan(1);
+    // The names of the macros around a token are its hide set.
+    const bool isHidden = std::any_of(levels.begin(), levels.end(),
+                                      [&token](const Level& level) { return level.name == token.name; });
+    if (isHidden || token.isPlainText()) {
+      text.append(token.text());
+    } else if (token.name != nullptr && hasSettledTokens(*token.name)) {
+      levels.push_back({token.name, token.name->macro->replacement->tokens()});
+    } else {
+      return false;
+    }
+    if (count == kMostTokens || text.size() > kMostBytes) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// Whether the name is that of an object-like macro whose list is the same at each use.
+bool CppPreprocessor::hasSettledTokens(const Name& name) const {
+  return name.macro != nullptr && !name.macro->functionLike && !isRefreshed(name) && name.macro->replacement != nullptr;
 }
 
 void CppPreprocessor::expandFunctionLikeInText(const Name& name, const HideSet& hideSet) {

@@ -1,5 +1,7 @@
 #include "macros/NormalizedTokens.h"
 
+#include <utility>
+
 namespace qnpp {
 
 const Spelling* const* NormalizedTokens::closing(const Spelling* const* open) {
@@ -12,14 +14,25 @@ const Spelling* const* NormalizedTokens::closing(const Spelling* const* open) {
 
 void NormalizedTokens::matchParentheses() {
   closing_.assign(tokens_.size(), 0);
-  std::vector<std::size_t> open;
+  // While it waits for its ")", a "(" holds the distance to the one that waits outside of it, 0 for none.
+  bool isOpen = false;
+  std::size_t innermost = 0;
+  const auto close = [this, &isOpen, &innermost](std::size_t distance) {
+    const std::size_t toOuter = std::exchange(closing_[innermost], static_cast<std::uint32_t>(distance));
+    isOpen = toOuter != 0;
+    innermost -= toOuter;
+  };
   for (std::size_t at = 0; at < tokens_.size(); ++at) {
     if (tokens_[at]->kind == '(') {
-      open.push_back(at);
-    } else if (tokens_[at]->kind == ')' && !open.empty()) {
-      closing_[open.back()] = static_cast<std::uint32_t>(at - open.back());
-      open.pop_back();
+      closing_[at] = isOpen ? static_cast<std::uint32_t>(at - innermost) : 0;
+      isOpen = true;
+      innermost = at;
+    } else if (tokens_[at]->kind == ')' && isOpen) {
+      close(at - innermost);
     }
+  }
+  while (isOpen) {
+    close(0);
   }
 }
 

@@ -98,7 +98,8 @@ std::vector<char*> toPointers(std::vector<std::string>& texts) {
   ::setrlimit(RLIMIT_CORE, &noCoreFile);
   const bool isReady = ::dup2(input, STDIN_FILENO) >= 0 && ::dup2(output, STDOUT_FILENO) >= 0 &&
                        ::dup2(error, STDERR_FILENO) >= 0 && ::chdir(request.workingFolder.c_str()) == 0;
-  // The program meets the standard descriptors alone, whatever the runner itself was started with: a case may count them.
+  // The program meets the standard descriptors alone, whatever the runner itself was started with: a case may count
+  // them.
   ::close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
   if (isReady) {
     environ = environment;

@@ -41,7 +41,7 @@ CppTokenKind CppFileScanner::get() {
 }
 
 CppTokenKind CppFileScanner::copyText() {
-  if (hasPeek_ || atLineStart_) {
+  if (!kShortcuts || hasPeek_ || atLineStart_) {
     return get();
   }
   const CppTokenKind kind = lexer_->copyText();
@@ -65,7 +65,7 @@ CppTokenKind CppFileScanner::taken(CppTokenKind kind) {
 bool CppFileScanner::skipLine() {
   // With a token looked at, or nothing of the line taken yet, each token has to be seen: only then is it known whether
   // the end of the input still owes a line end.
-  if (!hasPeek_ && !atLineStart_) {
+  if (kShortcuts && !hasPeek_ && !atLineStart_) {
     static_cast<void>(lexer_->skipLine());
     atLineStart_ = true;
     return true;
@@ -78,7 +78,7 @@ bool CppFileScanner::skipLine() {
 }
 
 void CppFileScanner::skipPlainLines() {
-  if (!hasPeek_ && lexer_->skipPlainLines()) {
+  if (kShortcuts && !hasPeek_ && lexer_->skipPlainLines()) {
     atLineStart_ = true;
   }
 }

@@ -9,6 +9,7 @@
 
 #include "lexer/CppLexer.h"
 #include "lexer/CppScanner.h"
+#include "lexer/Shortcuts.h"
 
 namespace qnpp {
 
@@ -45,7 +46,7 @@ class CppFileScanner final : public CppScanner {
   Name* name() const { return name_; }
 
   /// Passes over blanks in the middle of a line; perhaps not over all. Returns whether there were any.
-  bool passBlanks() { return !hasPeek_ && !atLineStart_ && lexer_->passBlanks(); }
+  bool passBlanks() { return kShortcuts && !hasPeek_ && !atLineStart_ && lexer_->passBlanks(); }
 
   /// Passes over the rest of the line and its line end; false when the input ended instead.
   bool skipLine();

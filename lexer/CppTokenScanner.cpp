@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "lexer/Shortcuts.h"
+
 namespace qnpp {
 
 struct CppTokenScanner::CommentReader {
@@ -100,7 +102,7 @@ CppTokenKind CppTokenScanner::peek() {
 CppTokenKind CppTokenScanner::get() { return handOut(peek_ != nullptr ? std::exchange(peek_, nullptr) : next()); }
 
 CppTokenKind CppTokenScanner::copyText() {
-  if (peek_ == nullptr && pieces_.empty() && reader_ == nullptr) {
+  if (kShortcuts && peek_ == nullptr && pieces_.empty() && reader_ == nullptr) {
     for (; at_ != end_; ++at_) {
       const Spelling& element = **at_;
       if (!element.isPlainText()) {
@@ -126,7 +128,7 @@ const HideSet& CppTokenScanner::hideSet() {
 }
 
 void CppTokenScanner::takePlain(TokenList& list) {
-  if (peek_ != nullptr || !pieces_.empty() || reader_ != nullptr) {
+  if (!kShortcuts || peek_ != nullptr || !pieces_.empty() || reader_ != nullptr) {
     return;
   }
   while (at_ != end_) {

@@ -8,6 +8,7 @@
 
 #include "lexer/HideSet.h"
 #include "lexer/NameTable.h"
+#include "lexer/Shortcuts.h"
 
 namespace qnpp {
 
@@ -17,6 +18,9 @@ namespace qnpp {
 class HideSetCache {
  public:
   HideSet with(const HideSet& set, Name& name) {
+    if (!kShortcuts) {
+      return set.with(name);
+    }
     if (set.empty()) {
       if (name.alone.empty()) {
         name.alone = set.with(name);
@@ -31,6 +35,9 @@ class HideSetCache {
   }
 
   HideSet joined(const HideSet& a, const HideSet& b) {
+    if (!kShortcuts) {
+      return a.joined(b);
+    }
     if (a.empty() || a.isSameObject(b)) {
       return b;
     }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "lexer/Shortcuts.h"
+
 namespace qnpp {
 namespace {
 
@@ -70,7 +72,7 @@ void Arguments::add(const Spelling* token, bool afterBlank) {
 
 void Arguments::finish(const HideSet& hideSet, SpellingPool& pool) {
   std::string_view text;
-  if (mustLex_) {
+  if (mustLex_ || !kShortcuts) {
     std::string joined;
     appendTexts(SpellingRange(tokens_).subspan(begin_), joined);
     text = pool.keep(joined);

@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "engine/Sources.h"
+#include "lexer/Shortcuts.h"
 
 namespace qnpp {
 
@@ -124,7 +125,7 @@ void CppPreprocessor::finishSubstitution(Expansion& expansion) {
 // Appends the expansion of an argument if it is known: because there is no macro's name in it, or from an earlier step.
 bool CppPreprocessor::appendExpanded(Expansion& expansion, std::uint32_t argument) {
   const SpellingRange tokens = expansion.arguments.tokens(argument);
-  const bool isPlain = std::none_of(tokens.begin(), tokens.end(), [](const Spelling* token) {
+  const bool isPlain = kShortcuts && std::none_of(tokens.begin(), tokens.end(), [](const Spelling* token) {
     return token->name != nullptr && token->name->macro != nullptr;
   });
   if (isPlain) {
@@ -224,7 +225,7 @@ void CppPreprocessor::finishListExpansion() {
     waiting.result.append(finished->result, waiting.hideSet, hideSets_);
     // A parameter may stand in the replacement list again. Its argument is expanded anew for each place, which is the
     // same unless a message was given or a comment lexed: those are repeated.
-    if (finished->eventCount == eventCount() && waiting.wantsAgain(finished->argument)) {
+    if (kShortcuts && finished->eventCount == eventCount() && waiting.wantsAgain(finished->argument)) {
       waiting.keepExpanded(finished->argument, finished->result);
     }
   }

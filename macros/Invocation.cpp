@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "engine/Sources.h"
+#include "lexer/Shortcuts.h"
 
 namespace qnpp {
 namespace {
@@ -83,7 +84,7 @@ void CppPreprocessor::expandInText() {
     expandFunctionLikeInText(*name, hideSets_.with(current_->hideSet(), *name));
     return;
   }
-  if (isRefreshed(*name)) {
+  if (!kShortcuts || isRefreshed(*name)) {
     pushObjectLike(*name, hideSets_.with(current_->hideSet(), *name));
     return;
   }
@@ -219,7 +220,7 @@ const Replacement& CppPreprocessor::replacementOf(const Name& name) {
   auto made = macro.functionLike
                   ? std::make_unique<const Replacement>(macro.text, macro.parameters, names_, storedTextLexer_)
                   : std::make_unique<const Replacement>(macro.text, names_, storedTextLexer_);
-  if (made->opensComment() || isRefreshed(name)) {
+  if (made->opensComment() || isRefreshed(name) || !kShortcuts) {
     return macroTable_.keep(std::move(made));
   }
   macro.replacement = std::move(made);
@@ -233,7 +234,7 @@ bool CppPreprocessor::collectArguments(const CppMacro& macro, Arguments& argumen
   nextToken();  // "("
   CppTokenKind kind = TK_END;
   do {
-    if (!isCurrentFile() && readArgumentInPlace(arguments)) {
+    if (kShortcuts && !isCurrentFile() && readArgumentInPlace(arguments)) {
       kind = listSource().spelling()->kind;
     } else {
       skipWhiteSpace();

@@ -40,7 +40,10 @@ qnpp-comment|error||2|unterminated comment
 qnpp-command-line|error|||unknown option '"'-x'"' ('"'-h'"' for help)
 qnpp-command-line|error|||'"'-o'"' option appears more than once
 -
-qnpp|error|includes.c|1|Cannot open file: absent.h'
+qnpp|error|includes.c|1|Cannot open file: absent.h
+qnpp-scanner|error|||input in flex scanner failed
+qnpp|error|main.c|7|FATAL ERROR: out of memory
+qnpp-fatal|error|||FATAL ERROR: out of memory'
 same 'what the matcher finds' "$expected" "$("$python" match.py "$matcher" messages.txt)"
 
 # The same by the expressions of JavaScript, in which the matcher is used.

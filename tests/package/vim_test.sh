@@ -29,7 +29,10 @@ expected='1||main.c|1|No "#if" directive associated to "#endif"
 1|||2|unterminated comment
 1|||0|unknown option '"'-x'"' ('"'-h'"' for help)
 1|||0|'"'-o'"' option appears more than once
-1||includes.c|1|Cannot open file: absent.h'
+1||includes.c|1|Cannot open file: absent.h
+1|E||0|input in flex scanner failed
+1|E|main.c|7|out of memory
+1|E||0|out of memory'
 same 'what vim makes of the messages' "$expected" "$(cat list)"
 same 'the program that :make runs' qnpp "$(cat makeprg)"
 

@@ -17,9 +17,10 @@ namespace qnpp {
 /// be one object, and token lists keep them in fewer runs.
 class HideSetCache {
  public:
-  HideSet with(const HideSet& set, Name& name) {
+  /// `set` and `name`. Valid until the next question.
+  const HideSet& with(const HideSet& set, Name& name) {
     if (!kShortcuts) {
-      return set.with(name);
+      return uncached_ = set.with(name);
     }
     if (set.empty()) {
       if (name.alone.empty()) {
@@ -34,9 +35,10 @@ class HideSetCache {
     return known.result;
   }
 
-  HideSet joined(const HideSet& a, const HideSet& b) {
+  /// All names of `a` and `b`. Valid until the next question, or as long as `b` is.
+  const HideSet& joined(const HideSet& a, const HideSet& b) {
     if (!kShortcuts) {
-      return a.joined(b);
+      return uncached_ = a.joined(b);
     }
     if (a.empty() || a.isSameObject(b)) {
       return b;
@@ -49,7 +51,7 @@ class HideSetCache {
   }
 
  private:
-  static constexpr std::size_t kSlots = 64;
+  static constexpr std::size_t kSlots = 256;
 
   struct Addition {
     HideSet set;
@@ -63,11 +65,12 @@ class HideSetCache {
   };
 
   static std::size_t slotOf(std::size_t a, std::size_t b) {
-    return static_cast<std::size_t>((a * 31U + b) * 0x9E3779B97F4A7C15U >> 58U) % kSlots;
+    return static_cast<std::size_t>((a * 31U + b) * 0x9E3779B97F4A7C15U >> 32U) % kSlots;
   }
 
   std::array<Addition, kSlots> additions_;
   std::array<Union, kSlots> unions_;
+  HideSet uncached_;
 };
 
 }  // namespace qnpp

@@ -27,16 +27,16 @@ constexpr std::array<char, 256> kBytes = [] {
   return bytes;
 }();
 
-constexpr std::array<Spelling, 256> kSpellings = [] {
+constexpr std::array<Spelling, 256> makeSpellings() {
   std::array<Spelling, 256> spellings{};
   for (std::size_t code = 0; code < spellings.size(); ++code) {
     spellings[code] = Spelling{&kBytes[code], 1, kindOfCharacter(kBytes[code]), nullptr};
   }
   return spellings;
-}();
+}
 
 }  // namespace
 
-const Spelling* characterSpelling(char character) { return &kSpellings[static_cast<unsigned char>(character)]; }
+constinit const std::array<Spelling, 256> kCharacterSpellings = makeSpellings();
 
 }  // namespace qnpp

@@ -1,6 +1,7 @@
 // Spellings: texts of tokens together with what each of them lexes into.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -45,8 +46,13 @@ struct CompoundSpelling : Spelling {
 /// A run of spellings that somebody else owns.
 using SpellingRange = std::span<const Spelling* const>;
 
+/// By the code of the character; see `characterSpelling`.
+extern const std::array<Spelling, 256> kCharacterSpellings;
+
 /// The spelling of one character that is a token by itself: operators, the blank, "\n" and every TK_OTHER byte.
-const Spelling* characterSpelling(char character);
+inline const Spelling* characterSpelling(char character) {
+  return &kCharacterSpellings[static_cast<unsigned char>(character)];
+}
 
 /// The single blank that stands for white space in normalized text.
 inline const Spelling* blankSpelling() { return characterSpelling(' '); }

@@ -1,15 +1,22 @@
 #include "macros/Arguments.h"
 
 #include <algorithm>
+#include <array>
 
 #include "lexer/Shortcuts.h"
 
 namespace qnpp {
 namespace {
 
-bool isWordByte(char byte) {
-  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_' || (byte >= '0' && byte <= '9');
-}
+constexpr std::array<bool, 256> kWordBytes = [] {
+  std::array<bool, 256> set{};
+  for (const char byte : std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789")) {
+    set[static_cast<unsigned char>(byte)] = true;
+  }
+  return set;
+}();
+
+bool isWordByte(char byte) { return kWordBytes[static_cast<unsigned char>(byte)]; }
 
 void appendTexts(SpellingRange tokens, std::string& text) {
   for (const Spelling* const token : tokens) {

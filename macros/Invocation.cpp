@@ -81,7 +81,7 @@ void CppPreprocessor::expandInText() {
     return;
   }
   if (name->macro->functionLike) {
-    expandFunctionLikeInText(*name, hideSets_.with(current_->hideSet(), *name));
+    expandFunctionLikeInText(*name, HideSet(hideSets_.with(current_->hideSet(), *name)));
     return;
   }
   if (!kShortcuts || isRefreshed(*name)) {

@@ -79,9 +79,11 @@ void CppPreprocessor::pushFile(std::unique_ptr<CppFileScanner> file) {
   if (currentFile_ != nullptr) {
     fileStack_.push_back(currentFile_);
   }
-  currentFile_ = file.get();
-  current_ = currentFile_;
+  // Current only once it is owned: the message about memory running out here names the current file.
+  CppFileScanner* const entered = file.get();
   sources_.push_back({std::move(file), pool_.mark()});
+  currentFile_ = entered;
+  current_ = entered;
 }
 
 void CppPreprocessor::pushTokens(TokenList& tokens) {
@@ -132,8 +134,9 @@ void CppPreprocessor::dropExhaustedLists(SpellingPool::Mark& mark) {
 }
 
 void CppPreprocessor::pushScanner(std::unique_ptr<CppTokenScanner> scanner, const SpellingPool::Mark& mark) {
-  current_ = scanner.get();
+  CppTokenScanner* const entered = scanner.get();
   sources_.push_back({std::move(scanner), mark});
+  current_ = entered;
   ++listCount_;
 }
 

@@ -1,99 +1,262 @@
-// Values and signedness of constant expressions, as rows of a table.
+// Constant expressions: values, signedness and errors.
 #include <gtest/gtest.h>
 
 #include <csignal>
 #include <cstdint>
+#include <iostream>
+#include <sstream>
 #include <string>
+#include <string_view>
 
-#include "directives/CharacterLiteral.h"
+#include "directives/CppExprValue.h"
+#include "engine/CppPreprocessor.h"
 #include "tests/unit/support/Preprocess.h"
+#include "tests/unit/support/Timing.h"
 
 namespace qnpp {
 namespace {
 
-struct ExpressionRow {
-  const char* text;
+struct ValueRow {
+  std::string_view expression;
   std::uint32_t value;
   bool isSigned;
 };
 
-constexpr ExpressionRow kRows[] = {
+constexpr ValueRow kValues[] = {
 #include "tests/unit/directives/expression_rows.inc"
 };
 
-// "T" when the condition holds and "F" when not; "?" when anything was reported. `E` in it is `expression`.
-std::string outcome(const std::string& condition, const std::string& expression = "0") {
-  const Preprocessed run =
-      preprocess("#define F(x) x\n#define E " + expression + "\n#if " + condition + "\nyes\n#else\nno\n#endif\n",
-                 {.definitions = {{"ONE", "1"}}});
-  if (run.hasError) {
-    return "? " + run.messages;
-  }
-  return run.output.find("\nyes\n") != std::string::npos ? "T" : "F";
+std::string hexadecimal(std::uint32_t value) {
+  std::ostringstream text;
+  text << "0x" << std::hex << value << 'u';
+  return text.str();
 }
 
-TEST(ExpressionTest, EachRowHasItsValueAndItsSign) {
-  for (const ExpressionRow& row : kRows) {
-    SCOPED_TRACE(row.text);
-    EXPECT_EQ(outcome("(E) == " + std::to_string(row.value) + "u", row.text), "T");
-    EXPECT_EQ(outcome("(E) != " + std::to_string(row.value) + "u", row.text), "F");
-    // -1 is below 0 only among signed numbers, and one unsigned operand makes all of it unsigned.
-    EXPECT_EQ(outcome("(E) * 0 - 1 < 0", row.text), row.isSigned ? "T" : "F");
-  }
-}
-
-struct CharacterRow {
-  const char* literal;
-  std::uint32_t value;
-  bool isSigned;
-  bool isTooLong;
+struct Evaluated {
+  CppExprValue value;
+  bool ok = true;
+  std::string messages;
 };
 
-TEST(CharacterLiteralTest, EachRowHasItsValue) {
-  constexpr CharacterRow kLiterals[] = {
-      {"''", 0, true, false},
-      {"'a'", 0x61, true, false},
-      {"'ab'", 0x6162, true, false},
-      {"'abcd'", 0x61626364, true, false},
-      {"'abcde'", 0x61626364, true, true},
-      {R"('\n')", 10, true, false},
-      {R"('\a\b\f\r')", 0x07080C0D, true, false},
-      {R"('\t\v')", 0x090B, true, false},
-      {R"('\"\'\?\\')", 0x22273F5C, true, false},
-      {R"('\0')", 0, true, false},
-      {R"('\101')", 0x41, true, false},
-      {R"('\377')", 0xFFFFFFFF, false, false},
-      {R"('\400')", 0, true, false},        // 256, of which the low eight bits stay
-      {R"('\1018')", 0x4138, true, false},  // 8 is no octal digit
-      {R"('\x41')", 0x41, true, false},
-      {R"('\x141')", 0x41, true, false},
-      {R"('\x80')", 0xFFFFFF80, false, false},
-      {R"('a\x80')", 0x6080, false, false},  // 0x6100 + 0xFFFFFF80
-      {R"('\q')", 0, true, false},
-      {R"('a\qb')", 0x610062, true, false},
+// Evaluates an expression with the macros ONE and F defined, but not expanded.
+Evaluated evaluate(const std::string& expression) {
+  std::istringstream input(expression + "\n");
+  std::ostringstream messages;
+  std::ostringstream output;
+  CppPreprocessor preprocessor(messages, input);
+  preprocessor.setOutput(output);
+  preprocessor.macroTable().define("ONE", CppMacro{"1", {}, false, nullptr});
+  preprocessor.macroTable().define("F", CppMacro{"x", {"x"}, true, nullptr});
+  preprocessor.openSource("", "a.c");
+  Evaluated result;
+  preprocessor.evaluate(result.value, result.ok);
+  result.messages = messages.str();
+  return result;
+}
+
+// Whether `#if condition` takes its group, without a message.
+bool holds(const std::string& condition) {
+  const Preprocessed run =
+      preprocess("#define ONE 1\n#define F(x) x\n#if " + condition + "\n#define YES yes\n#endif\nYES\n");
+  EXPECT_EQ(run.messages, "") << condition;
+  return run.output.find("\nyes\n") != std::string::npos;
+}
+
+TEST(ExpressionTest, ValuesAndSignednessAreThoseOfTheTable) {
+  int evaluated = 0;
+  for (const ValueRow& row : kValues) {
+    const std::string expression(row.expression);
+    // The evaluator sees expressions whose macros have been expanded.
+    if (expression.find("ONE") != std::string::npos && expression.find("defined") == std::string::npos) {
+      continue;
+    }
+    ++evaluated;
+    const Evaluated result = evaluate(expression);
+    EXPECT_EQ(hexadecimal(result.value.value), hexadecimal(row.value)) << expression;
+    EXPECT_EQ(result.value.isSigned, row.isSigned) << expression;
+    EXPECT_TRUE(result.ok) << expression;
+    EXPECT_EQ(result.messages, "") << expression;
+  }
+  EXPECT_GE(evaluated, static_cast<int>(std::size(kValues)) - 3);
+}
+
+// The same through the directive: the value by comparison, the signedness by the sign of -1.
+TEST(ExpressionTest, DirectivesSeeTheValuesOfTheTable) {
+  int evaluated = 0;
+  for (const ValueRow& row : kValues) {
+    const std::string expression(row.expression);
+    if (expression.find("//") != std::string::npos && expression.find('\'') == std::string::npos) {
+      continue;  // The comment would take the parenthesis with it.
+    }
+    ++evaluated;
+    EXPECT_TRUE(holds("(" + expression + ") == " + hexadecimal(row.value))) << expression;
+    EXPECT_EQ(holds("(" + expression + ") * 0 - 1 < 0"), row.isSigned) << expression;
+    EXPECT_EQ(holds(expression), row.value != 0) << expression;
+  }
+  EXPECT_GE(evaluated, static_cast<int>(std::size(kValues)) - 1);
+}
+
+struct ErrorRow {
+  const char* expression;
+  const char* messages;  // Each without its place, its full stop and its line end.
+};
+
+std::string located(std::string_view messages) {
+  std::string lines;
+  while (!messages.empty()) {
+    const std::size_t end = messages.find('\n');
+    lines.append("a.c:1: ").append(messages.substr(0, end)).append(".\n");
+    messages.remove_prefix(end == std::string_view::npos ? messages.size() : end + 1);
+  }
+  return lines;
+}
+
+// `#if` with each of these takes the `#else` group.
+TEST(ExpressionTest, ErrorsMakeTheConditionFalse) {
+  const ErrorRow rows[] = {
+      {"", "Lexical element expected"},
+      {"1 +", "Lexical element expected"},
+      {"+", "Lexical element expected"},
+      {"(", "Lexical element expected\n\")\" expected"},
+      {"()", "Lexical element expected\n\")\" expected"},
+      {")", "Lexical element expected"},
+      {"1 || ", "Lexical element expected"},
+      {"1 == ;", "Lexical element expected"},
+      {"\"s\"", "Lexical element expected"},
+      {"= 1", "Lexical element expected"},
+      {"* 2", "Lexical element expected"},
+      {"#", "Lexical element expected"},
+      {"_Pragma", "Lexical element expected"},
+      {"(1", "\")\" expected"},
+      {"((1)", "\")\" expected"},
+      {"(1 2)", "\")\" expected"},
+      {"1 ? 2", "\":\" expected in constant expression"},
+      {"1 ? 2 ; 3", "\":\" expected in constant expression"},
+      {"1 ? : 2", "Lexical element expected\n\":\" expected in constant expression"},
+      {"0 ? 1 : ", "Lexical element expected"},
+      {"1 ? 2 : ", "Lexical element expected"},
+      {"foo(1)", "A function call is not allowed in a constant expression"},
+      {"foo (1)", "A function call is not allowed in a constant expression"},
+      {"if(1)", "A function call is not allowed in a constant expression"},
+      {"(1)(2)", "A function call is not allowed in a constant expression"},
+      {"1 + foo(", "A function call is not allowed in a constant expression"},
+      {"defined", "Identifier expected for 'defined' operator"},
+      {"defined 1", "Identifier expected for 'defined' operator"},
+      {"defined if", "Identifier expected for 'defined' operator"},
+      {"defined defined", "Identifier expected for 'defined' operator"},
+      {"defined ()", "Identifier expected for 'defined' operator\n\")\" expected for \"defined\" operator"},
+      {"defined (1)", "Identifier expected for 'defined' operator"},
+      {"defined (", "Identifier expected for 'defined' operator\n\")\" expected for \"defined\" operator"},
+      {"defined (ONE", "\")\" expected for \"defined\" operator"},
+      {"defined (ONE TWO)", "\")\" expected for \"defined\" operator"},
+      {"defined ((ONE))", "Identifier expected for 'defined' operator\n\")\" expected for \"defined\" operator"},
+      // Evaluation goes on, so that later errors are seen too; nothing is short-circuited.
+      {"(foo(1) + (2", "A function call is not allowed in a constant expression\n\")\" expected"},
+      {"1 || foo(2)", "A function call is not allowed in a constant expression"},
+      {"0 && foo(2)", "A function call is not allowed in a constant expression"},
+      {"0 ? foo(1) : 2",
+       "A function call is not allowed in a constant expression\n\":\" expected in constant expression"},
+      {"; + ;", "Lexical element expected\nLexical element expected"},
+      {"'abcde' + ;", "Too many characters in character literal\nLexical element expected"},
   };
-  for (const CharacterRow& row : kLiterals) {
-    SCOPED_TRACE(row.literal);
-    const CharacterLiteral read = evaluateCharacterLiteral(row.literal);
-    EXPECT_EQ(read.value.value, row.value);
-    EXPECT_EQ(read.value.isSigned, row.isSigned);
-    EXPECT_EQ(read.isTooLong, row.isTooLong);
+  for (const ErrorRow& row : rows) {
+    const Preprocessed run =
+        preprocess(std::string("#if ") + row.expression + "\n#define YES yes\n#else\nno\n#endif\nYES\n");
+    EXPECT_EQ(run.messages, located(row.messages)) << row.expression;
+    EXPECT_TRUE(run.hasError) << row.expression;
+    EXPECT_NE(run.output.find("\nno\n"), std::string::npos) << row.expression;
+    EXPECT_EQ(run.output.find("\nyes\n"), std::string::npos) << row.expression;
+    EXPECT_FALSE(evaluate(row.expression).ok) << row.expression;
   }
 }
 
-TEST(ExpressionTest, NestingIsLimitedByMemoryAlone) {
-  EXPECT_EQ(outcome(repeat(200'000, "(") + "1" + repeat(200'000, ")")), "T");
-  EXPECT_EQ(outcome(repeat(200'001, "!") + "1"), "F");
-  EXPECT_EQ(outcome(repeat(100'000, "1 ? ") + "1" + repeat(100'000, " : 0")), "T");
+// What is left over is reported, but the value counts.
+TEST(ExpressionTest, LeftOverTokensAreReportedOnce) {
+  const std::string message = "a.c:1: Invalid characters appear before a new-line in the preprocessor directive.\n";
+  for (const char* const expression : {"1 2", "1 2 3", "(1) 2", "1 )", "1 ;", "1 = 1", "1 : 2", "1.5", "1e5", "08 ",
+                                       "1LL", "1 defined", "defined ONE X", "1 \"s\""}) {
+    const Preprocessed run = preprocess(std::string("#if ") + expression + "\nx\n#endif\n");
+    EXPECT_EQ(run.messages, message) << expression;
+  }
+  const Preprocessed run = preprocess("#if 1 2\nx\n#endif\n#if 0 2\ny\n#endif\n");
+  EXPECT_EQ(run.output, std::string(kFirstLine) + "#line 2 \"a.c\"\nx\n\n\n\n");
 }
 
-TEST(ExpressionDeathTest, AZeroDivisorEndsTheProcessByTheArithmeticFault) {
-  EXPECT_EXIT(outcome("1 / 0"), testing::KilledBySignal(SIGFPE), "");
-  EXPECT_EXIT(outcome("1 % 0"), testing::KilledBySignal(SIGFPE), "");
-  EXPECT_EXIT(outcome("1u / 0"), testing::KilledBySignal(SIGFPE), "");
-  EXPECT_EXIT(outcome("(-2147483647 - 1) / -1"), testing::KilledBySignal(SIGFPE), "");
-  EXPECT_EXIT(outcome("(-2147483647 - 1) % -1"), testing::KilledBySignal(SIGFPE), "");
-  EXPECT_EXIT(outcome("1 || 1 / 0"), testing::KilledBySignal(SIGFPE), "");
+TEST(ExpressionTest, ALongCharacterLiteralIsReportedButCounts) {
+  const Preprocessed run = preprocess("#if 'abcde' == 0x61626364\nx\n#endif\n");
+  EXPECT_EQ(run.messages, "a.c:1: Too many characters in character literal.\n");
+  EXPECT_EQ(run.output, std::string(kFirstLine) + "#line 2 \"a.c\"\nx\n\n");
+  EXPECT_TRUE(run.hasError);
+}
+
+// In a condition the operand of `defined` is not expanded, wherever `defined` comes from.
+TEST(ExpressionTest, TheOperandOfDefinedIsNotExpanded) {
+  EXPECT_TRUE(holds("defined ONE && defined(ONE) && defined ( ONE )"));
+  EXPECT_TRUE(holds("defined F && defined (F)"));
+  EXPECT_TRUE(holds("!defined NONE"));
+  const Preprocessed run = preprocess(
+      "#define X NONE\n#define D defined X\n#define E(x) defined x\n#if D\n#define A a\n#endif\nA\n"
+      "#if E(X)\n#define B b\n#endif\nB\n");
+  EXPECT_EQ(run.output, std::string(kFirstLine) + "\n#line 7 \"a.c\"\na\n\n\n#line 11 \"a.c\"\nB\n");
+  EXPECT_EQ(run.messages, "");
+}
+
+// The program ends by the signal of the processor; what was written before arrives.
+TEST(ExpressionDeathTest, ADivisionWithoutAResultEndsTheProcess) {
+  testing::FLAGS_gtest_death_test_style = "threadsafe";
+  for (const char* const condition : {"1/0", "1%0", "1u/0u", "0 && 1/0", "1 || 1%0", "1 ? 2 : 1/0", "0 ? 1/0 : 2",
+                                      "(-2147483647-1) / -1", "(-2147483647-1) % -1", "1/(0*F(1))", "1 /"}) {
+    EXPECT_EXIT(holds(condition), testing::KilledBySignal(SIGFPE), "") << condition;
+  }
+  EXPECT_EXIT(
+      {
+        std::istringstream input("text\n#if 1/0\n");
+        CppPreprocessor preprocessor(std::cerr, input);
+        preprocessor.setOutput(std::cerr);
+        preprocessor.openSource("", "a.c");
+        preprocessor.run();
+      },
+      testing::KilledBySignal(SIGFPE), "#line 1 \"a.c\"\ntext\n");
+}
+
+// ---- Depth ----
+
+struct DeepRow {
+  const char* name;
+  std::string condition;
+  bool holds;
+};
+
+TEST(ExpressionTest, DepthIsLimitedByMemoryAlone) {
+  constexpr std::size_t kMany = 200000;
+  constexpr std::size_t kConditions = 100000;
+  const DeepRow rows[] = {
+      {"parentheses", repeat(kMany, "(") + "1" + repeat(kMany, ")"), true},
+      {"parentheses around sums", repeat(kConditions, "(1+") + "0" + repeat(kConditions, ")") + " == 100000", true},
+      {"not, an even number", repeat(kMany, "!") + "1", true},
+      {"not, an odd number", repeat(kMany + 1, "!") + "1", false},
+      {"complements", repeat(kMany, "~") + "7 == 7", true},
+      {"minuses", repeat(kMany + 1, "-") + "7 == -7", true},
+      {"unary operators in parentheses", repeat(kConditions, "-(") + "7" + repeat(kConditions, ")") + " == 7", true},
+      {"conditions in the middle", "(" + repeat(kConditions, "1 ? ") + "5" + repeat(kConditions, " : 6") + ") == 5",
+       true},
+      {"conditions on the right", repeat(kConditions, "0 ? 6 : ") + "5", true},
+      {"conditions on the right, none true", repeat(kConditions, "0 ? 6 : ") + "0", false},
+      {"sums", "0" + repeat(kMany, " + 1") + " == 200000", true},
+      {"all levels", "1" + repeat(kMany / 10, " || 0 && 1 | 1 ^ 1 & 1 == 1 < 1 << 1 + 1 * 1"), true},
+  };
+  for (const DeepRow& row : rows) {
+    bool result = !row.holds;
+    const double seconds = secondsOf([&] { result = holds(row.condition); }, 1);
+    EXPECT_EQ(result, row.holds) << row.name;
+    EXPECT_LT(seconds, 10) << row.name;
+  }
+}
+
+TEST(ExpressionTest, UnclosedDepthIsReportedForEachLevel) {
+  constexpr std::size_t kMany = 20000;
+  const Preprocessed run = preprocess("#if " + repeat(kMany, "(") + "1\n#endif\n");
+  EXPECT_TRUE(run.messages == repeat(kMany, "a.c:1: \")\" expected.\n"));
 }
 
 }  // namespace

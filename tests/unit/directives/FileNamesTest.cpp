@@ -1,4 +1,4 @@
-// Parts of file names.
+// Names of files.
 #include "directives/FileNames.h"
 
 #include <gtest/gtest.h>
@@ -6,30 +6,65 @@
 namespace qnpp {
 namespace {
 
-TEST(FileNamesTest, TheDirectoryIsWhatStandsBeforeTheLastSeparator) {
-  EXPECT_EQ(directoryOf("a.h"), ".");
-  EXPECT_EQ(directoryOf(""), ".");
-  EXPECT_EQ(directoryOf("sub/a.h"), "sub");
-  EXPECT_EQ(directoryOf("sub\\a.h"), "sub");
-  EXPECT_EQ(directoryOf("x/sub\\a.h"), "x/sub");
-  EXPECT_EQ(directoryOf("x\\sub/a.h"), "x\\sub");
-  EXPECT_EQ(directoryOf("/a"), "/");
-  EXPECT_EQ(directoryOf("\\a"), "\\");
-  EXPECT_EQ(directoryOf("/"), "/");
-  EXPECT_EQ(directoryOf("a/"), ".");
-  EXPECT_EQ(directoryOf("a/b/"), "a");
-  EXPECT_EQ(directoryOf("a//"), "a");
+struct DirectoryRow {
+  const char* path;
+  const char* directory;
+};
+
+TEST(FileNamesTest, TheDirectoryStandsBeforeTheLastSeparator) {
+  const DirectoryRow rows[] = {
+      {"a.c", "."},
+      {"", "."},
+      {".", "."},
+      {"..", "."},
+      {"sub/a.c", "sub"},
+      {"sub\\a.c", "sub"},
+      {"a/b/c", "a/b"},
+      {"a\\b/c", "a\\b"},
+      {"a/b\\c", "a/b"},
+      {"/a", "/"},
+      {"\\a", "\\"},
+      {"/a/b", "/a"},
+      {"//a", "/"},
+      {"///a", "//"},
+      {"./a", "."},
+      {"../a", ".."},
+      {"C:a", "."},
+      {"C:\\a", "C:"},
+      {"C:/a/b", "C:/a"},
+      // One separator at the end is dropped first.
+      {"a/", "."},
+      {"a\\", "."},
+      {"a/b/", "a"},
+      {"a/b\\", "a"},
+      {"a//", "a"},
+      {"a/b//", "a/b"},
+      {"/", "/"},
+      {"\\", "\\"},
+      {"//", "/"},
+      {"/a/", "/"},
+      {"\\/", "\\"},
+  };
+  for (const DirectoryRow& row : rows) {
+    EXPECT_EQ(directoryOf(row.path), row.directory) << row.path;
+  }
 }
 
-TEST(FileNamesTest, AnAbsoluteNameBeginsWithASlashOrADrive) {
-  EXPECT_TRUE(isAbsoluteName("/a"));
-  EXPECT_TRUE(isAbsoluteName("c:a"));
-  EXPECT_TRUE(isAbsoluteName("Z:"));
-  EXPECT_FALSE(isAbsoluteName("/"));
-  EXPECT_FALSE(isAbsoluteName(""));
-  EXPECT_FALSE(isAbsoluteName("\\a"));
-  EXPECT_FALSE(isAbsoluteName("1:a"));
-  EXPECT_FALSE(isAbsoluteName("a/b"));
+struct AbsoluteRow {
+  const char* name;
+  bool isAbsolute;
+};
+
+TEST(FileNamesTest, AbsoluteNamesBeginWithASlashOrADrive) {
+  const AbsoluteRow rows[] = {
+      {"/a", true},    {"//", true},     {"/.", true},   {"C:", true},    {"c:a", true},  {"z:/a", true},
+      {"Z:\\a", true}, {"", false},      {"/", false},   {"a", false},    {"a/b", false}, {"./a", false},
+      {"\\a", false},  {"\\\\a", false}, {"1:a", false}, {"_:a", false},  {":a", false},  {"@:", false},
+      {"[:", false},   {"`:", false},    {"{:", false},  {"ab:c", false}, {"A:", true},   {"a:", true},
+  };
+  for (const AbsoluteRow& row : rows) {
+    EXPECT_EQ(isAbsoluteName(row.name), row.isAbsolute) << row.name;
+  }
 }
 
 }  // namespace

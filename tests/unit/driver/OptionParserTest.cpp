@@ -12,11 +12,12 @@ namespace qnpp {
 namespace {
 
 // The shapes of qnpp's own table, with messages that are easy to tell apart.
-constexpr std::array<OptionEntry, 6> kTable{{
+constexpr std::array<OptionEntry, 7> kTable{{
     {"I ", 1, "no I %d"},
     {"D_", 1, "no D %d"},
     {"o", 1, "no o"},
     {"p", 2, "no p"},
+    {"xy", 1, "no xy"},
     {"v", OptionEntry::kTakesNoValue, ""},
     {"-long", OptionEntry::kTakesNoValue, ""},
 }};
@@ -240,6 +241,19 @@ TEST(OptionParser, ANamedOptionAtTheEndLacksItsValue) {
   Parsed parsed{"a", "-o"};
   EXPECT_EQ(parsed->value("o"), std::nullopt);
   EXPECT_EQ(parsed.messages(), "p: no o\n");
+}
+
+TEST(OptionParser, ANamedOptionThatWasNeverGivenLacksItsValue) {
+  Parsed parsed{"-p", "x"};
+  EXPECT_EQ(parsed->value("o"), std::nullopt);
+  EXPECT_EQ(parsed.messages(), "p: no o\n");
+}
+
+// Only a blank or an underscore as the second character makes a letter option.
+TEST(OptionParser, ANamedOptionMayHaveTwoCharacters) {
+  Parsed parsed{"-xy", "value", "-xyz"};
+  EXPECT_EQ(parsed->value("xy"), "value");
+  EXPECT_EQ(parsed.unknownOptions(), "p: unknown option '-xyz' ('-h' for help)\n");
 }
 
 TEST(OptionParser, ANamedOptionTakesAsManyWordsAsItsArgumentCount) {

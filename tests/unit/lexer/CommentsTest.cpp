@@ -133,8 +133,8 @@ struct CommentCount {
 
 TEST(CommentsTest, CommentsAreCounted) {
   const CommentCount rows[] = {
-      {"", 0}, {"a / b * c", 0}, {"\"/* */\" '//'", 0}, {"/**/", 1}, {"//", 1}, {"/* // */ // /* */", 2}, {"/*", 1},
-      {"/**/\n//\n/**/", 3},
+      {"", 0},   {"a / b * c", 0},      {"\"/* */\" '//'", 0}, {"/**/", 1}, {"//", 1}, {"/* // */ // /* */", 2},
+      {"/*", 1}, {"/**/\n//\n/**/", 3},
   };
   for (const CommentCount& row : rows) {
     EXPECT_EQ(lexFully(row.text).commentCount, row.count) << "in: " << visible(row.text);

@@ -127,7 +127,9 @@ TEST(CppLexerTest, OperatorsTakeTheLongestMatch) {
       {"...", "OTHER:. OTHER:. OTHER:."},
       {"a+=b", "IDENTIFIER:a + OTHER:= IDENTIFIER:b"},
       {"%:<:", "% : < :"},
-      {"??" "=", "? ? OTHER:="},
+      {"??"
+       "=",
+       "? ? OTHER:="},
       {"[]{};", "OTHER:[ OTHER:] OTHER:{ OTHER:} OTHER:;"},
   });
 }
@@ -187,30 +189,18 @@ TEST(CppLexerTest, IdentifiersAreLettersDigitsAndUnderscores) {
 
 TEST(CppLexerTest, IntegersHaveSixKinds) {
   expectTokens({
-      {"1", "DEC_INT:1"},
-      {"1234567890", "DEC_INT:1234567890"},
-      {"1L", "DEC_INT:1L"},
-      {"1l", "DEC_INT:1l"},
-      {"0", "OCT_INT:0"},
-      {"00", "OCT_INT:00"},
-      {"0L", "OCT_INT:0L"},
-      {"01234567", "OCT_INT:01234567"},
-      {"017l", "OCT_INT:017l"},
-      {"0x0", "HEX_INT:0x0"},
-      {"0X1aF", "HEX_INT:0X1aF"},
-      {"0xABCDEFabcdef0123456789L", "HEX_INT:0xABCDEFabcdef0123456789L"},
-      {"1u", "DEC_UINT:1u"},
-      {"1U", "DEC_UINT:1U"},
-      {"9uL", "DEC_UINT:9uL"},
-      {"9ul", "DEC_UINT:9ul"},
-      {"9UL", "DEC_UINT:9UL"},
-      {"9lU", "DEC_UINT:9lU"},
-      {"9Lu", "DEC_UINT:9Lu"},
-      {"9LU", "DEC_UINT:9LU"},
-      {"0u", "OCT_UINT:0u"},
-      {"07Lu", "OCT_UINT:07Lu"},
-      {"0xFu", "HEX_UINT:0xFu"},
-      {"0xFLU", "HEX_UINT:0xFLU"},
+      {"1", "DEC_INT:1"},         {"1234567890", "DEC_INT:1234567890"},
+      {"1L", "DEC_INT:1L"},       {"1l", "DEC_INT:1l"},
+      {"0", "OCT_INT:0"},         {"00", "OCT_INT:00"},
+      {"0L", "OCT_INT:0L"},       {"01234567", "OCT_INT:01234567"},
+      {"017l", "OCT_INT:017l"},   {"0x0", "HEX_INT:0x0"},
+      {"0X1aF", "HEX_INT:0X1aF"}, {"0xABCDEFabcdef0123456789L", "HEX_INT:0xABCDEFabcdef0123456789L"},
+      {"1u", "DEC_UINT:1u"},      {"1U", "DEC_UINT:1U"},
+      {"9uL", "DEC_UINT:9uL"},    {"9ul", "DEC_UINT:9ul"},
+      {"9UL", "DEC_UINT:9UL"},    {"9lU", "DEC_UINT:9lU"},
+      {"9Lu", "DEC_UINT:9Lu"},    {"9LU", "DEC_UINT:9LU"},
+      {"0u", "OCT_UINT:0u"},      {"07Lu", "OCT_UINT:07Lu"},
+      {"0xFu", "HEX_UINT:0xFu"},  {"0xFLU", "HEX_UINT:0xFLU"},
   });
 }
 
@@ -275,10 +265,26 @@ struct CountedRow {
 
 TEST(CppLexerTest, EveryLineEndCounts) {
   const CountedRow rows[] = {
-      {"", 1},          {"a", 1},          {"\n", 2},           {"\r\n", 2},          {"\r", 2},
-      {"\r\r\n", 3},    {"a\nb\rc\r\n", 4}, {"\\\n", 2},         {"\\\r\n", 2},        {"\\\r", 2},
-      {"/*\n*/", 2},    {"/*\r\n\r*/", 3}, {"/*\n\n\n", 4},     {"// a", 1},          {"// a\n", 2},
-      {"// a\r\n", 2},  {"//\0b"sv, 2},    {"\"a\rb\"", 1},     {"\"a\r\nb\"", 2},    {"'a\r'", 1},
+      {"", 1},
+      {"a", 1},
+      {"\n", 2},
+      {"\r\n", 2},
+      {"\r", 2},
+      {"\r\r\n", 3},
+      {"a\nb\rc\r\n", 4},
+      {"\\\n", 2},
+      {"\\\r\n", 2},
+      {"\\\r", 2},
+      {"/*\n*/", 2},
+      {"/*\r\n\r*/", 3},
+      {"/*\n\n\n", 4},
+      {"// a", 1},
+      {"// a\n", 2},
+      {"// a\r\n", 2},
+      {"//\0b"sv, 2},
+      {"\"a\rb\"", 1},
+      {"\"a\r\nb\"", 2},
+      {"'a\r'", 1},
       {"/* */\n/*\n*/\\\n//\n", 5},
   };
   for (const CountedRow& row : rows) {

@@ -52,10 +52,10 @@ struct Keyword {
 
 TEST(NameTableTest, WordsWithAKindOfTheirOwnAreThereFromTheStart) {
   const Keyword keywords[] = {
-      {"if", TK_IF},           {"ifdef", TK_IFDEF},     {"ifndef", TK_IFNDEF}, {"else", TK_ELSE},
-      {"elif", TK_ELIF},       {"endif", TK_ENDIF},     {"include", TK_INCLUDE}, {"define", TK_DEFINE},
-      {"undef", TK_UNDEF},     {"line", TK_LINE},       {"error", TK_ERROR},   {"pragma", TK_PRAGMA},
-      {"ident", TK_IDENT},     {"defined", TK_DEFINED}, {"_Pragma", TK_PRAGMA_OP},
+      {"if", TK_IF},       {"ifdef", TK_IFDEF},     {"ifndef", TK_IFNDEF},     {"else", TK_ELSE},
+      {"elif", TK_ELIF},   {"endif", TK_ENDIF},     {"include", TK_INCLUDE},   {"define", TK_DEFINE},
+      {"undef", TK_UNDEF}, {"line", TK_LINE},       {"error", TK_ERROR},       {"pragma", TK_PRAGMA},
+      {"ident", TK_IDENT}, {"defined", TK_DEFINED}, {"_Pragma", TK_PRAGMA_OP},
   };
   NameTable names;
   EXPECT_EQ(names.size(), std::size(keywords));

@@ -115,7 +115,15 @@ TEST(OutputBufferTest, LargeTextsPassThrough) {
 }
 
 TEST(OutputBufferTest, WritesNumbersInDecimal) {
-  const std::int32_t numbers[] = {0, 1, -1, 9, 10, 99, 100, 1000000000, std::numeric_limits<std::int32_t>::max(),
+  const std::int32_t numbers[] = {0,
+                                  1,
+                                  -1,
+                                  9,
+                                  10,
+                                  99,
+                                  100,
+                                  1000000000,
+                                  std::numeric_limits<std::int32_t>::max(),
                                   std::numeric_limits<std::int32_t>::min()};
   Writing writing;
   for (const std::int32_t number : numbers) {

@@ -49,8 +49,8 @@ void expectFailure(CppLexer& lexer, LexerSetting& setting, const std::string& wh
 
 // Wherever the reading stands: between tokens, or in the middle of a construct that reads on by itself.
 TEST(ReadErrorTest, AReadErrorIsFatal) {
-  const std::string_view texts[] = {"", "a", "a ", "12", "\"a", "\"a\\", "'\\x", "/* a", "/* a *", "/* a\r", "// a",
-                                    "\\", "\r", "\n"};
+  const std::string_view texts[] = {"",     "a",      "a ",     "12",   "\"a", "\"a\\", "'\\x",
+                                    "/* a", "/* a *", "/* a\r", "// a", "\\",  "\r",    "\n"};
   for (const std::string_view text : texts) {
     FailingInput input(text);
     LexerSetting setting;

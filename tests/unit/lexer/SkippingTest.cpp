@@ -20,11 +20,12 @@ using std::string_view_literals::operator""sv;
 
 // What a text may be made of. `MACRO` has a definition, `other` is a known name without one.
 constexpr std::string_view kPieces[] = {
-    "a",    "MACRO", "other",     "if",      "_Pragma", "defined",   "12",    "0x",       "0x1uL", "'c'", "'",
-    "''",   "\"s\"", "\"",        "\"\\\"",  "'\\''",   "'\\x'",     "\\",    "\\\"",     "/",     "*",   "/* c */",
-    "/*\n", "*/",    "/*\r\n\n*/", "/*\0*/"sv, "// l",  "// l\0 m"sv, "//\\\n", "\\\n",   "\\\r",  "\\\r\n", "\n",
-    "\n",   "\r",    "\r\n",      "\n#",     "\n  # if", "\n\t",     "\n/**/#", "\n\\\n#", "\0"sv,  "\n\0"sv, " ",
-    "\t",   "\v\f",  "##",        "#",       "<<=",     "(",         ",",     "\xC3\xA9", "x y z", ";",   "1.5e+3",
+    "a",       "MACRO",    "other",  "if", "_Pragma",    "defined",  "12",    "0x",         "0x1uL",  "'c'",
+    "'",       "''",       "\"s\"",  "\"", "\"\\\"",     "'\\''",    "'\\x'", "\\",         "\\\"",   "/",
+    "*",       "/* c */",  "/*\n",   "*/", "/*\r\n\n*/", "/*\0*/"sv, "// l",  "// l\0 m"sv, "//\\\n", "\\\n",
+    "\\\r",    "\\\r\n",   "\n",     "\n", "\r",         "\r\n",     "\n#",   "\n  # if",   "\n\t",   "\n/**/#",
+    "\n\\\n#", "\0"sv,     "\n\0"sv, " ",  "\t",         "\v\f",     "##",    "#",          "<<=",    "(",
+    ",",       "\xC3\xA9", "x y z",  ";",  "1.5e+3",
 };
 
 std::string makeText(std::mt19937& random) {
@@ -45,8 +46,8 @@ struct Reading {
   // Everything that can be seen from outside.
   std::string state() {
     return setting.written() + "| line " + std::to_string(scanner.line()) + ", output line " +
-           std::to_string(setting.output.line()) + ", comments " + std::to_string(setting.commentCount) + ", messages " +
-           setting.diagnostics.str();
+           std::to_string(setting.output.line()) + ", comments " + std::to_string(setting.commentCount) +
+           ", messages " + setting.diagnostics.str();
   }
 
   // The tokens that are left.
@@ -124,6 +125,38 @@ TEST(SkippingTest, CopyingMayBeginAnywhere) {
     });
     ASSERT_EQ(actual, expected) << visible(text);
   }
+}
+
+TEST(SkippingTest, TheFirstLineMayBeSkippedBeforeAnythingIsRead) {
+  Reading reading("a \"b\" /* c\n*/ d\ne\n", 100);
+  EXPECT_TRUE(reading.scanner.skipLine());
+  EXPECT_EQ(reading.scanner.line(), 3);
+  EXPECT_EQ(reading.scanner.get(), TK_IDENTIFIER);
+  EXPECT_EQ(reading.scanner.text(), "e");
+}
+
+// At the start of a line and behind a look ahead the tokens are handed out one by one.
+TEST(SkippingTest, BlanksArePassedOverInTheMiddleOfALine) {
+  Reading reading("  a \t b \n  c\n", 100);
+  CppFileScanner& scanner = reading.scanner;
+  const auto nextWord = [&scanner] {
+    while (scanner.get() == TK_SPACE) {
+    }
+    return scanner.text();
+  };
+  EXPECT_FALSE(scanner.passBlanks());
+  EXPECT_EQ(nextWord(), "a");
+  EXPECT_TRUE(scanner.passBlanks());
+  EXPECT_EQ(nextWord(), "b");
+  EXPECT_EQ(scanner.peek(), TK_SPACE);
+  EXPECT_FALSE(scanner.passBlanks());
+  EXPECT_EQ(nextWord(), "\n");
+  EXPECT_FALSE(scanner.passBlanks());
+  EXPECT_EQ(scanner.get(), TK_SPACE);
+  EXPECT_TRUE(scanner.passBlanks());
+  EXPECT_EQ(nextWord(), "c");
+  EXPECT_FALSE(scanner.passBlanks());  // There are none.
+  EXPECT_EQ(nextWord(), "\n");
 }
 
 TEST(SkippingTest, ASkippedLineIsGoneWithItsTokens) {

@@ -141,14 +141,14 @@ TEST_F(ArgumentsTest, SurroundingsAreThoseGivenOrTheArgumentItself) {
 
 TEST(NormalizedTokensTest, FindsTheClosingParenthesis) {
   struct Row {
-    const char* text;      // One character a token.
+    const char* text;  // One character a token.
     std::size_t open;
-    std::size_t closing;   // npos: there is none.
+    std::size_t closing;  // npos: there is none.
   };
   constexpr std::size_t kNone = std::string::npos;
   const Row rows[] = {
-      {"()", 0, 1},     {"(x)", 0, 2},      {"(x", 0, kNone},     {"((", 0, kNone},   {"((", 1, kNone}, {"(()", 0, kNone},
-      {"(()", 1, 2},    {"(())", 0, 3},     {"(())", 1, 2},       {"()()", 2, 3},     {")(", 1, kNone}, {"))(x)", 2, 4},
+      {"()", 0, 1},      {"(x)", 0, 2},     {"(x", 0, kNone},     {"((", 0, kNone}, {"((", 1, kNone}, {"(()", 0, kNone},
+      {"(()", 1, 2},     {"(())", 0, 3},    {"(())", 1, 2},       {"()()", 2, 3},   {")(", 1, kNone}, {"))(x)", 2, 4},
       {"(,(,),)", 0, 6}, {"(,(,),)", 2, 4}, {"x(y(z)", 1, kNone}, {"x(y(z)", 3, 5},
   };
   for (const Row& row : rows) {
@@ -172,15 +172,15 @@ struct MergeRow {
 
 TEST_F(ArgumentsTest, TokensThatFormAnotherMayMerge) {
   const MergeRow rows[] = {
-      {"a", "b", true},    {"a", "1", true},    {"1", "a", true},     {"1", "2", true},      {"0", "x", true},
-      {"if", "def", true}, {"1L", "u", true},   {"#", "#", true},     {"|", "|", true},      {"&", "&", true},
-      {"=", "=", true},    {"!", "=", true},    {"<", "<", true},     {"<", "=", true},      {"<", "<<", true},
-      {">", ">", true},    {">", "=", true},    {">", ">=", true},    {"/", "/", true},      {"/", "*", true},
-      {"=", "==", true},   {"!", "==", true},
-      {"a", "(", false},   {")", "a", false},   {"a", "+", false},    {"+", "+", false},     {"-", ">", false},
-      {"<", ">", false},   {"=", "<", false},   {"*", "/", false},    {"##", "#", false},    {"<<", "=", false},
-      {"==", "=", false},  {"a", "\"s\"", false}, {"\"s\"", "a", false}, {"'c'", "1", false}, {"\"s\"", "\"t\"", false},
-      {",", "a", false},   {"\\", "a", false},  {".", "1", false},    {"1", ".", false},     {"\x80", "\x80", false},
+      {"a", "b", true},    {"a", "1", true},          {"1", "a", true},   {"1", "2", true},      {"0", "x", true},
+      {"if", "def", true}, {"1L", "u", true},         {"#", "#", true},   {"|", "|", true},      {"&", "&", true},
+      {"=", "=", true},    {"!", "=", true},          {"<", "<", true},   {"<", "=", true},      {"<", "<<", true},
+      {">", ">", true},    {">", "=", true},          {">", ">=", true},  {"/", "/", true},      {"/", "*", true},
+      {"=", "==", true},   {"!", "==", true},         {"a", "(", false},  {")", "a", false},     {"a", "+", false},
+      {"+", "+", false},   {"-", ">", false},         {"<", ">", false},  {"=", "<", false},     {"*", "/", false},
+      {"##", "#", false},  {"<<", "=", false},        {"==", "=", false}, {"a", "\"s\"", false}, {"\"s\"", "a", false},
+      {"'c'", "1", false}, {"\"s\"", "\"t\"", false}, {",", "a", false},  {"\\", "a", false},    {".", "1", false},
+      {"1", ".", false},   {"\x80", "\x80", false},
   };
   for (const MergeRow& row : rows) {
     EXPECT_EQ(mayMerge(*setting.spell(row.before), *setting.spell(row.token)), row.mayMerge)
@@ -200,10 +200,10 @@ TEST_F(ArgumentsTest, OnlyAQuoteByItselfIsALoneQuote) {
 // Where no two neighbours may merge and no quote stands alone, the text of all tokens lexes into just these tokens.
 TEST_F(ArgumentsTest, WhatCannotMergeStaysApart) {
   constexpr std::string_view kTokens[] = {
-      "a",  "L",  "x1", "if", "0",  "1",    "08",     "1L",     "0x1u", "'c'", "\"s\"", "\"\\\"\"", "\"",
-      "'",  "\\", "#",  "##", "(",  ")",    ",",      "?",      ":",    "|",   "||",    "&",        "&&",
-      "^",  "=",  "==", "!",  "!=", "<",    "<=",     "<<",     ">",    ">=",  ">>",    "+",        "-",
-      "*",  "/",  "%",  "~",  ".",  "$",    "\xFF",   "_Pragma", "defined", "e5",
+      "a", "L",  "x1", "if", "0",  "1", "08",   "1L",      "0x1u",    "'c'", "\"s\"", "\"\\\"\"", "\"",
+      "'", "\\", "#",  "##", "(",  ")", ",",    "?",       ":",       "|",   "||",    "&",        "&&",
+      "^", "=",  "==", "!",  "!=", "<", "<=",   "<<",      ">",       ">=",  ">>",    "+",        "-",
+      "*", "/",  "%",  "~",  ".",  "$", "\xFF", "_Pragma", "defined", "e5",
   };
   std::vector<const Spelling*> single;
   for (const std::string_view text : kTokens) {

@@ -118,8 +118,7 @@ TEST_F(CppMacroTableTest, DroppingLeavesWhatIsDefined) {
 }
 
 TEST_F(CppMacroTableTest, KeepsReplacementsUntilTheyAreDropped) {
-  const Replacement& kept =
-      table.keep(std::make_unique<const Replacement>("\"string\"", setting.names, setting.lexer));
+  const Replacement& kept = table.keep(std::make_unique<const Replacement>("\"string\"", setting.names, setting.lexer));
   EXPECT_EQ(kept.tokens()[0]->text(), "\"string\"");
   table.dropRetired();
 }

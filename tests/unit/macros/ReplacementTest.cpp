@@ -239,9 +239,9 @@ struct PropertyRow {
 
 TEST_F(ReplacementTest, KnowsWhatItsTextDoesWhenItIsRead) {
   const PropertyRow rows[] = {
-      {"", false, true},          {"1 + 2", false, true},    {"\"s\" 'c' ;", false, true}, {"# ##", false, true},
-      {"\"//\"", false, true},    {"x", false, false},       {"1 if", false, false},       {"defined", false, false},
-      {"_Pragma", false, false},  {"1\n", false, false},     {"/**/", true, false},        {"1 // x", true, false},
+      {"", false, true},         {"1 + 2", false, true}, {"\"s\" 'c' ;", false, true}, {"# ##", false, true},
+      {"\"//\"", false, true},   {"x", false, false},    {"1 if", false, false},       {"defined", false, false},
+      {"_Pragma", false, false}, {"1\n", false, false},  {"/**/", true, false},        {"1 // x", true, false},
   };
   for (const PropertyRow& row : rows) {
     const Replacement replacement(row.text, setting.names, setting.lexer);

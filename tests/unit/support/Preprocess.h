@@ -18,7 +18,7 @@ struct Preprocessed {
 };
 
 struct PreprocessOptions {
-  std::string sourceName = "a.c";                               ///< Of the source in messages and line directives.
+  std::string sourceName = "a.c";  ///< Of the source in messages and line directives.
   std::vector<std::pair<std::string, std::string>> definitions = {};  ///< Like those of the command line.
   std::vector<std::string> includeDirectories = {};
 };

@@ -2,18 +2,18 @@
 #pragma once
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 
 namespace qnpp {
 
-/// Seconds that `work` takes; the best of three goes, so that other work of the machine counts little.
+/// Seconds of the processor that `work` takes; what other programs do meanwhile does not count. The best of `goes`.
 template <typename Work>
-double secondsOf(Work work) {
+double secondsOf(Work work, int goes = 3) {
   double best = 1e9;
-  for (int go = 0; go < 3; ++go) {
-    const auto start = std::chrono::steady_clock::now();
+  for (; goes > 0; --goes) {
+    const std::clock_t start = std::clock();
     work();
-    best = std::min(best, std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    best = std::min(best, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
   }
   return best;
 }

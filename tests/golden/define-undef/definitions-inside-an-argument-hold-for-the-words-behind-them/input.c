@@ -1,0 +1,2 @@
+#define F(x) x
+F(A B X A B)

@@ -1,0 +1,4 @@
+#define D C
+D
+D
+D

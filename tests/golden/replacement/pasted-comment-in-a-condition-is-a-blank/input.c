@@ -1,0 +1,6 @@
+#define C(a,b) a##b
+#if C(1 /,* c */) == 1
+yes
+#else
+no
+#endif

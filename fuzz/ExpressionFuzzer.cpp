@@ -1,8 +1,8 @@
 // The evaluator of conditional expressions: any bytes as an expression, macros already expanded.
 //
-// What must hold, besides no fault: value, success and messages are those of a reader written straight from the grammar,
-// one function for each of its rules. That reader also tells beforehand which expressions divide by zero: these end the
-// process by the arithmetic fault, as they must, and are not evaluated here.
+// What must hold, besides no fault: value, success and messages are those of a reader written straight from the
+// grammar, one function for each of its rules. That reader also tells beforehand which expressions divide by zero:
+// these end the process by the arithmetic fault, as they must, and are not evaluated here.
 
 #include <cstddef>
 #include <cstdint>

@@ -84,8 +84,8 @@ class PiecewiseInput : public std::istream {
   Buffer buffer_;
 };
 
-/// While one lives, the sum of all allocations by `operator new` is limited; std::bad_alloc is thrown beyond, so that an
-/// input that stands for an expansion without end comes to one.
+/// While one lives, the sum of all allocations by `operator new` is limited; std::bad_alloc is thrown beyond, so that
+/// an input that stands for an expansion without end comes to one.
 class AllocationBudget {
  public:
   explicit AllocationBudget(std::size_t bytes);

@@ -24,8 +24,7 @@ using qnpp::fuzz::require;
 // A lexer and all that it works with.
 class Bench {
  public:
-  Bench(std::string_view text, std::size_t piece)
-      : input_(text, piece), sink_(SIZE_MAX), diagnostics_(SIZE_MAX) {
+  Bench(std::string_view text, std::size_t piece) : input_(text, piece), sink_(SIZE_MAX), diagnostics_(SIZE_MAX) {
     output_.attach(sink_);
   }
 

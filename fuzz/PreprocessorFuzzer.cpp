@@ -1,8 +1,8 @@
 // The whole preprocessor: options, a source and headers, any bytes.
 //
-// An input is text. Lines at its beginning that start with "@" are words of the command line, in which "\n" stands for a
-// line end. The rest is cut at each "\n@@\n": the first part is the source, the others are the headers "a.h", "b.h" and
-// "c.h", which lie in an include directory.
+// An input is text. Lines at its beginning that start with "@" are words of the command line, in which "\n" stands for
+// a line end. The rest is cut at each "\n@@\n": the first part is the source, the others are the headers "a.h", "b.h"
+// and "c.h", which lie in an include directory.
 //
 // What must hold: no fault, and the same result whether the source arrives whole or in small pieces.
 
@@ -128,8 +128,8 @@ class HeaderFolder {
   std::array<std::string, kHeaderNames.size()> contents_;
 };
 
-// While one lives, only a few more files can be opened: a header that includes itself recurses until that fails, and two
-// such lines in it would double the work with every level.
+// While one lives, only a few more files can be opened: a header that includes itself recurses until that fails, and
+// two such lines in it would double the work with every level.
 class FileLimit {
  public:
   FileLimit() {
@@ -196,8 +196,8 @@ void parseWords(const std::vector<std::string>& words) {
   }};
   qnpp::fuzz::LimitedSink messages(SIZE_MAX);
   const std::vector<const char*> pointers = pointersTo(words);
-  const qnpp::OptionParser parser(static_cast<int>(pointers.size()), pointers.data(), kTable, "qnpp: ",
-                                  qnpp::PlainArguments::kAnywhere, messages);
+  const qnpp::OptionParser parser(static_cast<int>(pointers.size()), pointers.data(), kTable,
+                                  "qnpp: ", qnpp::PlainArguments::kAnywhere, messages);
   parser.reportUnknownOptions();
   parser.warnAboutRepeatedOptions();
   parser.warnAboutIgnoredWords();
@@ -225,7 +225,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   folder.fill(input.headers);
   const RunResult whole = run(input, words, qnpp::fuzz::kWhole);
   if (whole.isComplete) {
-    qnpp::fuzz::requireEqual(whole, run(input, words, qnpp::fuzz::smallPiece(size) + size % 5), "a source gives the same result in any pieces");
+    qnpp::fuzz::requireEqual(whole, run(input, words, qnpp::fuzz::smallPiece(size) + size % 5),
+                             "a source gives the same result in any pieces");
   }
   return 0;
 }

@@ -79,8 +79,8 @@ class CppLexer final : public yyCppFlexLexer {
   /// The name table's entry for the name that `copyText` handed out.
   Name* name() const { return name_; }
 
-  /// Passes over blanks in the middle of a line, as if they had been asked for one by one; perhaps not over all of them.
-  /// Returns whether there were any.
+  /// Passes over blanks in the middle of a line, as if they had been asked for one by one; perhaps not over all of
+  /// them. Returns whether there were any.
   bool passBlanks() { return (yy_hold_char == ' ' || yy_hold_char == '\t') && passBlanksInBuffer(); }
 
   /// Passes over the rest of the line, its line end included, as if its tokens had been asked for. Returns false when

@@ -26,8 +26,8 @@ struct CppMacro {
 
   /// Text behind the name's `expandedText`, unless that is `text` itself.
   std::string expandedText = {};
-  /// The generation of definitions in which the object-like macro was last used in a text line, and whether it was found
-  /// then that it has no such text.
+  /// The generation of definitions in which the object-like macro was last used in a text line, and whether it was
+  /// found then that it has no such text.
   std::uint64_t usedIn = 0;
   bool isUnsettled = false;
 };

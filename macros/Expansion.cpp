@@ -126,8 +126,8 @@ void CppPreprocessor::finishSubstitution(Expansion& expansion) {
 bool CppPreprocessor::appendExpanded(Expansion& expansion, std::uint32_t argument) {
   const SpellingRange tokens = expansion.arguments.tokens(argument);
   const bool isPlain = kShortcuts && std::none_of(tokens.begin(), tokens.end(), [](const Spelling* token) {
-    return token->name != nullptr && token->name->macro != nullptr;
-  });
+                         return token->name != nullptr && token->name->macro != nullptr;
+                       });
   if (isPlain) {
     expansion.result.append(tokens, hideSets_.joined(expansion.arguments.hideSet(argument), expansion.hideSet));
     return true;

@@ -104,8 +104,8 @@ void CppPreprocessor::expandInText() {
   }
 }
 
-// Most object-like macros come to the same text wherever they stand in a file's text lines: what is in them is plain, or
-// is another such macro. That text is kept with the name until a definition changes, and the lexer writes it without
+// Most object-like macros come to the same text wherever they stand in a file's text lines: what is in them is plain,
+// or is another such macro. That text is kept with the name until a definition changes, and the lexer writes it without
 // handing the name out. It is sought when a macro is used for the second time, so that definitions and uses that take
 // turns do not pay for it. Returns whether it is known.
 bool CppPreprocessor::findExpandedText(Name& name) {
@@ -154,8 +154,8 @@ bool CppPreprocessor::appendExpandedText(const Name& name, std::string& text) co
     const Spelling& token = *rest.front();
     rest = rest.subspan(1);
     // The names of the macros around a token are its hide set.
-    const bool isHidden = std::any_of(levels.begin(), levels.end(),
-                                      [&token](const Level& level) { return level.name == token.name; });
+    const bool isHidden =
+        std::any_of(levels.begin(), levels.end(), [&token](const Level& level) { return level.name == token.name; });
     if (isHidden || token.isPlainText()) {
       text.append(token.text());
     } else if (token.name != nullptr && hasSettledTokens(*token.name)) {

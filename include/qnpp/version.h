@@ -20,7 +20,8 @@ extern "C" {
 
 /* Numbers of the release, platform, date of the build (UTC) and revision, name of the release, such as
  *   1.0.0 win32 (Mar  5 2026, 0123456789) "Name"
- * The platform reads "win32" everywhere: programs that take the text apart rely on that word. At most 255 characters. */
+ * The platform reads "win32" everywhere: programs that take the text apart rely on that word. At most 255 characters.
+ */
 QNPP_EXPORT const char* QnGetVersionString(void);
 
 /* The same with "Quenley " in front of it. At most 255 characters. */

@@ -67,16 +67,17 @@ class AllocationFailureTest : public testing::Test {
     while (happened && number < kMostAllocations) {
       ++number;
       std::filesystem::remove(mark);
-      const Outcome outcome =
-          runFailing("export LD_PRELOAD=" QNPP_FAILING_ALLOCATION " QNPP_FAIL_MARK=mark QNPP_FAIL_ALSO=" + alsoThoseBehind +
-                         " QNPP_FAIL_AT=" + std::to_string(number),
-                     words);
+      const Outcome outcome = runFailing(
+          "export LD_PRELOAD=" QNPP_FAILING_ALLOCATION " QNPP_FAIL_MARK=mark QNPP_FAIL_ALSO=" + alsoThoseBehind +
+              " QNPP_FAIL_AT=" + std::to_string(number),
+          words);
       happened = std::filesystem::exists(mark);
       const std::string output = toFile ? folder_.read("result") : outcome.output;
       std::filesystem::remove(folder_.path() / "result");
       const std::string fault = happened ? faultOf(outcome, output) : faultOfComplete(outcome, output);
       if (!fault.empty() && wrong++ < kMostShown) {
-        ADD_FAILURE() << "allocation " << number << " fails: " << fault << "\nstatus " << outcome.status << ", messages:\n"
+        ADD_FAILURE() << "allocation " << number << " fails: " << fault << "\nstatus " << outcome.status
+                      << ", messages:\n"
                       << shortened(outcome.messages);
       }
     }

@@ -1,5 +1,6 @@
-// The engine in this very process, with an allocator that fails: every error path gives back what it holds. A build with
-// the address sanitizer looks for leaks at the end of the process; any build sees a path that does not end orderly.
+// The engine in this very process, with an allocator that fails: every error path gives back what it holds. A build
+// with the address sanitizer looks for leaks at the end of the process; any build sees a path that does not end
+// orderly.
 
 #include <gtest/gtest.h>
 

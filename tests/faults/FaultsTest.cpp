@@ -138,7 +138,8 @@ TEST_F(FaultsTest, aReadErrorEndsTheRun) {
     std::size_t read;
     std::size_t written;
   };
-  for (const auto [read, written] : {Row{0, 0}, Row{4, 0}, Row{8, 7}, Row{12, 8}, Row{16'384, 16'383}, Row{79'996, 79'992}}) {
+  for (const auto [read, written] :
+       {Row{0, 0}, Row{4, 0}, Row{8, 7}, Row{12, 8}, Row{16'384, 16'383}, Row{79'996, 79'992}}) {
     SCOPED_TRACE(read);
     const Outcome outcome = runWith(withReadFault("error:" + std::to_string(read)));
     EXPECT_EQ(outcome.status, "2");
@@ -292,7 +293,8 @@ TEST_F(FaultsTest, aFolderWithoutPermissionTakesNoOutputFile) {
   std::string preparation;
   if (::geteuid() == 0) {
     // Root may write anywhere: somebody else has to try. They must be able to reach the program and the folder.
-    std::filesystem::permissions(folder_.path(), std::filesystem::perms::others_all | std::filesystem::perms::owner_all);
+    std::filesystem::permissions(folder_.path(),
+                                 std::filesystem::perms::others_all | std::filesystem::perms::owner_all);
     std::filesystem::permissions(closed, std::filesystem::perms::others_read | std::filesystem::perms::others_exec,
                                  std::filesystem::perm_options::add);
     const std::string other = "setpriv --reuid=65534 --regid=65534 --clear-groups ";

@@ -78,14 +78,12 @@ std::vector<NamedInput> makeInputs() {
   // ---- Conditions ----
 
   add("nested_parentheses", [] { return condition(repeat(200'000, "(") + '1' + repeat(200'000, ")"), true); });
-  add("parentheses_that_are_not_closed", [] {
-    return condition(repeat(200'000, "(") + '1', false, repeat(200'000, message(1, "\")\" expected")), "1");
-  });
+  add("parentheses_that_are_not_closed",
+      [] { return condition(repeat(200'000, "(") + '1', false, repeat(200'000, message(1, "\")\" expected")), "1"); });
   add("unary_operators", [] { return condition(repeat(200'000, "!") + '1', true); });
   add("mixed_unary_operators", [] { return condition('!' + repeat(50'000, "!-~+") + '0', true); });  // ~0 is -1.
-  add("conditions_in_the_first_branch", [] {
-    return condition(repeat(100'000, "1?") + '1' + repeat(100'000, ":0"), true);
-  });
+  add("conditions_in_the_first_branch",
+      [] { return condition(repeat(100'000, "1?") + '1' + repeat(100'000, ":0"), true); });
   add("conditions_in_the_second_branch", [] { return condition(repeat(100'000, "0?0:") + '1', true); });
   add("a_sum_of_many", [] { return condition(repeat(200'000, "1+") + "0==200000", true); });
   add("operators_of_rising_strength", [] {
@@ -143,20 +141,18 @@ std::vector<NamedInput> makeInputs() {
     constexpr std::size_t kLevels = 20'000;
     return nestedCalls(kLevels, "#define f(x) (x)", "f(", ")", repeat(kLevels, "(") + 'x' + repeat(kLevels, ")"));
   });
-  add("nested_calls_that_drop_everything", [] {
-    return nestedCalls(kCalls, "#define f(x)", "f(", ")", "");
-  });
+  add("nested_calls_that_drop_everything", [] { return nestedCalls(kCalls, "#define f(x)", "f(", ")", ""); });
   add("nested_calls_that_are_stringized", [] {
     return nestedCalls(kCalls, "#define f(x) #x", "f(", ")",
                        "\"" + repeat(kCalls - 1, "f(") + 'x' + repeat(kCalls - 1, ")") + '"');
   });
   add("nested_calls_that_are_joined", [] {
     // The joined text is read again, but its names are in the hide set.
-    return nestedCalls(kCalls, "#define f(x) x##1", "f(", ")", repeat(kCalls - 1, "f(") + 'x' + repeat(kCalls - 1, ")") + '1');
+    return nestedCalls(kCalls, "#define f(x) x##1", "f(", ")",
+                       repeat(kCalls - 1, "f(") + 'x' + repeat(kCalls - 1, ")") + '1');
   });
-  add("nested_calls_that_double", [] {
-    return nestedCalls(17, "#define f(x) x x", "f(", ")", repeat((1U << 17U) - 1, "x ") + 'x');
-  });
+  add("nested_calls_that_double",
+      [] { return nestedCalls(17, "#define f(x) x x", "f(", ")", repeat((1U << 17U) - 1, "x ") + 'x'); });
   add("nested_calls_of_many_macros", [] {
     const auto define = [](std::size_t at) { return 'f' + number(at) + "(x) x"; };
     const std::string call = list(kCalls, "(", [](std::size_t at) { return 'f' + number(at); });
@@ -172,8 +168,9 @@ std::vector<NamedInput> makeInputs() {
   });
   add("calls_that_open_calls", [] {
     // Arguments are collected before anything in them is expanded, so no "r" ever closes the first call.
-    return HostileInput{"#define f(x) x\n#define l f(\n#define r )\n" + repeat(kCalls, "l ") + repeat(kCalls, "r ") + '\n',
-                        lineDirective(4) + 'f', message(5, "The macro invocation is improperly terminated"), "1"};
+    return HostileInput{
+        "#define f(x) x\n#define l f(\n#define r )\n" + repeat(kCalls, "l ") + repeat(kCalls, "r ") + '\n',
+        lineDirective(4) + 'f', message(5, "The macro invocation is improperly terminated"), "1"};
   });
   add("a_call_behind_each_call", [] {
     // The "f" that a call leaves carries itself in its hide set, so the next parentheses are plain text.
@@ -202,7 +199,8 @@ std::vector<NamedInput> makeInputs() {
   });
   add("a_chain_of_functions", [] {
     const auto define = [](std::size_t at) { return 'f' + number(at) + "(x) f" + number(at - 1) + "(x)"; };
-    return expansion("#define f0(x) x\n" + definitions(1, kChain, define), kChain + 1, 'f' + number(kChain) + "(y)", "y");
+    return expansion("#define f0(x) x\n" + definitions(1, kChain, define), kChain + 1, 'f' + number(kChain) + "(y)",
+                     "y");
   });
   add("a_chain_of_functions_that_keep_something", [] {
     const auto define = [](std::size_t at) { return 'f' + number(at) + "(x) f" + number(at - 1) + "(x+)"; };
@@ -219,13 +217,16 @@ std::vector<NamedInput> makeInputs() {
   });
   add("a_chain_of_functions_and_arguments", [] {
     // Each link hands a name on that has been expanded by then and carries all the names so far.
-    const auto define = [](std::size_t at) { return 'f' + number(at) + "(x) f" + number(at - 1) + "(x) a" + number(at); };
+    const auto define = [](std::size_t at) {
+      return 'f' + number(at) + "(x) f" + number(at - 1) + "(x) a" + number(at);
+    };
     return expansion("#define f0(x) x\n" + definitions(1, kCalls, define), kCalls + 1, 'f' + number(kCalls) + "(y)",
                      'y' + list(kCalls, "", [](std::size_t at) { return " a" + number(at + 1); }));
   });
   add("a_chain_of_empty_names", [] {
     const auto define = [](std::size_t at) { return 'a' + number(at) + " a" + number(at - 1) + " a" + number(at - 1); };
-    return expansion("#define a0\n" + definitions(1, 16, define), 17, "x a16 y", "x " + repeat((1U << 16U) - 1, " ") + " y");
+    return expansion("#define a0\n" + definitions(1, 16, define), 17, "x a16 y",
+                     "x " + repeat((1U << 16U) - 1, " ") + " y");
   });
   add("many_definitions", [] {
     const auto define = [](std::size_t at) { return 'a' + number(at) + " x"; };
@@ -254,8 +255,8 @@ std::vector<NamedInput> makeInputs() {
   add("many_parameters", [] {
     const auto parameter = [](std::size_t at) { return 'p' + number(at); };
     const auto backwards = [](std::size_t at) { return 'p' + number(kParameters - 1 - at); };
-    return expansion("#define f(" + list(kParameters, ",", parameter) + ") " + list(kParameters, " ", backwards) + '\n', 1,
-                     "f(" + list(kParameters, ",", number) + ')',
+    return expansion("#define f(" + list(kParameters, ",", parameter) + ") " + list(kParameters, " ", backwards) + '\n',
+                     1, "f(" + list(kParameters, ",", number) + ')',
                      list(kParameters, " ", [](std::size_t at) { return number(kParameters - 1 - at); }));
   });
   add("many_parameters_used_twice", [] {
@@ -273,9 +274,8 @@ std::vector<NamedInput> makeInputs() {
     return expansion("#define f(" + repeat(kParameters - 1, "p,") + "p) p\n", 1,
                      "f(" + repeat(kParameters - 1, "1,") + "2)", "2");
   });
-  add("a_chain_of_joins", [] {
-    return expansion("#define f(x) x" + repeat(100'000, "##x") + '\n', 1, "f(a)", repeat(100'001, "a"));
-  });
+  add("a_chain_of_joins",
+      [] { return expansion("#define f(x) x" + repeat(100'000, "##x") + '\n', 1, "f(a)", repeat(100'001, "a")); });
   add("joins_without_operands", [] {
     return HostileInput{"#define f(x) " + repeat(100'000, "##") + "\nf(a)\n", lineDirective(2) + '\n',
                         message(2, "'##' operator cannot be at the beginning of the replacement list"), "1"};
@@ -306,8 +306,8 @@ std::vector<NamedInput> makeInputs() {
   add("a_long_comment", [] { return HostileInput{"x/*" + repeat(kLong, "y") + "*/z\n", "x z\n", ""}; });
   add("a_long_comment_of_stars", [] { return HostileInput{"x/*" + repeat(kLong, "*") + "/z\n", "x z\n", ""}; });
   add("a_comment_over_many_lines", [] {
-    return HostileInput{"/*" + repeat(kLong, "\n") + "*/z\n",
-                        repeat(kLong, "\n") + lineDirective(kLong + 1) + " z\n", ""};
+    return HostileInput{"/*" + repeat(kLong, "\n") + "*/z\n", repeat(kLong, "\n") + lineDirective(kLong + 1) + " z\n",
+                        ""};
   });
   add("a_comment_that_is_not_closed", [] {
     return HostileInput{"x/*" + repeat(kLong, "y"), "x \n", "1: unterminated comment.\n"};
@@ -337,9 +337,9 @@ std::vector<NamedInput> makeInputs() {
                         message(1, "the indicated directive is not a recognized preprocessing directive"), "1"};
   });
   add("unknown_directives", [] {
-    return HostileInput{repeat(100'000, "#x\n"), "",
-                        messageForEach(100'000, "the indicated directive is not a recognized preprocessing directive", 1),
-                        "1"};
+    return HostileInput{
+        repeat(100'000, "#x\n"), "",
+        messageForEach(100'000, "the indicated directive is not a recognized preprocessing directive", 1), "1"};
   });
 
   // ---- Long operands of directives ----

@@ -42,7 +42,8 @@ std::string ScratchFolder::read(const std::string& name) const {
 
 Outcome run(const ScratchFolder& folder, const Invocation& invocation) {
   golden::ProcessRequest request;
-  request.command = {"/bin/sh", "-c", "exec >the.output\n" + invocation.preparation + "\nexec \"$@\"", "sh", QNPP_PROGRAM};
+  request.command = {"/bin/sh", "-c", "exec >the.output\n" + invocation.preparation + "\nexec \"$@\"", "sh",
+                     QNPP_PROGRAM};
   request.command.insert(request.command.end(), invocation.words.begin(), invocation.words.end());
   request.workingFolder = folder.path();
   // Sanitizers make everything several times slower.

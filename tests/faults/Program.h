@@ -40,7 +40,8 @@ struct Outcome {
   std::string messages;
 };
 
-// Runs the program in `folder`. Its output goes to a file there, "the.output", unless the preparation sends it elsewhere.
+// Runs the program in `folder`. Its output goes to a file there, "the.output", unless the preparation sends it
+// elsewhere.
 Outcome run(const ScratchFolder& folder, const Invocation& invocation);
 
 // `text`, `count` times.

@@ -708,20 +708,23 @@ class Preprocessor:
 
     def run(self):
         while self.peek() != TK_END:
-            leading = self.skip_blanks()
-            kind = self.get()
-            if self.skipping:
-                self.skipped_line(kind)
-            elif kind == TK_NEWLINE:
-                self.write(b"\n")
-                self.count_output_line()
-            elif kind == HASH:
-                self.skip_blanks()
-                self.directive(self.get())
-            else:
-                self.text_line(kind, leading)
+            self.next_line()
         self.check_end_of_file()
         return self.error_flag
+
+    def next_line(self):
+        leading = self.skip_blanks()
+        kind = self.get()
+        if self.skipping:
+            self.skipped_line(kind)
+        elif kind == TK_NEWLINE:
+            self.write(b"\n")
+            self.count_output_line()
+        elif kind == HASH:
+            self.skip_blanks()
+            self.directive(self.get())
+        else:
+            self.text_line(kind, leading)
 
     def text_line(self, kind, leading):
         if self.output_line != self.file.line():
@@ -746,19 +749,22 @@ class Preprocessor:
         if kind == TK_NEWLINE:
             return
         if kind in self.CONDITIONALS:
-            self.CONDITIONALS[kind](self)
+            self.conditional(kind)
         elif kind in self.OTHER_DIRECTIVES:
             self.OTHER_DIRECTIVES[kind](self)
         else:
             self.report_error(b"the indicated directive is not a recognized preprocessing directive")
             self.discard_line()
 
+    def conditional(self, kind):
+        self.CONDITIONALS[kind](self)
+
     def skipped_line(self, kind):
         if kind == HASH:
             self.skip_blanks()
             kind = self.get()
             if kind in self.CONDITIONALS:
-                self.CONDITIONALS[kind](self)
+                self.conditional(kind)
                 return
             # One token is always read first, so a "#" alone takes the next line with it.
             self.discard_line()
@@ -1626,11 +1632,13 @@ class CommandLine:
 class Run:
     """One run of the program: `status` is the exit status, negative for a signal as in the subprocess module."""
 
+    PREPROCESSOR = Preprocessor
+
     def __init__(self, words, stdin, steps=None, bytes_limit=None, file_depth=None):
         self.streams = Streams(steps, bytes_limit, file_depth)
         self.output_file = None
         self.output_bytes = bytearray()
-        self.preprocessor = Preprocessor(self.streams, stdin)
+        self.preprocessor = self.PREPROCESSOR(self.streams, stdin)
         try:
             self.status = 1
             if self.drive(CommandLine(words)):

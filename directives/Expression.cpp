@@ -332,8 +332,8 @@ void CppPreprocessor::evaluate(CppExprValue& result, bool& ok) { result = Expres
 // division is undefined, out of it. The output written so far still arrives.
 void CppPreprocessor::raiseArithmeticFault() {
   output_.flush();
-  std::signal(SIGFPE, SIG_DFL);
-  std::raise(SIGFPE);
+  static_cast<void>(std::signal(SIGFPE, SIG_DFL));
+  static_cast<void>(std::raise(SIGFPE));
   std::abort();  // Only if the signal is blocked.
 }
 

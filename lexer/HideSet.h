@@ -20,6 +20,8 @@ class HideSet {
   HideSet() = default;
   HideSet(const HideSet& other) noexcept : root_(other.root_) { retain(root_); }
   HideSet(HideSet&& other) noexcept : root_(std::exchange(other.root_, nullptr)) {}
+  // Retaining comes first, so that assigning a set to itself does no harm.
+  // NOLINTNEXTLINE(bugprone-unhandled-self-assignment,cert-oop54-cpp)
   HideSet& operator=(const HideSet& other) noexcept {
     retain(other.root_);
     release(std::exchange(root_, other.root_));

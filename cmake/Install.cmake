@@ -60,8 +60,10 @@ install(FILES integrations/vim/compiler/qnpp.vim DESTINATION "${CMAKE_INSTALL_DA
 install(FILES integrations/emacs/qnpp.el DESTINATION "${CMAKE_INSTALL_DATADIR}/emacs/site-lisp")
 install(FILES integrations/ci/qnpp-problem-matcher.json DESTINATION "${CMAKE_INSTALL_DATADIR}/qnpp")
 
-file(GLOB documents CONFIGURE_DEPENDS README.md CHANGELOG.md docs/*.md)
-install(FILES ${documents} DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+# In the folders that they have here: they refer to one another.
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+file(GLOB documents CONFIGURE_DEPENDS docs/*.md)
+install(FILES ${documents} DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}" PATTERN "*.sh" EXCLUDE)
 install(PROGRAMS examples/build-pkg-config/build.sh DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples/build-pkg-config")
 

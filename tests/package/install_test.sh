@@ -32,7 +32,11 @@ share/vim/vimfiles/compiler/qnpp.vim
 share/zsh/site-functions/_qnpp'
 found=$(cd "$prefix" && find . -type f -not -path './share/doc/*' | sed 's|^\./||' | LC_ALL=C sort)
 same 'what is installed' "$expected" "$(sed 's/qnppTargets-[a-z]*/qnppTargets-BUILD/' <<<"$found")"
-check 'the manual for the web is installed' [ -s "$prefix/share/doc/qnpp/qnpp.1.md" ]
+check 'the manual for the web is installed' [ -s "$prefix/share/doc/qnpp/docs/qnpp.1.md" ]
+# The targets of its links, but for addresses and places within itself.
+for link in $(grep -oE '\]\([^)#]+' "$prefix/share/doc/qnpp/README.md" | sed 's/^](//' | grep -v ://); do
+  check "the installed README finds $link" [ -e "$prefix/share/doc/qnpp/$link" ]
+done
 check 'the scripts of the examples can be run' [ -x "$prefix/share/doc/qnpp/examples/build-pkg-config/build.sh" ]
 check 'the examples are installed' [ -s "$prefix/share/doc/qnpp/examples/build-cmake/CMakeLists.txt" ]
 same 'only the program and scripts can be run' '' \

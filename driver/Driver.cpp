@@ -93,7 +93,7 @@ bool addIncludeDirectories(const OptionParser& options, CppPreprocessor& preproc
 Driver::Driver(std::ostream& output, std::ostream& messages) : output_(output), messages_(messages) {}
 
 bool Driver::prepare(int argc, const char* const* argv, CppPreprocessor& preprocessor) {
-  const OptionParser options(argc, argv, kOptions, kMessagePrefix, PlainArguments::kAnywhere, messages_);
+  const OptionParser options(argc, argv, kOptions, kMessagePrefix, PlainArguments::Anywhere, messages_);
   if (options.reportUnknownOptions()) return false;
   if (options.reportMisplacedArguments()) return false;
   options.warnAboutRepeatedOptions();

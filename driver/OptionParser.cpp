@@ -56,7 +56,7 @@ void OptionParser::parse() {
       ++position;
       continue;
     }
-    if (plainArguments_ == PlainArguments::kBehindOptions) misplacePlainArguments();
+    if (plainArguments_ == PlainArguments::BehindOptions) misplacePlainArguments();
 
     const OptionEntry* entry = findEntry(withoutDash(word));
     if (entry == nullptr) {

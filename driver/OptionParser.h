@@ -29,7 +29,7 @@ struct OptionEntry {
 };
 
 /// Where on the command line plain arguments (words that do not begin with `-`) are accepted.
-enum class PlainArguments { kAnywhere, kBehindOptions };
+enum class PlainArguments { Anywhere, BehindOptions };
 
 /// A command line, taken apart by a table of options.
 ///

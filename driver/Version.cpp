@@ -14,9 +14,9 @@ constexpr const char* kPlatformName = "win32";
 class VersionText {
  public:
   explicit VersionText(const char* lead) {
-    std::snprintf(buffer_, sizeof buffer_, "%s%d.%d.%d %s (%s%s) \"%s\"", lead, build_info::kMajor, build_info::kMinor,
-                  build_info::kPatch, kPlatformName, build_info::kDate, build_info::kIdentifierSuffix,
-                  build_info::kReleaseName);
+    static_cast<void>(std::snprintf(buffer_, sizeof buffer_, "%s%d.%d.%d %s (%s%s) \"%s\"", lead, build_info::kMajor,
+                                    build_info::kMinor, build_info::kPatch, kPlatformName, build_info::kDate,
+                                    build_info::kIdentifierSuffix, build_info::kReleaseName));
   }
 
   const char* get() const { return buffer_; }

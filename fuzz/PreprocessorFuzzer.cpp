@@ -197,7 +197,7 @@ void parseWords(const std::vector<std::string>& words) {
   qnpp::fuzz::LimitedSink messages(SIZE_MAX);
   const std::vector<const char*> pointers = pointersTo(words);
   const qnpp::OptionParser parser(static_cast<int>(pointers.size()), pointers.data(), kTable,
-                                  "qnpp: ", qnpp::PlainArguments::kAnywhere, messages);
+                                  "qnpp: ", qnpp::PlainArguments::Anywhere, messages);
   parser.reportUnknownOptions();
   parser.warnAboutRepeatedOptions();
   parser.warnAboutIgnoredWords();

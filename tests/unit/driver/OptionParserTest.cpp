@@ -25,7 +25,7 @@ constexpr std::array<OptionEntry, 7> kTable{{
 // A parser together with the words and the messages that it looks into.
 class Parsed {
  public:
-  Parsed(std::initializer_list<const char*> words, PlainArguments plainArguments = PlainArguments::kAnywhere)
+  Parsed(std::initializer_list<const char*> words, PlainArguments plainArguments = PlainArguments::Anywhere)
       : argv_(withProgramName(words)),
         parser_(static_cast<int>(argv_.size()), argv_.data(), kTable, "p: ", plainArguments, messages_) {}
 
@@ -92,7 +92,7 @@ TEST(OptionParser, NothingIsPresentOnAnEmptyCommandLine) {
 TEST(OptionParser, SurvivesAnEmptyArgv) {
   std::ostringstream messages;
   const char* const none[] = {nullptr};
-  const OptionParser parser(0, none, kTable, "p: ", PlainArguments::kAnywhere, messages);
+  const OptionParser parser(0, none, kTable, "p: ", PlainArguments::Anywhere, messages);
   EXPECT_EQ(parser.plainArgumentCount(), 0U);
 }
 
@@ -300,15 +300,15 @@ TEST(OptionParser, RepeatedLettersAreNoRepetition) {
 }
 
 TEST(OptionParser, PlainArgumentsBeforeAnOptionAreMisplacedWhereOptionsComeFirst) {
-  Parsed parsed({"-DA", "a", "b", "-o", "out", "c"}, PlainArguments::kBehindOptions);
+  Parsed parsed({"-DA", "a", "b", "-o", "out", "c"}, PlainArguments::BehindOptions);
   EXPECT_TRUE(parsed->reportMisplacedArguments());
   EXPECT_EQ(parsed.messages(),
             "p: 'a' argument is misplaced ('-h' for help)\n"
             "p: 'b' argument is misplaced ('-h' for help)\n");
   EXPECT_EQ(parsed.plainArguments(), "<c>");
 
-  EXPECT_FALSE(Parsed({"-o", "out", "c"}, PlainArguments::kBehindOptions)->reportMisplacedArguments());
-  EXPECT_FALSE(Parsed({"a", "-v"}, PlainArguments::kAnywhere)->reportMisplacedArguments());
+  EXPECT_FALSE(Parsed({"-o", "out", "c"}, PlainArguments::BehindOptions)->reportMisplacedArguments());
+  EXPECT_FALSE(Parsed({"a", "-v"}, PlainArguments::Anywhere)->reportMisplacedArguments());
 }
 
 }  // namespace

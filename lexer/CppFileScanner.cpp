@@ -68,7 +68,7 @@ bool CppFileScanner::skipLine() {
   if (kShortcuts && !hasPeek_ && !atLineStart_) {
     static_cast<void>(lexer_->skipLine());
     atLineStart_ = true;
-    return true;
+    return true;  // An input that has ended instead owed this line its line end.
   }
   CppTokenKind kind = get();
   while (kind != TK_NEWLINE && kind != TK_END) {

@@ -81,10 +81,16 @@ class CppLexer final : public yyCppFlexLexer {
 
   /// Passes over blanks in the middle of a line, as if they had been asked for one by one; perhaps not over all of
   /// them. Returns whether there were any.
-  bool passBlanks() { return (yy_hold_char == ' ' || yy_hold_char == '\t') && passBlanksInBuffer(); }
+  bool passBlanks() {
+    if (yy_hold_char != ' ' && yy_hold_char != '\t') {
+      return false;
+    }
+    passBlanksInBuffer();
+    return true;
+  }
 
   /// Passes over the rest of the line, its line end included, as if its tokens had been asked for. Returns false when
-  /// the input ended before a line end.
+  /// the input ended before a line end. To be called in the middle of a line only, so behind some token of it.
   bool skipLine();
 
   /// From the start of a line: passes over whole lines that cannot be directives, writing an empty line for each. Stops
@@ -139,7 +145,7 @@ class CppLexer final : public yyCppFlexLexer {
 
   void countLine() { line_ = static_cast<std::int32_t>(static_cast<std::uint32_t>(line_) + 1U); }
 
-  bool passBlanksInBuffer();
+  void passBlanksInBuffer();
 
   // Parts of copyText: writes the token and the plain characters behind it; does so for a name, or for what it is known
   // to expand to; goes on behind a line end.

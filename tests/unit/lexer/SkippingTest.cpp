@@ -135,6 +135,21 @@ TEST(SkippingTest, TheFirstLineMayBeSkippedBeforeAnythingIsRead) {
   EXPECT_EQ(reading.scanner.text(), "e");
 }
 
+// Reading such a comment has met the end of the input: nothing is left to skip, and nothing comes behind it.
+TEST(SkippingTest, BehindACommentThatTheInputEndsInNothingIsLeftOfTheLine) {
+  for (const std::string_view text : {"x // c", "x /* c */", "x /* c"}) {
+    InputText input;
+    input.reset(text);
+    LexerSetting setting;
+    CppLexer lexer(input, setting.context);
+    EXPECT_EQ(lexer.next(), TK_IDENTIFIER);
+    EXPECT_EQ(lexer.next(), TK_SPACE);
+    EXPECT_EQ(lexer.next(), TK_SPACE);
+    EXPECT_FALSE(lexer.skipLine()) << text;
+    EXPECT_EQ(lexer.next(), TK_END) << text;
+  }
+}
+
 // At the start of a line and behind a look ahead the tokens are handed out one by one.
 TEST(SkippingTest, BlanksArePassedOverInTheMiddleOfALine) {
   Reading reading("  a \t b \n  c\n", 100);

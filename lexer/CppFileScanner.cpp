@@ -22,7 +22,7 @@ CppTokenKind CppFileScanner::peek() {
   if (!hasPeek_) {
     const std::int32_t line = lexer_->line();
     peekKind_ = lexer_->next();
-    linesLookedAt_ = difference(lexer_->line(), line);
+    linesLookedAt_ = subtractLines(lexer_->line(), line);
     hasPeek_ = true;
   }
   return peekKind_ == TK_END && !atLineStart_ ? TK_NEWLINE : peekKind_;

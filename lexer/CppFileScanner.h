@@ -9,6 +9,7 @@
 
 #include "lexer/CppLexer.h"
 #include "lexer/CppScanner.h"
+#include "lexer/LineNumber.h"
 #include "lexer/Shortcuts.h"
 
 namespace qnpp {
@@ -31,9 +32,9 @@ class CppFileScanner final : public CppScanner {
   const std::string& fileName() const { return fileName_; }
   void setFileName(std::string name) { fileName_ = std::move(name); }
 
-  std::int32_t line() const { return difference(lexer_->line(), linesLookedAt_); }
+  std::int32_t line() const { return subtractLines(lexer_->line(), linesLookedAt_); }
   /// Makes `line` the number of the current line; a line end that has been looked at counts from there.
-  void setLine(std::int32_t line) { lexer_->setLine(difference(line, difference(0, linesLookedAt_))); }
+  void setLine(std::int32_t line) { lexer_->setLine(addLines(line, linesLookedAt_)); }
 
   CppTokenKind peek() override;
   CppTokenKind get() override;
@@ -54,10 +55,6 @@ class CppFileScanner final : public CppScanner {
   void skipPlainLines();
 
  private:
-  // Line numbers wrap as 32-bit numbers.
-  static std::int32_t difference(std::int32_t a, std::int32_t b) {
-    return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
-  }
   CppTokenKind taken(CppTokenKind kind);
 
   std::string fileName_;

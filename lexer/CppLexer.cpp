@@ -132,7 +132,7 @@ bool CppLexer::copyName() {
 
 bool CppLexer::copyLineEnd() {
   OutputBuffer& output = context_.output;
-  const auto lineEnded = static_cast<std::int32_t>(static_cast<std::uint32_t>(line_) - 1U);
+  const std::int32_t lineEnded = subtractLines(line_, 1);
   if (output.line() != lineEnded) {
     return false;  // The next text line needs a line directive.
   }

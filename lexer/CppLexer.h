@@ -17,6 +17,7 @@
 #include <string_view>
 
 #include "lexer/CppTokenKind.h"
+#include "lexer/LineNumber.h"
 #include "lexer/NameTable.h"
 #include "lexer/OutputBuffer.h"
 
@@ -143,7 +144,7 @@ class CppLexer final : public yyCppFlexLexer {
     return kind;
   }
 
-  void countLine() { line_ = static_cast<std::int32_t>(static_cast<std::uint32_t>(line_) + 1U); }
+  void countLine() { line_ = addLines(line_, 1); }
 
   void passBlanksInBuffer();
 

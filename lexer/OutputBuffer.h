@@ -8,6 +8,8 @@
 #include <ostream>
 #include <string_view>
 
+#include "lexer/LineNumber.h"
+
 namespace qnpp {
 
 /// Collects the output in blocks and hands them to a stream; the stream is borrowed and must outlive the buffer.
@@ -59,10 +61,10 @@ class OutputBuffer {
   std::int32_t line() const { return line_; }
   void setLine(std::int32_t line) { line_ = line; }
 
-  /// Ends a line of the output that stands for one line of the source. The count wraps as a 32-bit number.
+  /// Ends a line of the output that stands for one line of the source.
   void endLine() {
     write('\n');
-    line_ = static_cast<std::int32_t>(static_cast<std::uint32_t>(line_) + 1U);
+    line_ = addLines(line_, 1);
   }
 
  private:

@@ -1,41 +1,19 @@
 #include "lexer/CppLexer.h"
 
-#include <array>
 #include <utility>
 
 #include "lexer/ByteScan.h"
+#include "lexer/ByteSet.h"
 
 namespace qnpp {
 namespace {
-
-using ByteSet = std::array<bool, 256>;
-
-constexpr bool has(const ByteSet& set, char byte) { return set[static_cast<unsigned char>(byte)]; }
-
-constexpr ByteSet bytesOf(std::string_view bytes) {
-  ByteSet set{};
-  for (const char byte : bytes) {
-    set[static_cast<unsigned char>(byte)] = true;
-  }
-  return set;
-}
-
-constexpr ByteSet allBytesBut(std::string_view bytes) {
-  ByteSet set = bytesOf(bytes);
-  for (bool& member : set) {
-    member = !member;
-  }
-  return set;
-}
-
-constexpr std::string_view kWordBytes = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
 
 // In text every operator and blank is written as it stands, whichever token it belongs to; only words, numbers (a word
 // may follow one directly), literals, comments and line ends have to be found by the scanner.
 constexpr ByteSet kPlainInText = [] {
   ByteSet set = allBytesBut(std::string_view("\"'/\\\r\n\0", 7));
-  for (const char byte : kWordBytes) {
-    set[static_cast<unsigned char>(byte)] = false;
+  for (std::size_t byte = 0; byte < set.size(); ++byte) {
+    set[byte] = set[byte] && !kWordBytes[byte];
   }
   return set;
 }();

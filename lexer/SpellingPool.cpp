@@ -4,12 +4,10 @@
 #include <limits>
 #include <new>
 
+#include "lexer/ByteSet.h"
+
 namespace qnpp {
 namespace {
-
-bool isWordByte(char byte) {
-  return (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || byte == '_' || (byte >= '0' && byte <= '9');
-}
 
 // True for a text that is an identifier or a word with a kind of its own: by far the commonest joined text.
 bool isWord(std::string_view text) {

@@ -1,22 +1,10 @@
 #include "macros/Arguments.h"
 
-#include <algorithm>
-#include <array>
-
+#include "lexer/ByteSet.h"
 #include "lexer/Shortcuts.h"
 
 namespace qnpp {
 namespace {
-
-constexpr std::array<bool, 256> kWordBytes = [] {
-  std::array<bool, 256> set{};
-  for (const char byte : std::string_view("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789")) {
-    set[static_cast<unsigned char>(byte)] = true;
-  }
-  return set;
-}();
-
-bool isWordByte(char byte) { return kWordBytes[static_cast<unsigned char>(byte)]; }
 
 void appendTexts(SpellingRange tokens, std::string& text) {
   for (const Spelling* const token : tokens) {

@@ -1,0 +1,34 @@
+// Classes of bytes: one look into a table tells whether a byte is in one.
+#pragma once
+
+#include <array>
+#include <string_view>
+
+namespace qnpp {
+
+using ByteSet = std::array<bool, 256>;
+
+constexpr bool has(const ByteSet& set, char byte) { return set[static_cast<unsigned char>(byte)]; }
+
+constexpr ByteSet bytesOf(std::string_view bytes) {
+  ByteSet set{};
+  for (const char byte : bytes) {
+    set[static_cast<unsigned char>(byte)] = true;
+  }
+  return set;
+}
+
+constexpr ByteSet allBytesBut(std::string_view bytes) {
+  ByteSet set = bytesOf(bytes);
+  for (bool& member : set) {
+    member = !member;
+  }
+  return set;
+}
+
+/// What names and numbers consist of.
+inline constexpr ByteSet kWordBytes = bytesOf("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789");
+
+constexpr bool isWordByte(char byte) { return has(kWordBytes, byte); }
+
+}  // namespace qnpp

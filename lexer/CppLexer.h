@@ -38,12 +38,12 @@ class FatalLexerError : public std::exception {
 struct LexerContext {
   OutputBuffer& output;         ///< Gets the line ends inside comments.
   std::ostream& diagnostics;    ///< Gets the message about an unterminated comment.
-  const NameTable& names;       ///< Tells `copyText` which words may be macros.
+  const NameTable& names;       ///< Tells `copyText` which words are macros, and what some of them come to.
   std::uint64_t& commentCount;  ///< Counts the comments read: a text that holds one is lexed anew at each use.
 };
 
 /// Turns a byte stream into tokens. flex generates the scanner from CppLexer.l; this class adds the counters, the
-/// readers for comments and literals, and two ways to pass over text without handing out each token.
+/// readers for comments and literals, and ways to pass over text without handing out each token.
 ///
 /// The literal, comment and skipping readers walk through the scanner's own buffer. The pattern matcher would walk a
 /// long literal again for every quote in it that opens none, and through a long comment character by character.
@@ -71,7 +71,8 @@ class CppLexer final : public yyCppFlexLexer {
   void setLine(std::int32_t line) { line_ = line; }
 
   /// Writes the tokens that follow to the output as they stand, up to the next one that the engine has to see: a name
-  /// with a macro definition, `_Pragma`, a line end, or the end of the input. That one is handed out like by `next`.
+  /// with a macro definition, `_Pragma`, a line end, or the end of the input. That one is handed out like by `next`. A
+  /// macro whose expanded text is known (see Name) need not be seen: that text is written in the place of the name.
   ///
   /// Goes on behind a line end when the output is in step with the input (the output line is the current line) and the
   /// next line is sure to be a plain text line. To be called in the middle of a text line only.

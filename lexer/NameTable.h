@@ -23,7 +23,8 @@ struct Name {
   HideSet alone;              ///< The set of this name only, once it has been asked for (see HideSetCache).
   std::uint32_t id = 0;       ///< Position in the order of appearance, from 0.
 
-  // What the object-like macro comes to in a text line of a file, if that is known (see NameTable::generation).
+  // What the object-like macro comes to in a text line of a file, if that is known (see NameTable::generation). The
+  // bytes are the macro's.
   std::uint32_t expandedSize = 0;
   const char* expandedData = nullptr;
   std::uint64_t expandedIn = 0;

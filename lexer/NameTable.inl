@@ -1,4 +1,4 @@
-// Inlined parts of NameTable: the scanner asks for every word of the text.
+// Inlined parts of NameTable, for the scanner asks about every word of the text; and of Spelling what looks into a Name.
 #pragma once
 
 #include <cstring>

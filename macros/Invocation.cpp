@@ -81,6 +81,7 @@ void CppPreprocessor::expandInText() {
     return;
   }
   if (name->macro->functionLike) {
+    // A copy, since the cache's answer holds until its next question only.
     expandFunctionLikeInText(*name, HideSet(hideSets_.with(current_->hideSet(), *name)));
     return;
   }

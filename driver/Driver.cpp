@@ -11,7 +11,6 @@
 #include "qnpp/version.h"
 
 namespace qnpp {
-
 namespace {
 
 // The name of the program in what it says, however it was called.
@@ -69,7 +68,9 @@ bool answerQuestions(const OptionParser& options, std::ostream& output) {
 // `-DNAME=text` defines NAME as the text behind the first "=", which may be empty; `-DNAME` defines it as 1.
 bool defineMacros(const OptionParser& options, CppMacroTable& macros) {
   const auto values = options.letterValues("D");
-  if (!values) return false;
+  if (!values) {
+    return false;
+  }
   for (const std::string_view value : *values) {
     const std::size_t equals = value.find('=');
     if (equals == std::string_view::npos) {
@@ -83,8 +84,12 @@ bool defineMacros(const OptionParser& options, CppMacroTable& macros) {
 
 bool addIncludeDirectories(const OptionParser& options, CppPreprocessor& preprocessor) {
   const auto directories = options.letterValues("I");
-  if (!directories) return false;
-  for (const std::string_view directory : *directories) preprocessor.addIncludeDirectory(std::string(directory));
+  if (!directories) {
+    return false;
+  }
+  for (const std::string_view directory : *directories) {
+    preprocessor.addIncludeDirectory(std::string(directory));
+  }
   return true;
 }
 
@@ -94,29 +99,28 @@ Driver::Driver(std::ostream& output, std::ostream& messages) : output_(output), 
 
 bool Driver::prepare(int argc, const char* const* argv, CppPreprocessor& preprocessor) {
   const OptionParser options(argc, argv, kOptions, kMessagePrefix, PlainArguments::Anywhere, messages_);
-  if (options.reportUnknownOptions()) return false;
-  if (options.reportMisplacedArguments()) return false;
+  if (options.reportUnknownOptions() || options.reportMisplacedArguments()) {
+    return false;
+  }
   options.warnAboutRepeatedOptions();
-  if (answerQuestions(options, output_)) return false;
+  if (answerQuestions(options, output_)) {
+    return false;
+  }
 
-  if (!defineMacros(options, preprocessor.macroTable())) return false;
-  if (!addIncludeDirectories(options, preprocessor)) return false;
-
+  if (!defineMacros(options, preprocessor.macroTable()) || !addIncludeDirectories(options, preprocessor)) {
+    return false;
+  }
   // The file is made before the rest of the command line is looked at, so a later mistake leaves it behind empty.
-  if (options.isPresent("o")) {
-    const auto fileName = options.value("o");
-    if (!fileName) return false;
-    outputFile_ = std::make_unique<std::ofstream>(std::string(*fileName));
-    if (!outputFile_->is_open()) {
-      messages_ << kMessagePrefix << "cannot open output file '" << *fileName << "'\n";
-      return false;
-    }
+  if (!openOutputFile(options)) {
+    return false;
   }
 
   std::string sourceName;
   if (options.isPresent("s")) {
     const auto name = options.value("s");
-    if (!name) return false;
+    if (!name) {
+      return false;
+    }
     sourceName = *name;
   }
 
@@ -126,11 +130,30 @@ bool Driver::prepare(int argc, const char* const* argv, CppPreprocessor& preproc
   }
   // An empty file name means standard input.
   std::string fileName;
-  if (options.plainArgumentCount() == 1) fileName = options.plainArgument(0);
+  if (options.plainArgumentCount() == 1) {
+    fileName = options.plainArgument(0);
+  }
 
   preprocessor.setOutput(textOutput());
   preprocessor.openSource(fileName, sourceName);
   return !preprocessor.hasError();
+}
+
+// Makes the file of `-o`, if there is one. Reports and returns false when that cannot be done.
+bool Driver::openOutputFile(const OptionParser& options) {
+  if (!options.isPresent("o")) {
+    return true;
+  }
+  const auto fileName = options.value("o");
+  if (!fileName) {
+    return false;
+  }
+  outputFile_ = std::make_unique<std::ofstream>(std::string(*fileName));
+  if (!outputFile_->is_open()) {
+    messages_ << kMessagePrefix << "cannot open output file '" << *fileName << "'\n";
+    return false;
+  }
+  return true;
 }
 
 void Driver::flush() {
@@ -140,7 +163,9 @@ void Driver::flush() {
 }
 
 std::ostream& Driver::textOutput() {
-  if (outputFile_) return *outputFile_;
+  if (outputFile_) {
+    return *outputFile_;
+  }
   return output_;
 }
 

@@ -1,3 +1,4 @@
+// What the program does around a run: the command line and the streams.
 #pragma once
 
 #include <fstream>
@@ -7,6 +8,7 @@
 namespace qnpp {
 
 class CppPreprocessor;
+class OptionParser;
 
 /// Turns a command line into a preprocessor that is ready to run.
 ///
@@ -26,11 +28,12 @@ class Driver {
   void flush();
 
  private:
+  bool openOutputFile(const OptionParser& options);
   std::ostream& textOutput();
 
-  std::ostream& output_;                       ///< Borrowed.
-  std::ostream& messages_;                     ///< Borrowed.
-  std::unique_ptr<std::ofstream> outputFile_;  ///< Null without `-o`.
+  std::ostream& output_;                       // Borrowed.
+  std::ostream& messages_;                     // Borrowed.
+  std::unique_ptr<std::ofstream> outputFile_;  // Null without `-o`.
 };
 
 }  // namespace qnpp

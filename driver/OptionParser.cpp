@@ -3,7 +3,6 @@
 #include <algorithm>
 
 namespace qnpp {
-
 namespace {
 
 // Keys of the records that stand for no option of the table.
@@ -25,7 +24,9 @@ std::string joinOtherWords(std::span<const std::string_view> words, std::size_t 
     text.append(words[i]).push_back(' ');
   }
   for (std::size_t i = position + 1; i < words.size(); ++i) {
-    if (i > position + 1) text.push_back(' ');
+    if (i > position + 1) {
+      text.push_back(' ');
+    }
     text.append(words[i]);
   }
   return text;
@@ -34,7 +35,9 @@ std::string joinOtherWords(std::span<const std::string_view> words, std::size_t 
 std::string fillNumber(std::string_view message, std::size_t number) {
   std::string text(message);
   const std::size_t place = text.find("%d");
-  if (place != std::string::npos) text.replace(place, 2, std::to_string(number));
+  if (place != std::string::npos) {
+    text.replace(place, 2, std::to_string(number));
+  }
   return text;
 }
 
@@ -43,7 +46,9 @@ std::string fillNumber(std::string_view message, std::size_t number) {
 OptionParser::OptionParser(int argc, const char* const* argv, std::span<const OptionEntry> table,
                            std::string_view prefix, PlainArguments plainArguments, std::ostream& messages)
     : table_(table), prefix_(prefix), plainArguments_(plainArguments), messages_(messages) {
-  for (int i = 1; i < argc; ++i) words_.emplace_back(argv[i]);
+  for (int i = 1; i < argc; ++i) {
+    words_.emplace_back(argv[i]);
+  }
   parse();
 }
 
@@ -77,7 +82,9 @@ void OptionParser::parse() {
 const OptionEntry* OptionParser::findEntry(std::string_view option) const {
   for (const OptionEntry& entry : table_) {
     const bool matches = entry.isLetter() ? option.starts_with(entry.name[0]) : option == entry.name;
-    if (matches) return &entry;
+    if (matches) {
+      return &entry;
+    }
   }
   return nullptr;
 }
@@ -85,13 +92,14 @@ const OptionEntry* OptionParser::findEntry(std::string_view option) const {
 void OptionParser::recordValueless(const OptionEntry& entry, std::size_t position) {
   events_.push_back({entry.name, std::string()});
   std::string ignored = joinOtherWords(words_, position);
-  if (!ignored.empty()) events_.push_back({kIgnoredWords, std::move(ignored)});
+  if (!ignored.empty()) {
+    events_.push_back({kIgnoredWords, std::move(ignored)});
+  }
 }
 
 // The next word may serve as the value of a letter option that allows it, but a word with a dash only if it begins like
 // the first option of the table, whatever the option at hand. Thus `-I -Ifoo` searches the directory "-Ifoo", whereas
-// in
-// `-I -x` the `-I` lacks its value and `-x` is an option of its own.
+// in `-I -x` the `-I` lacks its value and `-x` is an option of its own.
 std::size_t OptionParser::recordLetter(const OptionEntry& entry, std::size_t position) {
   const std::string_view letter = entry.name.substr(0, 1);
   const std::string_view attached = withoutDash(words_[position]).substr(1);
@@ -124,7 +132,9 @@ std::size_t OptionParser::recordNamed(const OptionEntry& entry, std::size_t posi
   ++position;
   for (int taken = 0; taken < entry.argumentCount && position < words_.size(); ++taken, ++position) {
     const std::string_view word = words_[position];
-    if (looksLikeOption(word) && findEntry(withoutDash(word)) != nullptr) break;
+    if (looksLikeOption(word) && findEntry(withoutDash(word)) != nullptr) {
+      break;
+    }
     record->second.push_back(word);
   }
   return position;
@@ -132,15 +142,21 @@ std::size_t OptionParser::recordNamed(const OptionEntry& entry, std::size_t posi
 
 void OptionParser::misplacePlainArguments() {
   const auto plain = values_.find(kPlainArgument);
-  if (plain == values_.end()) return;
-  for (const std::string_view word : plain->second) events_.push_back({kMisplacedArgument, std::string(word)});
+  if (plain == values_.end()) {
+    return;
+  }
+  for (const std::string_view word : plain->second) {
+    events_.push_back({kMisplacedArgument, std::string(word)});
+  }
   values_.erase(plain);
 }
 
 template <typename Visitor>
 void OptionParser::forEachEvent(std::string_view key, Visitor visit) const {
   for (const Event& event : events_) {
-    if (event.key == key) visit(event.value);
+    if (event.key == key) {
+      visit(event.value);
+    }
   }
 }
 
@@ -184,7 +200,9 @@ bool OptionParser::isPresent(std::string_view option) const {
 std::optional<std::vector<std::string_view>> OptionParser::letterValues(std::string_view letter) const {
   std::vector<std::string_view> values;
   for (const LetterOccurrence& occurrence : letters_) {
-    if (occurrence.letter != letter) continue;
+    if (occurrence.letter != letter) {
+      continue;
+    }
     if (!occurrence.value) {
       messages_ << prefix_ << fillNumber(missingValueMessage(letter), values.size() + 1) << '\n';
       return std::nullopt;

@@ -1,3 +1,4 @@
+// The command line: words in, options out.
 #pragma once
 
 #include <cstddef>
@@ -66,13 +67,13 @@ class OptionParser {
   std::string_view plainArgument(std::size_t position) const;
 
  private:
-  /// A single event; the key is the name of a valueless option or one of the special keys.
+  // Something that happened on the way; the key is the name of a valueless option or one of the special keys.
   struct Event {
     std::string_view key;
     std::string value;
   };
 
-  /// One occurrence of a letter option; no value if it lacks one.
+  // One occurrence of a letter option; no value if it lacks one.
   struct LetterOccurrence {
     std::string_view letter;
     std::optional<std::string_view> value;
@@ -81,7 +82,7 @@ class OptionParser {
   void parse();
   const OptionEntry* findEntry(std::string_view option) const;
   void recordValueless(const OptionEntry& entry, std::size_t position);
-  /// These two return the position of the first word behind the option and its values.
+  // These two return the position of the first word behind the option and its values.
   std::size_t recordLetter(const OptionEntry& entry, std::size_t position);
   std::size_t recordNamed(const OptionEntry& entry, std::size_t position);
   void misplacePlainArguments();
@@ -90,15 +91,15 @@ class OptionParser {
   template <typename Visitor>
   void forEachEvent(std::string_view key, Visitor visit) const;
 
-  std::vector<std::string_view> words_;  ///< argv[1] and on; they point into argv.
-  std::span<const OptionEntry> table_;   ///< Borrowed.
+  std::vector<std::string_view> words_;  // argv[1] and on; they point into argv.
+  std::span<const OptionEntry> table_;   // Borrowed.
   std::string_view prefix_;
   PlainArguments plainArguments_;
-  std::ostream& messages_;  ///< Borrowed.
+  std::ostream& messages_;  // Borrowed.
 
   std::vector<Event> events_;
   std::vector<LetterOccurrence> letters_;
-  /// By name: the values of named options (none if the option lacks its value) and the plain arguments.
+  // By name: the values of named options (none if the option lacks its value) and the plain arguments.
   std::map<std::string_view, std::vector<std::string_view>> values_;
 };
 

@@ -19,8 +19,18 @@ struct Row {
   bool isTooLong = false;
 };
 
+template <std::size_t Count>
+void expectValues(const Row (&rows)[Count]) {
+  for (const Row& row : rows) {
+    const CharacterLiteral read = evaluateCharacterLiteral(row.literal);
+    EXPECT_EQ(read.value.value, row.value) << row.literal;
+    EXPECT_EQ(read.value.isSigned, row.isSigned) << row.literal;
+    EXPECT_EQ(read.isTooLong, row.isTooLong) << row.literal;
+  }
+}
+
 TEST(CharacterLiteralTest, EachCharacterShiftsAndAddsItsCode) {
-  const Row rows[] = {
+  expectValues({
       {"''", 0},
       {"'a'", 0x61},
       {"'ab'", 0x6162},
@@ -45,17 +55,11 @@ TEST(CharacterLiteralTest, EachCharacterShiftsAndAddsItsCode) {
        0x6161FF63, false},
       {"'abcd\xFF'", 0x61626364, true, true},
       {"'zzz\x80'", 0x7A7A7980, false},
-  };
-  for (const Row& row : rows) {
-    const CharacterLiteral read = evaluateCharacterLiteral(row.literal);
-    EXPECT_EQ(read.value.value, row.value) << row.literal;
-    EXPECT_EQ(read.value.isSigned, row.isSigned) << row.literal;
-    EXPECT_EQ(read.isTooLong, row.isTooLong) << row.literal;
-  }
+  });
 }
 
 TEST(CharacterLiteralTest, EscapesAreOneCharacter) {
-  const Row rows[] = {
+  expectValues({
       {R"('\"')", 0x22},
       {R"('\'')", 0x27},
       {R"('\?')", 0x3F},
@@ -80,18 +84,12 @@ TEST(CharacterLiteralTest, EscapesAreOneCharacter) {
       {R"('\8')", 0},
       {R"('\89')", 0x39},
       {R"('\X41')", 0x3431},
-  };
-  for (const Row& row : rows) {
-    const CharacterLiteral read = evaluateCharacterLiteral(row.literal);
-    EXPECT_EQ(read.value.value, row.value) << row.literal;
-    EXPECT_EQ(read.value.isSigned, row.isSigned) << row.literal;
-    EXPECT_EQ(read.isTooLong, row.isTooLong) << row.literal;
-  }
+  });
 }
 
 // As many digits as there are; eight bits of their value are kept.
 TEST(CharacterLiteralTest, NumericEscapesHaveNoLimit) {
-  const Row rows[] = {
+  expectValues({
       {R"('\0')", 0},
       {R"('\7')", 7},
       {R"('\12')", 10},
@@ -120,13 +118,7 @@ TEST(CharacterLiteralTest, NumericEscapesHaveNoLimit) {
       {R"('\x')", 0},
       {R"('\xg')", 0x67},
       {R"('\x41\102\x43D')", 0x41423D},
-  };
-  for (const Row& row : rows) {
-    const CharacterLiteral read = evaluateCharacterLiteral(row.literal);
-    EXPECT_EQ(read.value.value, row.value) << row.literal;
-    EXPECT_EQ(read.value.isSigned, row.isSigned) << row.literal;
-    EXPECT_EQ(read.isTooLong, row.isTooLong) << row.literal;
-  }
+  });
 }
 
 // Four characters fit, however long they are written.

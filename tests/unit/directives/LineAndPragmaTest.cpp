@@ -1,27 +1,10 @@
 // #line, #pragma, _Pragma and #error.
 #include <gtest/gtest.h>
 
-#include <string>
-
-#include "tests/unit/support/Preprocess.h"
+#include "tests/unit/support/RunRows.h"
 
 namespace qnpp {
 namespace {
-
-struct Row {
-  const char* source;
-  const char* output;
-  const char* messages = "";
-};
-
-template <std::size_t Count>
-void expectRuns(const Row (&rows)[Count]) {
-  for (const Row& row : rows) {
-    const Preprocessed run = preprocess(row.source);
-    EXPECT_EQ(run.output, std::string(kFirstLine) + row.output) << row.source;
-    EXPECT_EQ(run.messages, row.messages) << row.source;
-  }
-}
 
 TEST(LineTest, TheNumberIsThatOfTheDirectiveItself) {
   expectRuns({

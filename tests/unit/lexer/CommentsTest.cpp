@@ -18,8 +18,20 @@ struct Row {
   std::int32_t line;
 };
 
+// Each comment is closed, so nothing is reported.
+template <std::size_t Count>
+void expectComments(const Row (&rows)[Count]) {
+  for (const Row& row : rows) {
+    const Lexed lexed = lexFully(row.text);
+    EXPECT_EQ(lexed.tokens, row.tokens) << "in: " << visible(row.text);
+    EXPECT_EQ(lexed.output, row.output) << "in: " << visible(row.text);
+    EXPECT_EQ(lexed.line, row.line) << "in: " << visible(row.text);
+    EXPECT_EQ(lexed.messages, "") << "in: " << visible(row.text);
+  }
+}
+
 TEST(CommentsTest, BlockCommentsAreOneBlankAndWriteTheirLineEnds) {
-  const Row rows[] = {
+  expectComments({
       {"/**/", "SPACE", "", 1},
       {"/***/", "SPACE", "", 1},
       {"/****/", "SPACE", "", 1},
@@ -46,18 +58,11 @@ TEST(CommentsTest, BlockCommentsAreOneBlankAndWriteTheirLineEnds) {
       {"/*\n*\n*/\n", "SPACE NEWLINE", "\n\n", 4},
       {"/*\\\n*/", "SPACE", "\n", 2},
       {"/*\n*/ /*\n*/", "SPACE SPACE SPACE", "\n\n", 3},
-  };
-  for (const Row& row : rows) {
-    const Lexed lexed = lexFully(row.text);
-    EXPECT_EQ(lexed.tokens, row.tokens) << "in: " << visible(row.text);
-    EXPECT_EQ(lexed.output, row.output) << "in: " << visible(row.text);
-    EXPECT_EQ(lexed.line, row.line) << "in: " << visible(row.text);
-    EXPECT_EQ(lexed.messages, "") << "in: " << visible(row.text);
-  }
+  });
 }
 
 TEST(CommentsTest, LineCommentsEndBeforeTheLineEnd) {
-  const Row rows[] = {
+  expectComments({
       {"//", "SPACE", "", 1},
       {"// a b", "SPACE", "", 1},
       {"a// b", "IDENTIFIER:a SPACE", "", 1},
@@ -71,30 +76,18 @@ TEST(CommentsTest, LineCommentsEndBeforeTheLineEnd) {
       {"// a \\\nb", "SPACE NEWLINE IDENTIFIER:b", "", 2},
       {"/\\\n/", "/ CONTINUATION /", "", 2},
       {"// \x80\xFF\n", "SPACE NEWLINE", "", 2},
-  };
-  for (const Row& row : rows) {
-    const Lexed lexed = lexFully(row.text);
-    EXPECT_EQ(lexed.tokens, row.tokens) << "in: " << visible(row.text);
-    EXPECT_EQ(lexed.output, row.output) << "in: " << visible(row.text);
-    EXPECT_EQ(lexed.line, row.line) << "in: " << visible(row.text);
-    EXPECT_EQ(lexed.messages, "") << "in: " << visible(row.text);
-  }
+  });
 }
 
 // A NUL byte ends a line comment and is a line end from then on.
 TEST(CommentsTest, ANulByteInALineCommentIsALineEnd) {
-  const Row rows[] = {
+  expectComments({
       {"//\0"sv, "SPACE NEWLINE", "", 2},
       {"// a\0b\n"sv, "SPACE NEWLINE IDENTIFIER:b NEWLINE", "", 3},
       {"// a\0\n"sv, "SPACE NEWLINE NEWLINE", "", 3},
       {"// a\0// b\0c"sv, "SPACE NEWLINE SPACE NEWLINE IDENTIFIER:c", "", 3},
       {"\0//"sv, "OTHER:<NUL> SPACE", "", 1},
-  };
-  for (const Row& row : rows) {
-    const Lexed lexed = lexFully(row.text);
-    EXPECT_EQ(lexed.tokens, row.tokens) << "in: " << visible(row.text);
-    EXPECT_EQ(lexed.line, row.line) << "in: " << visible(row.text);
-  }
+  });
 }
 
 struct UnterminatedRow {

@@ -10,24 +10,12 @@
 #include <string>
 #include <string_view>
 
-#include "tests/unit/support/TokenDump.h"
+#include "tests/unit/support/TokenRows.h"
 
 namespace qnpp {
 namespace {
 
 using std::string_view_literals::operator""sv;
-
-struct Row {
-  std::string_view text;
-  const char* tokens;
-};
-
-template <std::size_t Count>
-void expectTokens(const Row (&rows)[Count]) {
-  for (const Row& row : rows) {
-    EXPECT_EQ(lexAll(row.text), row.tokens) << "in: " << visible(row.text);
-  }
-}
 
 TEST(CppLexerTest, KindsHaveTheirFixedValues) {
   EXPECT_EQ(TK_END, 0);

@@ -5,7 +5,7 @@
 #include <ctime>
 #include <string>
 
-#include "tests/unit/support/Preprocess.h"
+#include "tests/unit/support/RunRows.h"
 #include "tests/unit/support/TemporaryFolder.h"
 
 namespace qnpp {
@@ -52,14 +52,8 @@ TEST(PredefinedTest, DateAndTimeCanBeRedefined) {
   EXPECT_EQ(run.messages, "");
 }
 
-struct Row {
-  const char* source;
-  const char* output;
-  const char* messages = "";
-};
-
 TEST(PredefinedTest, LineAndFileFollowTheSource) {
-  const Row rows[] = {
+  expectRuns({
       {"__LINE__\n\n__LINE__\n", "1\n\n3\n"},
       {"__FILE__\n", "\"a.c\"\n"},
       {"__LINE__ __LINE__\n", "1 1\n"},
@@ -71,17 +65,12 @@ TEST(PredefinedTest, LineAndFileFollowTheSource) {
       {"a \\\n__LINE__\n", "a \\\n2\n"},
       {"__LINE__ /*\n\n*/ __LINE__\n", "1 \n\n  3\n"},
       {"#line 2147483647\n__LINE__\n", "#line 2147483647 \"a.c\"\n#line -2147483648 \"a.c\"\n-2147483648\n"},
-  };
-  for (const Row& row : rows) {
-    const Preprocessed run = preprocess(row.source);
-    EXPECT_EQ(run.output, std::string(kFirstLine) + row.output) << row.source;
-    EXPECT_EQ(run.messages, row.messages) << row.source;
-  }
+  });
 }
 
 // Only the name counts: a definition of the source's own is overwritten at the next use.
 TEST(PredefinedTest, LineAndFileAreRefreshedAtEachUse) {
-  const Row rows[] = {
+  expectRuns({
       {"#define __LINE__ x\n__LINE__\n", "#line 2 \"a.c\"\n2\n",
        "a.c:1: Warning: Macro \"__LINE__\" has an incompatible redefinition.\n"},
       {"__LINE__\n#define __LINE__ 1\n__LINE__\n", "1\n#line 3 \"a.c\"\n3\n"},
@@ -90,12 +79,7 @@ TEST(PredefinedTest, LineAndFileAreRefreshedAtEachUse) {
       {"#undef __FILE__\n__FILE__\n", "#line 2 \"a.c\"\n__FILE__\n"},
       {"#undef __FILE__\n#define __FILE__ x\n__FILE__\n", "#line 3 \"a.c\"\n\"a.c\"\n"},
       {"#undef __LINE__\n#ifdef __LINE__\nx\n#endif\n__LINE__\n", "\n\n#line 5 \"a.c\"\n__LINE__\n"},
-  };
-  for (const Row& row : rows) {
-    const Preprocessed run = preprocess(row.source);
-    EXPECT_EQ(run.output, std::string(kFirstLine) + row.output) << row.source;
-    EXPECT_EQ(run.messages, row.messages) << row.source;
-  }
+  });
 }
 
 TEST(PredefinedTest, TheCommandLineCannotChangeThem) {

@@ -1,0 +1,4 @@
+#define g(x) [x]
+#define f(x) <x>
+f(g((("
+))"))

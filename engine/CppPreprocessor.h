@@ -160,14 +160,15 @@ class CppPreprocessor {
   bool appendExpandedText(const Name& name, std::string& text) const;
   bool hasSettledTokens(const Name& name) const;
   void expandFunctionLikeInText(const Name& name, const HideSet& hideSet);
-  bool collectArguments(const CppMacro& macro, Arguments& arguments);
-  CppTokenKind readArgument(CppTokenKind kind, Arguments& arguments);
-  bool readArgumentInPlace(Arguments& arguments);
   void pushObjectLike(const Name& name, const HideSet& hideSet);
   bool isRefreshed(const Name& name) const { return &name == fileName_ || &name == lineName_; }
   void definePredefinedMacros();
   void refreshPredefined(const Name& name);
   const Replacement& replacementOf(const Name& name);
+
+  bool collectArguments(const CppMacro& macro, Arguments& arguments);
+  CppTokenKind readArgument(CppTokenKind kind, Arguments& arguments);
+  bool readArgumentInPlace(Arguments& arguments);
 
   // Takes the tokens out of the list and leaves their expansion there.
   void expandTokenList(TokenList& tokens);

@@ -37,7 +37,7 @@ class Replacement {
       Expand,     ///< Append argument `begin`, expanded.
       Stringize,  ///< Append a string literal of argument `begin`.
       Join,       ///< Append the joined texts of `operands()[begin, end)` as one element.
-      Misuse,     ///< Report `misuses()[begin]` and stop.
+      Misuse,     ///< Report `misuse(begin)` and stop.
     };
     Kind kind = Kind::Tokens;
     std::uint32_t begin = 0;

@@ -1,3 +1,4 @@
+// Running one golden case.
 #pragma once
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// Golden cases as they lie on the disk.
 #pragma once
 
 #include <filesystem>

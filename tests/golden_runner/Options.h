@@ -1,3 +1,4 @@
+// The runner's command line.
 #pragma once
 
 #include <filesystem>

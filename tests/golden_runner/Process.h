@@ -1,3 +1,4 @@
+// Running a process to its end.
 #pragma once
 
 #include <chrono>

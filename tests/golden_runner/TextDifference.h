@@ -1,3 +1,4 @@
+// Differences between two texts, to be read by people.
 #pragma once
 
 #include <string>

@@ -284,6 +284,28 @@ TEST(SkippingTest, CopyingStopsAtWhatTheEngineHasToSee) {
   }
 }
 
+// The name is known to come to "12" until any definition changes.
+TEST(SkippingTest, CopyingWritesWhatAMacroIsKnownToComeTo) {
+  for (const bool isStillKnown : {true, false}) {
+    InputText input;
+    input.reset("x a MACRO,MACRO+b");
+    LexerSetting setting;
+    CppMacro macro;
+    Name& name = *setting.names.intern("MACRO");
+    name.macro = &macro;
+    name.expandedData = "12";
+    name.expandedSize = 2;
+    name.expandedIn = setting.names.generation();
+    if (!isStillKnown) {
+      setting.names.beginGeneration();
+    }
+    CppLexer lexer(input, setting.context);
+    EXPECT_EQ(lexer.next(), TK_IDENTIFIER);
+    EXPECT_EQ(lexer.copyText(), isStillKnown ? TK_END : TK_IDENTIFIER);
+    EXPECT_EQ(setting.written(), isStillKnown ? " a 12,12+b" : " a ");
+  }
+}
+
 struct SkipRow {
   std::string_view text;
   const char* output;

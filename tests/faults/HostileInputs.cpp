@@ -69,6 +69,7 @@ std::string messageForEach(std::size_t count, std::string_view text, std::size_t
   return messages;
 }
 
+// A table, however long: each input with what it means, computed beside it.
 std::vector<NamedInput> makeInputs() {
   std::vector<NamedInput> inputs;
   const auto add = [&inputs](std::string name, std::function<HostileInput()> make) {

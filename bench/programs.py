@@ -100,7 +100,9 @@ class Launcher:
             failure = "error"
         message = ""
         if failure:
-            message = (error.group(0) if error else said.split(b"\n")[0]).decode(errors="replace")[:_MESSAGE_LENGTH]
+            message = (error.group(0) if error else said.split(b"\n")[0]).decode(errors="replace")
+            # Results are kept: where they were measured is nobody's business.
+            message = message.replace(f"{folder.resolve().parent}/", "")[:_MESSAGE_LENGTH]
         return Run(user / 1e6, system / 1e6, wall / 1e6, peak * 1024 / 1e6, failure, message)
 
 

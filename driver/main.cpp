@@ -30,8 +30,8 @@ namespace {
 // The program runs to its end whatever becomes of the output: a failed write does not count, so a reader that goes away
 // and a file that may not grow must not end it by a signal.
 void ignoreFailedWrites() {
-  std::signal(SIGPIPE, SIG_IGN);
-  std::signal(SIGXFSZ, SIG_IGN);
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
 }
 
 // A file that is opened takes the first descriptor that is free. Were standard error closed, messages would go into it.

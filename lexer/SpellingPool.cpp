@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <new>
 
 #include "lexer/ByteSet.h"
@@ -44,8 +45,9 @@ Spelling* SpellingPool::make(CppTokenKind kind, std::string_view text) {
   if (text.size() > std::numeric_limits<std::uint32_t>::max()) {
     throw std::bad_alloc();  // No scanner could read it back.
   }
-  return new (arena_.allocate(sizeof(Spelling)))
-      Spelling{text.data(), static_cast<std::uint32_t>(text.size()), static_cast<std::int16_t>(kind), nullptr};
+  return std::construct_at(
+      static_cast<Spelling*>(arena_.allocate(sizeof(Spelling))),
+      Spelling{text.data(), static_cast<std::uint32_t>(text.size()), static_cast<std::int16_t>(kind), nullptr});
 }
 
 const Spelling* SpellingPool::token(CppTokenKind kind, std::string_view text) {
@@ -81,9 +83,10 @@ const Spelling* SpellingPool::text(std::string_view text) {
   if (pieces_.size() == 1 && pieces_[0]->size == kept.size()) {
     return pieces_[0];
   }
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): pointers are what is kept.
   auto* const list = static_cast<const Spelling**>(arena_.allocate(pieces_.size() * sizeof(const Spelling*)));
   std::copy(pieces_.begin(), pieces_.end(), list);
-  auto* const made = new (arena_.allocate(sizeof(CompoundSpelling))) CompoundSpelling;
+  auto* const made = std::construct_at(static_cast<CompoundSpelling*>(arena_.allocate(sizeof(CompoundSpelling))));
   made->data = kept.data();
   made->size = static_cast<std::uint32_t>(kept.size());
   made->kind = Spelling::kCompound;

@@ -45,6 +45,9 @@ void CppPreprocessor::expandInText() {
 // handing the name out. It is sought when a macro is used for the second time, so that definitions and uses that take
 // turns do not pay for it. Returns whether it is known.
 bool CppPreprocessor::findExpandedText(Name& name) {
+  if (name.expandedIn == names_.generation()) {
+    return true;  // The first word of a line is handed out all the same.
+  }
   CppMacro& macro = *name.macro;
   if (macro.replacement == nullptr) {
     return false;  // Lexing it does more than give tokens, each time.

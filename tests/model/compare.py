@@ -271,8 +271,9 @@ def compare(options, folder):
     return 1 if differences else 0
 
 
-def main():
-    parser = argparse.ArgumentParser(description="Compares the program with the model on random projects.")
+def make_parser(description):
+    """A parser of the options that every comparison on random projects has."""
+    parser = argparse.ArgumentParser(description=description)
     parser.add_argument("--program", required=True)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--cases", type=int, default=1000)
@@ -282,6 +283,11 @@ def main():
     parser.add_argument("--minimise-seconds", type=float, default=30)
     parser.add_argument("--keep", help="folder for the reduced cases")
     parser.add_argument("--case", help="run one kept case")
+    return parser
+
+
+def main():
+    parser = make_parser("Compares the program with the model on random projects.")
     options = parser.parse_args()
     options.program = os.path.abspath(options.program)
     with tempfile.TemporaryDirectory(prefix="qnpp-compare-") as folder:

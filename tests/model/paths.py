@@ -13,7 +13,6 @@ Case number i of a seed is the same on every run.  On a difference the case is m
 still disagree, both ways are printed, and, with --keep, the first is written to a folder that --case runs again.
 """
 
-import argparse
 import os
 import random
 import re
@@ -27,7 +26,8 @@ sys.dont_write_bytecode = True
 sys.path.append(os.path.join(os.path.dirname(os.path.abspath(__file__)), os.pardir, "system"))
 
 import model  # noqa: E402
-from compare import Runner, Skipped, keep, load, minimise, run_with_large_stack, show_case, show_results  # noqa: E402
+from compare import (Runner, Skipped, keep, load, make_parser, minimise, run_with_large_stack, show_case,  # noqa: E402
+                     show_results)
 from generator import Case, Generator  # noqa: E402
 from support import environment  # noqa: E402
 
@@ -615,19 +615,10 @@ def run_generated(options, tester):
 
 
 def main():
-    parser = argparse.ArgumentParser(description="Runs random projects in two ways that must agree.")
-    parser.add_argument("--program", required=True)
+    parser = make_parser("Runs random projects in two ways that must agree.")
     parser.add_argument("--without-shortcuts", help="the program built without its shortcuts")
     parser.add_argument("--sanitized", help="the program built with sanitizers")
     parser.add_argument("--relation", action="append", help="only this relation; may be repeated")
-    parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("--cases", type=int, default=1000)
-    parser.add_argument("--first", type=int, default=0, help="number of the first case")
-    parser.add_argument("--seconds", type=float, default=0, help="stop after this time")
-    parser.add_argument("--differences", type=int, default=1, help="stop after this many differences")
-    parser.add_argument("--minimise-seconds", type=float, default=30)
-    parser.add_argument("--keep", help="folder for the reduced cases")
-    parser.add_argument("--case", help="run one kept case")
     options = parser.parse_args()
     for name in ("program", "without_shortcuts", "sanitized"):
         if getattr(options, name):

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <iostream>
 #include <memory>
@@ -44,6 +45,14 @@ void occupyStandardDescriptors() {
   }
 }
 
+// A division by zero has no message: it ends the process by the processor's arithmetic fault. Raising the signal makes that
+// so on processors whose division does not trap, and keeps the compiler, to which such a division is undefined, out of it.
+[[noreturn]] void raiseArithmeticFault() {
+  static_cast<void>(std::signal(SIGFPE, SIG_DFL));
+  static_cast<void>(std::raise(SIGFPE));
+  std::abort();  // Only if the signal is blocked.
+}
+
 int preprocess(int argc, char** argv) {
   qnpp::Driver driver(std::cout, std::cerr);
   // Not on the stack, which may be limited to less than its buffers take.
@@ -57,6 +66,9 @@ int preprocess(int argc, char** argv) {
     }
   } catch (const qnpp::FatalLexerError&) {
     status = 2;
+  } catch (const qnpp::DivisionByZero&) {
+    driver.flush();
+    raiseArithmeticFault();
   } catch (const std::bad_alloc&) {
     preprocessor->reportOutOfMemory();
   } catch (const std::length_error&) {  // A container that would grow beyond what can be addressed.

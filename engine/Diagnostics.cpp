@@ -1,37 +1,41 @@
-// Messages about the source: one line each, "name:line: message.", flushed at once.
-#include "engine/CppPreprocessor.h"
+#include "engine/Diagnostics.h"
+
+#include <string>
 
 namespace qnpp {
+namespace {
 
-void CppPreprocessor::reportError(std::string_view message) {
-  writeDiagnostic("", message);
-  hasError_ = true;
+constexpr std::string_view leadOf(Grade grade) {
+  switch (grade) {
+    case Grade::Warning:
+      return "Warning: ";
+    case Grade::FatalError:
+      return "FATAL ERROR: ";
+    default:
+      return "";
+  }
 }
 
-void CppPreprocessor::reportWarning(std::string_view message) { writeDiagnostic("Warning: ", message); }
+}  // namespace
 
 // Each line goes out in one piece, so that those of programs running side by side do not mix.
-void CppPreprocessor::writeDiagnostic(std::string_view grade, std::string_view message) {
-  ++messageCount_;
-  std::string line = currentFile_->fileName();
-  line.append(":").append(std::to_string(currentFile_->line())).append(": ");
-  line.append(grade).append(message).append(".\n");
-  diagnostics_ << line << std::flush;
-}
-
-void CppPreprocessor::reportCannotOpenSource(std::string_view name) {
-  diagnostics_ << "FATAL ERROR: cannot open " << name << ".\n" << std::flush;
-  hasError_ = true;
-}
-
-// There is no memory to be had here, so the line is written piece by piece.
-void CppPreprocessor::reportOutOfMemory() {
-  output_.flush();
-  if (currentFile_ != nullptr) {
-    diagnostics_ << currentFile_->fileName() << ':' << currentFile_->line() << ": ";
+void Diagnostics::deliver(Message message, std::string_view detail) {
+  const Grade grade = entryOf(message).grade;
+  hasError_ = hasError_ || grade != Grade::Warning;
+  std::string line;
+  if (const CppFileScanner* const file = source_.file()) {
+    line.append(file->fileName()).append(":").append(std::to_string(file->line())).append(": ");
   }
-  diagnostics_ << "FATAL ERROR: out of memory.\n" << std::flush;
+  line.append(leadOf(grade)).append(textOf(message, detail)).append(".\n");
+  stream_ << line << std::flush;
+}
+
+void Diagnostics::reportOutOfMemory() {
   hasError_ = true;
+  if (const CppFileScanner* const file = source_.file()) {
+    stream_ << file->fileName() << ':' << file->line() << ": ";
+  }
+  stream_ << leadOf(Grade::FatalError) << entryOf(Message::OutOfMemory).text << ".\n" << std::flush;
 }
 
 }  // namespace qnpp

@@ -10,28 +10,37 @@ static_assert(isConditional(TK_IFDEF) && isConditional(TK_IFNDEF) && isCondition
 }  // namespace
 
 bool CppPreprocessor::run() {
+  try {
+    processLines();
+  } catch (const DivisionByZero&) {
+    output_.flush();
+    throw;
+  }
+  output_.flush();
+  return hasError();
+}
+
+void CppPreprocessor::processLines() {
   for (;;) {
-    if (skipping_ && isCurrentFile()) {
-      fileSource().skipPlainLines();
+    if (conditionals_.isSkipping()) {
+      stream_.skipPlainLines();
     }
-    if (peekToken() == TK_END) {
+    if (stream_.peek() == TK_END) {
       break;
     }
     processLine();
   }
   checkEndOfFile();
-  output_.flush();
-  return hasError_;
 }
 
 void CppPreprocessor::processLine() {
-  collectLeadingSpace(leadingSpace_);
-  const CppTokenKind kind = nextToken();
+  collectLeadingSpace();
+  const CppTokenKind kind = stream_.get();
   if (kind == '#') {
     processDirective();
-  } else if (skipping_) {
+  } else if (conditionals_.isSkipping()) {
     if (kind != TK_NEWLINE) {
-      discardLine();
+      stream_.discardLine();
     }
     output_.endLine();  // Each line of a skipped group leaves an empty one.
   } else if (kind == TK_NEWLINE) {
@@ -41,20 +50,20 @@ void CppPreprocessor::processLine() {
   }
 }
 
-void CppPreprocessor::collectLeadingSpace(std::string& text) {
-  text.clear();
-  while (isBlank(peekToken())) {
-    nextToken();
-    text.append(currentText());
+void CppPreprocessor::collectLeadingSpace() {
+  leadingSpace_.clear();
+  while (isBlank(stream_.peek())) {
+    stream_.get();
+    leadingSpace_.append(stream_.text());
   }
 }
 
 void CppPreprocessor::writeTextLine(CppTokenKind kind) {
-  if (output_.line() != currentFile_->line()) {
+  if (output_.line() != stream_.file()->line()) {
     writeLineDirective();
   }
   output_.write(leadingSpace_);
-  for (; kind != TK_NEWLINE; kind = copyText()) {
+  for (; kind != TK_NEWLINE; kind = stream_.copyText()) {
     if (kind == TK_END) {
       return;
     }
@@ -67,30 +76,19 @@ void CppPreprocessor::handleTextToken(CppTokenKind kind) {
   if (kind == TK_PRAGMA_OP) {
     handlePragmaOperator();
   } else if (isName(kind)) {
-    expandInText();
+    expander_.expandInText();
   } else {
-    output_.write(currentText());
-  }
-}
-
-// Takes the next token of the line that has to be handled, and writes the plain ones before it.
-CppTokenKind CppPreprocessor::copyText() {
-  for (;;) {
-    const CppTokenKind kind = isCurrentFile() ? fileSource().copyText() : listSource().copyText();
-    if (kind != TK_END || !hasEnclosingSource()) {
-      return kind;
-    }
-    popSource();
+    output_.write(stream_.text());
   }
 }
 
 void CppPreprocessor::processDirective() {
-  skipBlanks();
-  const CppTokenKind kind = nextToken();
-  if (skipping_ && !isConditional(kind)) {
+  stream_.skipBlanks();
+  const CppTokenKind kind = stream_.get();
+  if (conditionals_.isSkipping() && !isConditional(kind)) {
     // One token is read whatever it is. Behind a "#" that stands alone, whose line end has just been taken, it is the
     // first of the next line, and that line goes with it even if it is a directive.
-    discardLine();
+    stream_.discardLine();
     output_.endLine();
     return;
   }
@@ -123,8 +121,8 @@ void CppPreprocessor::processDirective() {
     case TK_PRAGMA:
       return handlePragma();
     default:
-      reportError("the indicated directive is not a recognized preprocessing directive");
-      discardLine();
+      reportError(Message::UnknownDirective);
+      stream_.discardLine();
       return;
   }
 }

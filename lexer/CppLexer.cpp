@@ -98,10 +98,10 @@ bool CppLexer::copyName() {
   const NameTable& names = context_.names;
   name_ = names.find({yytext, static_cast<std::size_t>(yyleng)});
   if (name_ != nullptr && name_->macro != nullptr) {
-    if (name_->expandedIn != names.generation()) {
+    if (name_->settled.generation != names.generation()) {
       return false;
     }
-    context_.output.write(name_->expandedText());
+    context_.output.write(name_->settled.text());
     yytext += yyleng;
   }
   copyToken();
@@ -177,15 +177,9 @@ bool CppLexer::passEscape(char*& at, char quote) {
   return isEscape;
 }
 
-void CppLexer::readBlockComment() {
-  ++context_.commentCount;
-  endScan(passBlockComment(beginScan()));
-}
+void CppLexer::readBlockComment() { endScan(passBlockComment(beginScan())); }
 
-void CppLexer::readLineComment() {
-  ++context_.commentCount;
-  endScan(passLineComment(beginScan()));
-}
+void CppLexer::readLineComment() { endScan(passLineComment(beginScan())); }
 
 // Reads to behind the closing "*/". The line ends on the way are counted and go straight to the output. Nothing of the
 // comment is kept in the buffer.
@@ -210,6 +204,7 @@ char* CppLexer::passBlockComment(char* at) {
           ++at;
           afterStar = false;
         } else if (!refillFrom(at)) {
+          ++context_.effectCount;
           context_.diagnostics << line_ << ": unterminated comment.\n" << std::flush;
           return at;
         }
@@ -217,6 +212,7 @@ char* CppLexer::passBlockComment(char* at) {
       default:
         at = passLineEnd(at);
         countLine();
+        ++context_.effectCount;
         context_.output.write('\n');
         afterStar = false;
         break;
@@ -323,7 +319,6 @@ bool CppLexer::passLine(char*& at) {
           refill(at);
         }
         if (*at == '*' || *at == '/') {
-          ++context_.commentCount;
           at = *at == '*' ? passBlockComment(at + 1) : passLineComment(at + 1);
         }
         break;

@@ -39,7 +39,9 @@ struct LexerContext {
   OutputBuffer& output;         ///< Gets the line ends inside comments.
   std::ostream& diagnostics;    ///< Gets the message about an unterminated comment.
   const NameTable& names;       ///< Tells `copyText` which words are macros, and what some of them come to.
-  std::uint64_t& commentCount;  ///< Counts the comments read: a text that holds one is lexed anew at each use.
+  /// Counts what comments do beside being a blank: line ends written, messages given. A text in which one does is lexed
+  /// anew at each use.
+  std::uint64_t& effectCount;
 };
 
 /// Turns a byte stream into tokens. flex generates the scanner from CppLexer.l; this class adds the counters, the
@@ -65,6 +67,8 @@ class CppLexer final : public yyCppFlexLexer {
 
   /// Text of the token handed out last; valid until the next token is asked for.
   std::string_view text() const { return text_; }
+  /// Where in the input that token begins. Not to be asked for a comment.
+  std::uint64_t offset() const { return offsetOf(yytext); }
 
   /// Number of the line being read, from 1: the line ends of all tokens and comments matched so far count.
   std::int32_t line() const { return line_; }

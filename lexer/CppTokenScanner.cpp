@@ -1,5 +1,6 @@
 #include "lexer/CppTokenScanner.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "lexer/Shortcuts.h"
@@ -17,7 +18,7 @@ struct CppTokenScanner::CommentReader {
 
 namespace {
 
-// True for a token that the expansion of a list collects as it is.
+// True for a token that the expansion of a list collects as it is, whatever its hide set.
 bool isPlain(const Spelling& token) {
   return token.isSingleToken() && (token.name == nullptr || (token.name->macro == nullptr && token.kind != TK_DEFINED));
 }
@@ -31,21 +32,28 @@ CppTokenScanner::~CppTokenScanner() = default;
 
 void CppTokenScanner::read(TokenList& list) {
   std::swap(list_, list);
-  begin_ = at_ = list_.spellings().data();
-  end_ = begin_ + list_.size();
-  run_ = 0;
+  range_.tokens = list_.spellings();
+  range_.list = &list_;
+  range_.position = 0;
+  start();
 }
 
-void CppTokenScanner::read(SpellingRange tokens, HideSet hideSet, NormalizedTokens* surroundings) {
-  begin_ = at_ = tokens.data();
-  end_ = begin_ + tokens.size();
-  commonHideSet_ = std::move(hideSet);
+void CppTokenScanner::read(const TokenRange& tokens, NormalizedTokens* surroundings) {
+  range_ = tokens;
   surroundings_ = surroundings;
+  start();
+}
+
+void CppTokenScanner::start() {
+  begin_ = at_ = range_.tokens.data();
+  end_ = begin_ + range_.tokens.size();
+  run_ = range_.list == nullptr || begin_ == end_ ? 0 : range_.list->runAt(range_.position);
 }
 
 void CppTokenScanner::reset() {
   list_.clear();
-  commonHideSet_ = HideSet();
+  range_ = {};
+  hideSet_ = HideSet();
   surroundings_ = nullptr;
   begin_ = at_ = end_ = nullptr;
   pieces_ = {};
@@ -114,52 +122,96 @@ CppTokenKind CppTokenScanner::copyText() {
   return get();
 }
 
-const HideSet& CppTokenScanner::hideSet() {
-  if (list_.empty()) {
-    return commonHideSet_;
-  }
-  const auto read = static_cast<std::size_t>(at_ - begin_);
-  const std::size_t element = read > 0 ? read - 1 : 0;
-  const auto& runs = list_.runs();
-  while (runs[run_].end <= element) {
-    ++run_;
-  }
-  return runs[run_].hideSet;
+// ---- Hide sets ----
+
+// Position in the range's list of the element that the current token came from; of the first before any was taken.
+std::size_t CppTokenScanner::currentPosition() const {
+  return range_.position + static_cast<std::size_t>(at_ == begin_ ? 0 : at_ - begin_ - 1);
 }
 
-void CppTokenScanner::takePlain(TokenList& list) {
+// Elements are asked for in their order.
+std::size_t CppTokenScanner::findRun(std::size_t position) {
+  const auto& runs = range_.list->runs();
+  while (runs[run_].end <= position) {
+    ++run_;
+  }
+  return run_;
+}
+
+const HideSet& CppTokenScanner::hideSet() {
+  if (range_.list == nullptr || range_.tokens.empty()) {
+    return range_.hideSet;
+  }
+  const std::size_t position = currentPosition();
+  const TokenList::Run& run = range_.list->runs()[findRun(position)];
+  if (!run.nested && range_.hideSet.empty()) {
+    return run.hideSet;
+  }
+  return hideSet_ = range_.list->hideSetAt(position, run_).joined(range_.hideSet);
+}
+
+bool CppTokenScanner::isHidden(const Name& name) {
+  if (range_.hideSet.contains(name)) {
+    return true;
+  }
+  if (range_.list == nullptr) {
+    return false;
+  }
+  const std::size_t position = currentPosition();
+  return range_.list->isHiddenAt(position, findRun(position), name);
+}
+
+// ---- Taking tokens with their hide sets ----
+
+void CppTokenScanner::takeSettled(TokenList& list, HideSetCache& hideSets) {
   if (!kShortcuts || peek_ != nullptr || !pieces_.empty() || reader_ != nullptr) {
     return;
   }
+  const std::uint64_t generation = context_.names.generation();
+  const Spelling* const* const first = at_;
+  const bool hasMarks = range_.list != nullptr && range_.list->isSettledIn(generation);
   while (at_ != end_) {
-    const Spelling* const* const first = at_;
-    const Spelling* const* last = end_;
-    ++at_;
-    const HideSet& hideSet = this->hideSet();
-    if (!list_.empty()) {
-      last = begin_ + list_.runs()[run_].end;
-    }
-    if (!list_.empty() && list_.runs()[run_].isPlain) {
-      at_ = last;
-    } else {
-      for (at_ = first; at_ != last && isPlain(**at_); ++at_) {
+    const Spelling* const* behind = end_;
+    if (hasMarks) {
+      const TokenList::Run& run = range_.list->runs()[findRun(range_.position + static_cast<std::size_t>(at_ - begin_))];
+      behind = std::min(end_, begin_ + (run.end - range_.position));
+      if (run.isSettled) {
+        at_ = behind;
+        continue;
       }
     }
-    list.append(SpellingRange(first, at_), hideSet, true);
-    if (at_ != last) {
-      return;
+    at_ = std::find_if_not(at_, behind, [](const Spelling* token) { return isPlain(*token); });
+    if (at_ != behind) {
+      break;
     }
+  }
+  const auto begin = static_cast<std::size_t>(first - begin_);
+  list.appendSettled(range_.part(begin, static_cast<std::size_t>(at_ - first)), generation, hideSets);
+}
+
+void CppTokenScanner::appendCurrent(TokenList& list, bool isSettled, HideSetCache& hideSets) {
+  const TokenRange current{SpellingRange(&spelling_, 1), range_.hideSet, range_.list, currentPosition()};
+  if (isSettled && kShortcuts) {
+    list.appendSettled(current, context_.names.generation(), hideSets);
+  } else if (range_.list == nullptr) {
+    list.append(spelling_, range_.hideSet);
+  } else {
+    list.append(current, HideSet(), hideSets);
   }
 }
 
-SpellingRange CppTokenScanner::rest() const {
+// ---- Arguments that are used where they stand ----
+
+TokenRange CppTokenScanner::rest() const {
   if (!pieces_.empty() || reader_ != nullptr) {
     return {};
   }
+  const auto next = static_cast<std::size_t>(at_ - begin_);
+  const auto left = static_cast<std::size_t>(end_ - at_);
   if (peek_ == nullptr) {
-    return {at_, end_};
+    return range_.part(next, left);
   }
-  return at_ != begin_ && at_[-1] == peek_ ? SpellingRange(at_ - 1, end_) : SpellingRange();
+  return at_ != begin_ && at_[-1] == peek_ ? range_.part(next - 1, left + 1) : TokenRange();
 }
 
 void CppTokenScanner::take(std::size_t count) {

@@ -7,17 +7,16 @@
 #include "lexer/CppLexer.h"
 #include "lexer/CppScanner.h"
 #include "lexer/InputFile.h"
+#include "lexer/NormalizedTokens.h"
 #include "lexer/SpellingPool.h"
 #include "lexer/TokenList.h"
 
 namespace qnpp {
 
-class NormalizedTokens;
-
 /// Reads stored tokens back. Each is lexed on its own: a text may give several tokens or none, and never merges with
 /// its neighbour's. What it gives is remembered in its spelling; only a text that opens a comment is lexed here.
 ///
-/// A scanner can be used again for another list; the engine keeps finished ones for that.
+/// A scanner can be used again for another list; the stack of sources keeps finished ones for that.
 class CppTokenScanner final : public CppScanner {
  public:
   CppTokenScanner(SpellingPool& pool, const LexerContext& context);
@@ -26,9 +25,9 @@ class CppTokenScanner final : public CppScanner {
   /// Reads the tokens of `list`, which the scanner owns from now on; what storage it had is left in `list`, empty. The
   /// spellings are borrowed.
   void read(TokenList& list);
-  /// Reads `tokens`, all of them with `hideSet`. The range is borrowed: it must stay until the scanner is reset.
-  /// `surroundings` is kept for the reader of the tokens, see there.
-  void read(SpellingRange tokens, HideSet hideSet, NormalizedTokens* surroundings);
+  /// Reads `tokens`, which are borrowed: they must stay until the scanner is reset. They are a part of `surroundings`,
+  /// or of nothing that is known to be normalized if that is null.
+  void read(const TokenRange& tokens, NormalizedTokens* surroundings);
   NormalizedTokens* surroundings() const { return surroundings_; }
   /// Gives back what the scanner holds on to.
   void reset();
@@ -36,24 +35,30 @@ class CppTokenScanner final : public CppScanner {
   CppTokenKind peek() override;
   CppTokenKind get() override;
   const HideSet& hideSet() override;
+  /// Whether `name` is in the hide set; quicker than asking for the set.
+  bool isHidden(const Name& name);
 
   /// Like `get`, but writes plain tokens to the output instead of handing them out: all but line ends, `_Pragma` and
   /// names with a macro definition. A token that is handed out may still be a plain one.
   CppTokenKind copyText();
 
-  /// Takes plain tokens, those that are neither names with a macro definition nor `defined`, and appends them with
-  /// their hide sets to `list`, up to the first token that may be another.
-  void takePlain(TokenList& list);
+  /// Takes settled tokens (see TokenList::appendSettled) and appends them with their hide sets to `list`, up to the first
+  /// token that may be another.
+  void takeSettled(TokenList& list, HideSetCache& hideSets);
+  /// Appends the current token with its hide set to `list`; `isSettled` if it is known to be so.
+  void appendCurrent(TokenList& list, bool isSettled, HideSetCache& hideSets);
 
   /// Spelling of the current token, always of a single token.
   const Spelling* spelling() const { return spelling_; }
 
   /// True when nothing is left to read, not even a token that has been looked at.
   bool isExhausted() const { return at_ == end_ && peek_ == nullptr && pieces_.empty() && reader_ == nullptr; }
+  /// True while tokens come from a text that is lexed here, and so live in the pool: one may have been looked at.
+  bool isLexing() const { return reader_ != nullptr; }
 
   /// The elements that have not been read; empty while the reading stands inside of one. A token that has been looked
   /// at is the first of them.
-  SpellingRange rest() const;
+  TokenRange rest() const;
   /// Takes the first `count` elements of `rest()`, which are single tokens; the last of them becomes the current token.
   void take(std::size_t count);
 
@@ -62,16 +67,20 @@ class CppTokenScanner final : public CppScanner {
 
   const Spelling* next();
   CppTokenKind handOut(const Spelling* spelling);
+  void start();
+  std::size_t currentPosition() const;
+  std::size_t findRun(std::size_t position);
 
   SpellingPool& pool_;
   LexerContext context_;
   TokenList list_;                            // Storage of the tokens, when the scanner owns them.
-  HideSet commonHideSet_;                     // Of all tokens, when it does not.
+  TokenRange range_;                          // What is read.
   NormalizedTokens* surroundings_ = nullptr;  // What the tokens are a part of, when they are an argument.
   const Spelling* const* begin_ = nullptr;
   const Spelling* const* at_ = nullptr;  // The next element.
   const Spelling* const* end_ = nullptr;
-  std::size_t run_ = 0;                    // Run of `list_` that the current element was last found in.
+  std::size_t run_ = 0;                    // Run of the range's list that an element was last found in.
+  HideSet hideSet_;                        // The answer of `hideSet` when it had to be put together.
   SpellingRange pieces_;                   // What is left of an element of several tokens.
   std::unique_ptr<CommentReader> reader_;  // Over an element that opens a comment.
   const Spelling* peek_ = nullptr;

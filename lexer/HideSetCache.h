@@ -35,13 +35,16 @@ class HideSetCache {
     return known.result;
   }
 
-  /// All names of `a` and `b`. Valid until the next question, or as long as `b` is.
+  /// All names of `a` and `b`. Valid until the next question, or as long as both are.
   const HideSet& joined(const HideSet& a, const HideSet& b) {
     if (!kShortcuts) {
       return uncached_ = a.joined(b);
     }
     if (a.empty() || a.isSameObject(b)) {
       return b;
+    }
+    if (b.empty()) {
+      return a;
     }
     Union& known = unions_[slotOf(a.identity(), b.identity())];
     if (!known.a.isSameObject(a) || !known.b.isSameObject(b)) {

@@ -15,6 +15,16 @@ namespace qnpp {
 
 struct CppMacro;
 
+/// What an object-like macro comes to in a text line of a file, as far as that is known: the lexer writes it in the place
+/// of the name. The bytes are the macro's. Whether it is known is found out in macros/SettledText.h.
+struct SettledText {
+  const char* data = nullptr;
+  std::uint32_t size = 0;
+  std::uint64_t generation = 0;  ///< The one in which the text holds, see NameTable; 0 for none.
+
+  std::string_view text() const { return {data, size}; }
+};
+
 /// A name that a macro definition has mentioned: as a macro's name, as a parameter or in a replacement list, or one of
 /// the words with a token kind of their own. Entries are never removed, so a pointer to one stays valid.
 struct Name {
@@ -22,15 +32,9 @@ struct Name {
   CppMacro* macro = nullptr;  ///< The current definition, owned by the CppMacroTable; null while there is none.
   HideSet alone;              ///< The set of this name only, once it has been asked for (see HideSetCache).
   std::uint32_t id = 0;       ///< Position in the order of appearance, from 0.
-
-  // What the object-like macro comes to in a text line of a file, if that is known (see NameTable::generation). The
-  // bytes are the macro's.
-  std::uint32_t expandedSize = 0;
-  const char* expandedData = nullptr;
-  std::uint64_t expandedIn = 0;
+  SettledText settled;        ///< Of the macro.
 
   std::string_view text() const { return spelling.text(); }
-  std::string_view expandedText() const { return {expandedData, expandedSize}; }
 };
 
 /// Finds names by their text. A word of the input that is no macro is by far the commonest question, so `find` costs
@@ -61,8 +65,8 @@ class NameTable {
 
   std::size_t size() const { return names_.size(); }
 
-  /// Counts the changes of macro definitions, from 1. A name's `expandedText` holds while its `expandedIn` is this
-  /// number: any definition may change what any macro comes to.
+  /// Counts the changes of macro definitions, from 1. Whatever has been found out about expansions holds in one
+  /// generation: any definition may change what any macro comes to.
   std::uint64_t generation() const { return generation_; }
   void beginGeneration() { ++generation_; }
 

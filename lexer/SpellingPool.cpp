@@ -101,13 +101,26 @@ void SpellingPool::lex(std::string_view text, std::vector<const Spelling*>& toke
 }
 
 void SpellingPool::release(const Mark& mark) {
-  arena_.release(mark.arena);
+  while (indexedNames_ > mark.unknownNames) {
+    const auto found = namesByText_.find(unknownNames_[--indexedNames_]->text());
+    found->second.pop_back();
+    if (found->second.empty()) {
+      namesByText_.erase(found);
+    }
+  }
   unknownNames_.resize(mark.unknownNames);
+  arena_.release(mark.arena);
 }
 
 void SpellingPool::nameBecameKnown(Name& name) {
-  for (Spelling* const spelling : unknownNames_) {
-    if (spelling->name == nullptr && spelling->text() == name.text()) {
+  for (; indexedNames_ < unknownNames_.size(); ++indexedNames_) {
+    Spelling* const unknown = unknownNames_[indexedNames_];
+    namesByText_[unknown->text()].push_back(unknown);
+  }
+  const auto found = namesByText_.find(name.text());
+  // Words that come later find the name, so all of these have it or none.
+  if (found != namesByText_.end() && found->second.front()->name == nullptr) {
+    for (Spelling* const spelling : found->second) {
       spelling->name = &name;
     }
   }

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "lexer/NameTable.h"
@@ -53,7 +54,10 @@ class SpellingPool {
   NameTable& names_;
   StoredTextLexer& lexer_;
   TextArena arena_;
-  std::vector<Spelling*> unknownNames_;  // Names with a null `name`.
+  // Names with a null `name`, in the order of their making. The first `indexedNames_` of them can be found by their text.
+  std::vector<Spelling*> unknownNames_;
+  std::unordered_map<std::string_view, std::vector<Spelling*>> namesByText_;
+  std::size_t indexedNames_ = 0;
   std::vector<const Spelling*> pieces_;
 };
 

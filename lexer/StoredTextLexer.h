@@ -1,6 +1,7 @@
 // Lexing of texts in memory.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -14,7 +15,7 @@ namespace qnpp {
 class StoredTextLexer {
  public:
   explicit StoredTextLexer(const LexerContext& context)
-      : lexer_(input_, context), commentCount_(context.commentCount) {}
+      : lexer_(input_, context), effectCount_(context.effectCount) {}
 
   /// Calls `take(kind, text)` for each token of `text`; the text of a token is valid during the call only.
   template <typename Take>
@@ -26,13 +27,16 @@ class StoredTextLexer {
     }
   }
 
-  /// How many comments have been read, by whichever lexer of the same context.
-  std::uint64_t commentCount() const { return commentCount_; }
+  /// Where in the text the token begins; for use in such a call, for any token but a comment.
+  std::size_t offset() const { return static_cast<std::size_t>(lexer_.offset()); }
+
+  /// See LexerContext; what any lexer of the same context did.
+  std::uint64_t effectCount() const { return effectCount_; }
 
  private:
   InputText input_;
   CppLexer lexer_;
-  const std::uint64_t& commentCount_;
+  const std::uint64_t& effectCount_;
 };
 
 }  // namespace qnpp

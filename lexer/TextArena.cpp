@@ -21,12 +21,14 @@ void* TextArena::allocateInNewChunk(std::size_t size) {
     // A released chunk that is too small stays behind the new one and is used later.
     const std::size_t chunkSize = std::max(size, kChunkSize);
     Chunk made{std::make_unique_for_overwrite<char[]>(chunkSize), chunkSize};
+    forbidUse(made.bytes.get(), chunkSize);
     chunks_.insert(chunks_.begin() + static_cast<std::ptrdiff_t>(next), std::move(made));
   }
   current_ = next;
   base_ = chunks_[next].bytes.get();
   room_ = chunks_[next].size;
   used_ = size;
+  allowUse(base_, size);
   return base_;
 }
 
@@ -39,10 +41,11 @@ void TextArena::release(Mark mark) {
     base_ = chunks_[current_].bytes.get();
     room_ = chunks_[current_].size;
     // One chunk is kept for the next need; what a large expansion took goes back to the system.
-    const std::size_t kept = current_ + 1 + (chunks_[current_ + 1].size == kChunkSize ? 1U : 0U);
-    chunks_.resize(std::min(kept, chunks_.size()));
+    const bool keepsNext = kKeepsSpares && chunks_[current_ + 1].size == kChunkSize;
+    chunks_.resize(current_ + (keepsNext ? 2U : 1U));
   }
   used_ = mark.used;
+  forbidUse(base_ + used_, room_ - used_);
 }
 
 }  // namespace qnpp

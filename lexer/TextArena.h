@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "lexer/Sanitizer.h"
+
 namespace qnpp {
 
 /// A stack of bytes: allocation moves a pointer, and everything allocated behind a mark is given back in one step.
@@ -27,6 +29,7 @@ class TextArena {
     }
     char* const made = base_ + used_;
     used_ += size;
+    allowUse(made, size);
     return made;
   }
 

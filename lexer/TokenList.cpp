@@ -1,13 +1,177 @@
 #include "lexer/TokenList.h"
 
-namespace qnpp {
+#include <algorithm>
+#include <memory>
 
-void TokenList::append(const TokenList& tokens, const HideSet& hideSet, HideSetCache& hideSets) {
-  std::size_t begin = 0;
-  for (const Run& run : tokens.runs_) {
-    append(tokens.spellings().subspan(begin, run.end - begin), hideSets.joined(run.hideSet, hideSet), run.isPlain);
-    begin = run.end;
+namespace qnpp {
+namespace {
+
+// From how many runs on a list is kept whole when it is appended. Joining sets is quicker for a few, since the same few
+// have mostly been joined before; and lists are nested less deep.
+constexpr std::size_t kMostJoined = 4;
+
+std::size_t findRun(const std::vector<TokenList::Run>& runs, std::size_t position) {
+  const auto found = std::upper_bound(runs.begin(), runs.end(), position,
+                                      [](std::size_t at, const TokenList::Run& run) { return at < run.end; });
+  return static_cast<std::size_t>(found - runs.begin());
+}
+
+std::size_t beginOf(const std::vector<TokenList::Run>& runs, std::size_t run) {
+  return run == 0 ? 0 : runs[run - 1].end;
+}
+
+}  // namespace
+
+// ---- Nested runs ----
+
+struct TokenList::Nested::Shared {
+  std::vector<Run> runs;
+  std::size_t references = 1;
+  Shared* next = nullptr;  // Among those that are being freed.
+};
+
+TokenList::Nested::Nested(const Run* first, const Run* last, std::size_t begin) : shared_(new Shared{{first, last}}) {
+  for (Run& run : shared_->runs) {
+    run.end -= begin;
   }
+}
+
+TokenList::Nested::Nested(const Nested& other) noexcept : shared_(other.shared_) {
+  if (shared_ != nullptr) {
+    ++shared_->references;
+  }
+}
+
+// Runs are nested as deep as invocations are, so what is nested in them is not freed by recursion.
+TokenList::Nested::~Nested() {
+  Shared* unused = nullptr;
+  const auto drop = [&unused](Shared* shared) {
+    if (shared != nullptr && --shared->references == 0) {
+      shared->next = std::exchange(unused, shared);
+    }
+  };
+  drop(shared_);
+  while (unused != nullptr) {
+    const std::unique_ptr<Shared> ended(std::exchange(unused, unused->next));
+    for (Run& run : ended->runs) {
+      drop(std::exchange(run.nested.shared_, nullptr));
+    }
+  }
+}
+
+const std::vector<TokenList::Run>& TokenList::Nested::runs() const { return shared_->runs; }
+
+// ---- Asking for sets ----
+
+std::size_t TokenList::runAt(std::size_t position) const { return findRun(runs_, position); }
+
+// Calls `visit` with each set that makes up that of the token at `position`, until it returns false.
+template <typename Visit>
+void TokenList::visitSets(std::size_t position, std::size_t run, Visit visit) const {
+  const std::vector<Run>* runs = &runs_;
+  for (;;) {
+    const Run& covering = (*runs)[run];
+    if (!visit(covering.hideSet) || !covering.nested) {
+      return;
+    }
+    position = covering.nestedAt + (position - beginOf(*runs, run));
+    runs = &covering.nested.runs();
+    run = findRun(*runs, position);
+  }
+}
+
+HideSet TokenList::hideSetAt(std::size_t position, std::size_t run) const {
+  HideSet all;
+  visitSets(position, run, [&all](const HideSet& set) {
+    all = all.joined(set);
+    return true;
+  });
+  return all;
+}
+
+bool TokenList::isHiddenAt(std::size_t position, std::size_t run, const Name& name) const {
+  bool isHidden = false;
+  visitSets(position, run, [&isHidden, &name](const HideSet& set) {
+    isHidden = set.contains(name);
+    return !isHidden;
+  });
+  return isHidden;
+}
+
+// ---- Appending ----
+
+void TokenList::append(const TokenRange& tokens, const HideSet& hideSet, HideSetCache& hideSets) {
+  if (tokens.list != nullptr) {
+    settledIn_ = std::min(settledIn_, tokens.list->settledIn_);
+  }
+  // A copy, since the cache's answer holds until its next question only.
+  appendRange(tokens, HideSet(hideSets.joined(tokens.hideSet, hideSet)), false, hideSets);
+}
+
+void TokenList::appendSettled(const TokenRange& tokens, std::uint64_t generation, HideSetCache& hideSets) {
+  settledIn_ = std::min(settledIn_, generation);
+  appendRange(tokens, tokens.hideSet, true, hideSets);
+}
+
+// Each token gets its own set and `added`. All of them are settled, or those that were.
+void TokenList::appendRange(const TokenRange& tokens, const HideSet& added, bool areSettled, HideSetCache& hideSets) {
+  if (tokens.tokens.empty()) {
+    return;
+  }
+  const std::size_t begin = spellings_.size();
+  spellings_.insert(spellings_.end(), tokens.tokens.begin(), tokens.tokens.end());
+  if (tokens.list == nullptr) {
+    cover({spellings_.size(), added, {}, 0, areSettled});
+    return;
+  }
+  const std::vector<Run>& runs = tokens.list->runs_;
+  const std::size_t end = tokens.position + tokens.tokens.size();
+  const auto isSettled = [areSettled](const Run& run) { return areSettled || run.isSettled; };
+  std::size_t at = tokens.position;
+  for (std::size_t run = findRun(runs, at); at < end;) {
+    std::size_t behind = run + 1;  // The settled runs from `run` on.
+    while (isSettled(runs[behind - 1]) && runs[behind - 1].end < end && isSettled(runs[behind])) {
+      ++behind;
+    }
+    const std::size_t runBegin = beginOf(runs, run);
+    if (behind - run > kMostJoined) {
+      const std::size_t nestedAt = at - runBegin;
+      at = std::min(end, runs[behind - 1].end);
+      cover({begin + (at - tokens.position), added, Nested(&runs[run], &runs[behind], runBegin), nestedAt, true});
+      run = behind;
+      continue;
+    }
+    const std::size_t nestedAt = runs[run].nestedAt + (at - runBegin);
+    at = std::min(end, runs[run].end);
+    cover({begin + (at - tokens.position), hideSets.joined(runs[run].hideSet, added), runs[run].nested, nestedAt,
+           isSettled(runs[run])});
+    ++run;
+  }
+}
+
+void TokenList::cutTo(std::size_t count) {
+  spellings_.resize(count);
+  while (!runs_.empty() && beginOf(runs_, runs_.size() - 1) >= count) {
+    runs_.pop_back();
+  }
+  if (!runs_.empty()) {
+    runs_.back().end = std::min(runs_.back().end, count);
+  }
+}
+
+// Covers the tokens behind the last run by `run`.
+void TokenList::cover(Run run) {
+  if (!runs_.empty()) {
+    Run& last = runs_.back();
+    const bool isContinued =
+        last.isSettled == run.isSettled && last.hideSet.isSameObject(run.hideSet) && last.nested == run.nested &&
+        (!run.nested || last.nestedAt + (last.end - beginOf(runs_, runs_.size() - 1)) == run.nestedAt);
+    if (isContinued) {
+      last.end = run.end;
+      return;
+    }
+  }
+  runs_.push_back(std::move(run));
 }
 
 }  // namespace qnpp

@@ -2,6 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <utility>
 #include <vector>
 
 #include "lexer/HideSet.h"
@@ -10,22 +13,49 @@
 
 namespace qnpp {
 
-/// A stored token: its text, and the macro names that must not be expanded at it. It has no kind; that is found by
-/// lexing the text when the token is read.
-struct CppToken {
-  const Spelling* text = nullptr;
-  HideSet hideSet;
-};
+struct TokenRange;
 
-/// A list of stored tokens, a value that owns its contents but borrows the spellings. Neighbours mostly carry the same
-/// hide set, so the sets are kept once per run of tokens: a token costs one pointer.
+/// A list of stored tokens: texts, each with the macro names that must not be expanded at it. A stored token has no
+/// kind; that is found by lexing the text when the token is read. The list owns its contents but borrows the spellings.
+///
+/// Neighbours mostly carry the same hide set, so the sets are kept once per run of tokens: a token costs one pointer.
+/// And where a list with many sets is appended to another with one set in addition to all of them, the result keeps the
+/// runs of the first as they are, and the addition once beside them: with `#define M1(x) [x]` and so on, M1(M2(M3(1)))
+/// takes a list of more and more sets through one level after the other, and each level adds its name to all.
 class TokenList {
  public:
+  struct Run;
+
+  /// The runs of a list that has become a part of others: shared by them, and never changed.
+  class Nested {
+   public:
+    Nested() = default;
+    /// The runs from `first` to before `last`, which begin at position `begin`.
+    Nested(const Run* first, const Run* last, std::size_t begin);
+    Nested(const Nested& other) noexcept;
+    Nested(Nested&& other) noexcept : shared_(std::exchange(other.shared_, nullptr)) {}
+    Nested& operator=(Nested other) noexcept {
+      std::swap(shared_, other.shared_);
+      return *this;
+    }
+    ~Nested();
+
+    explicit operator bool() const { return shared_ != nullptr; }
+    bool operator==(const Nested& other) const { return shared_ == other.shared_; }
+    const std::vector<Run>& runs() const;
+
+   private:
+    struct Shared;
+    Shared* shared_ = nullptr;
+  };
+
   /// Tokens up to, not including, position `end` that begin where the run before ends.
   struct Run {
     std::size_t end = 0;
-    HideSet hideSet;
-    bool isPlain = false;  // None of the tokens has to be looked at when the list is expanded further.
+    HideSet hideSet;             ///< Of each of them.
+    Nested nested = {};          ///< What each has beside that; none for nothing.
+    std::size_t nestedAt = 0;    ///< Position of the first one there.
+    bool isSettled = false;      ///< None has to be looked at when the list is expanded further, see `settledIn`.
   };
 
   bool empty() const { return spellings_.empty(); }
@@ -33,36 +63,86 @@ class TokenList {
   SpellingRange spellings() const { return spellings_; }
   const std::vector<Run>& runs() const { return runs_; }
 
+  /// All of it, borrowed.
+  TokenRange all() const;
+
+  /// Whether runs that are marked as settled are so in this generation of definitions (see NameTable).
+  bool isSettledIn(std::uint64_t generation) const { return settledIn_ == generation; }
+
+  /// Index of the run that holds the token at `position`.
+  std::size_t runAt(std::size_t position) const;
+  /// The hide set of the token at `position`, which is in the run of that index.
+  HideSet hideSetAt(std::size_t position, std::size_t run) const;
+  /// Whether `name` is in that set.
+  bool isHiddenAt(std::size_t position, std::size_t run, const Name& name) const;
+
   void append(const Spelling* spelling, const HideSet& hideSet) {
     spellings_.push_back(spelling);
     coverNewTokens(hideSet);
   }
-  /// `isPlain`: the tokens are single ones and none is a name with a macro definition or `defined`.
-  void append(SpellingRange spellings, const HideSet& hideSet, bool isPlain = false) {
+  void append(SpellingRange spellings, const HideSet& hideSet) {
     if (!spellings.empty()) {
       spellings_.insert(spellings_.end(), spellings.begin(), spellings.end());
-      coverNewTokens(hideSet, isPlain);
+      coverNewTokens(hideSet);
     }
   }
-  /// Appends the tokens of `tokens`, each with its own hide set and `hideSet` in addition.
-  void append(const TokenList& tokens, const HideSet& hideSet, HideSetCache& hideSets);
+  /// Appends a token whose hide set does not matter. There must be one before it.
+  void appendUnasked(const Spelling* spelling) {
+    spellings_.push_back(spelling);
+    if (runs_.back().nested) {
+      coverNewTokens(HideSet());
+    } else {
+      runs_.back().end = spellings_.size();
+    }
+  }
+  /// Appends tokens, each with its own hide set and `hideSet` in addition.
+  void append(const TokenRange& tokens, const HideSet& hideSet, HideSetCache& hideSets);
+  /// The same for tokens of which none is expanded in what is made of this list, in this generation of definitions: they
+  /// are single tokens, and neither `defined` nor a name with a macro definition that its hide set does not hold.
+  void appendSettled(const TokenRange& tokens, std::uint64_t generation, HideSetCache& hideSets);
 
+  /// Drops all but the first `count` tokens.
+  void cutTo(std::size_t count);
   void clear() {
     spellings_.clear();
     runs_.clear();
+    settledIn_ = kNoMarks;
   }
 
  private:
-  void coverNewTokens(const HideSet& hideSet, bool isPlain = false) {
-    if (!runs_.empty() && runs_.back().hideSet.isSameObject(hideSet) && runs_.back().isPlain == isPlain) {
+  static constexpr std::uint64_t kNoMarks = std::numeric_limits<std::uint64_t>::max();
+
+  void coverNewTokens(const HideSet& hideSet) {
+    if (!runs_.empty() && !runs_.back().isSettled && !runs_.back().nested && runs_.back().hideSet.isSameObject(hideSet)) {
       runs_.back().end = spellings_.size();
     } else {
-      runs_.push_back({spellings_.size(), hideSet, isPlain});
+      runs_.push_back({spellings_.size(), hideSet});
     }
   }
+  void appendRange(const TokenRange& tokens, const HideSet& added, bool areSettled, HideSetCache& hideSets);
+  void cover(Run run);
+  template <typename Visit>
+  void visitSets(std::size_t position, std::size_t run, Visit visit) const;
 
   std::vector<const Spelling*> spellings_;
   std::vector<Run> runs_;
+  std::uint64_t settledIn_ = kNoMarks;  // The oldest generation in which a run was marked as settled.
 };
+
+/// Tokens that somebody else holds, each with a hide set of its own and `hideSet` in addition.
+struct TokenRange {
+  SpellingRange tokens = {};
+  HideSet hideSet = {};
+  /// Where their own sets are found: in this list from this position on. Null: they have none.
+  const TokenList* list = nullptr;
+  std::size_t position = 0;
+
+  /// `count` of the tokens, from the one at `begin` on.
+  TokenRange part(std::size_t begin, std::size_t count) const {
+    return {tokens.subspan(begin, count), hideSet, list, position + begin};
+  }
+};
+
+inline TokenRange TokenList::all() const { return {spellings_, HideSet(), this, 0}; }
 
 }  // namespace qnpp

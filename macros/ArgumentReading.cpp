@@ -1,5 +1,5 @@
-// The arguments of a function-like invocation, read from whatever source it stands in.
-#include "engine/Sources.h"
+#include "macros/ArgumentReading.h"
+
 #include "lexer/Shortcuts.h"
 
 namespace qnpp {
@@ -67,49 +67,34 @@ std::size_t findNormalizedArgumentEnd(SpellingRange tokens, std::size_t begin) {
   return tokens.size();
 }
 
-}  // namespace
-
-// Reads "(", the arguments and ")". Reports and returns false when the list is not well-formed or has the wrong number
-// of arguments; what has been read by then is lost, the rest stays to be read as text.
-bool CppPreprocessor::collectArguments(const CppMacro& macro, Arguments& arguments) {
-  const std::size_t expected = macro.parameters.size();
-  nextToken();  // "("
-  CppTokenKind kind = TK_END;
-  do {
-    if (kShortcuts && !isCurrentFile() && readArgumentInPlace(arguments)) {
-      kind = listSource().spelling()->kind;
-    } else {
-      skipWhiteSpace();
-      kind = nextToken();
-      if (kind == ')') {
-        break;  // "()" has no argument, and a "," directly before ")" adds none.
-      }
-      kind = readArgument(kind, arguments);
-    }
-    if (kind == ',' && arguments.count() > expected) {
-      reportError("A macro invocation has too many arguments");
-      return false;
-    }
-  } while (kind == ',');
-
-  if (kind != ')') {
-    reportError("The macro invocation is improperly terminated");
+// Reads an argument and the token that ends it when both stand in the list that is being read, and the tokens there are
+// those that the argument's normalized text lexes into. The argument then borrows them: each level of a deep nesting
+// would otherwise hold a copy of all the levels in it. Returns false, with nothing taken, when that is not so.
+bool readArgumentInPlace(CppTokenScanner& source, Arguments& arguments) {
+  NormalizedTokens* const surroundings = source.surroundings();
+  const TokenRange rest = source.rest();
+  const SpellingRange tokens = rest.tokens;
+  std::size_t begin = 0;
+  while (begin < tokens.size() && tokens[begin] == blankSpelling()) {
+    ++begin;
+  }
+  const std::size_t end =
+      surroundings != nullptr ? findArgumentEnd(tokens, begin, *surroundings) : findNormalizedArgumentEnd(tokens, begin);
+  if (end == begin || end == tokens.size()) {
     return false;
   }
-  if (arguments.count() < expected) {
-    reportError("There are not enough arguments in a macro invocation");
-    return false;
-  }
-  if (arguments.count() > expected) {
-    reportError("A macro invocation has too many arguments");
-    return false;
-  }
+  source.take(end + 1);
+  const std::size_t last = tokens[end - 1] == blankSpelling() ? end - 1 : end;
+  TokenRange argument = rest.part(begin, last - begin);
+  // The set of the token behind the argument holds what all of the range's have.
+  argument.hideSet = source.hideSet();
+  arguments.addInPlace(argument, surroundings);
   return true;
 }
 
 // Reads an argument that starts with the current token, of `kind`. Returns the kind of the token that ended it: "," or
 // ")" outside of any parentheses, or the end of the input.
-CppTokenKind CppPreprocessor::readArgument(CppTokenKind kind, Arguments& arguments) {
+CppTokenKind readArgument(TokenStream& stream, CppTokenKind kind, Arguments& arguments) {
   std::size_t depth = 0;
   bool afterBlank = false;
   while (kind != TK_END) {
@@ -121,33 +106,49 @@ CppTokenKind CppPreprocessor::readArgument(CppTokenKind kind, Arguments& argumen
       }
       depth -= kind == ')' ? 1U : 0U;
     }
-    arguments.add(currentSpelling(kind), afterBlank);
-    afterBlank = skipWhiteSpace();
-    kind = nextToken();
+    arguments.add(stream, kind, afterBlank);
+    afterBlank = stream.skipWhiteSpace();
+    kind = stream.get();
   }
-  arguments.finish(current_->hideSet(), pool_);
+  arguments.finish(stream, stream.hideSet());
   return kind;
 }
 
-// Reads an argument and the token that ends it when both stand in the list that is being read, and the tokens there are
-// those that the argument's normalized text lexes into. The argument then borrows them: each level of a deep nesting
-// would otherwise hold a copy of all the levels in it. Returns false, with nothing taken, when that is not so.
-bool CppPreprocessor::readArgumentInPlace(Arguments& arguments) {
-  CppTokenScanner& source = listSource();
-  NormalizedTokens* const surroundings = source.surroundings();
-  const SpellingRange rest = source.rest();
-  std::size_t begin = 0;
-  while (begin < rest.size() && rest[begin] == blankSpelling()) {
-    ++begin;
-  }
-  const std::size_t end =
-      surroundings != nullptr ? findArgumentEnd(rest, begin, *surroundings) : findNormalizedArgumentEnd(rest, begin);
-  if (end == begin || end == rest.size()) {
+}  // namespace
+
+bool collectArguments(TokenStream& stream, MessageSink& messages, const CppMacro& macro, Arguments& arguments) {
+  const std::size_t expected = macro.parameters.size();
+  const auto fail = [&messages](Message message) {
+    messages.report(message);
     return false;
+  };
+  stream.get();  // "("
+  CppTokenKind kind = TK_END;
+  do {
+    if (kShortcuts && !stream.isInFile() && readArgumentInPlace(stream.listSource(), arguments)) {
+      kind = stream.listSource().spelling()->kind;
+    } else {
+      stream.skipWhiteSpace();
+      kind = stream.get();
+      if (kind == ')') {
+        break;  // "()" has no argument, and a "," directly before ")" adds none.
+      }
+      kind = readArgument(stream, kind, arguments);
+    }
+    if (kind == ',' && arguments.count() > expected) {
+      return fail(Message::TooManyArguments);
+    }
+  } while (kind == ',');
+
+  if (kind != ')') {
+    return fail(Message::UnterminatedInvocation);
   }
-  source.take(end + 1);
-  const std::size_t last = rest[end - 1] == blankSpelling() ? end - 1 : end;
-  arguments.addInPlace(rest.subspan(begin, last - begin), surroundings, source.hideSet());
+  if (arguments.count() < expected) {
+    return fail(Message::TooFewArguments);
+  }
+  if (arguments.count() > expected) {
+    return fail(Message::TooManyArguments);
+  }
   return true;
 }
 

@@ -6,28 +6,35 @@
 #include <string_view>
 #include <vector>
 
-#include "lexer/HideSet.h"
-#include "lexer/SpellingPool.h"
-#include "macros/NormalizedTokens.h"
+#include "lexer/NormalizedTokens.h"
+#include "lexer/TokenList.h"
+#include "lexer/TokenStream.h"
 
 namespace qnpp {
 
-/// The arguments of one invocation. Each is normalized text, lexed into tokens that all carry the hide set of the
-/// source that was current at its end.
+/// The arguments of one invocation. Each is normalized text, lexed into tokens. A token carries the hide set of the token
+/// that it was read from, and that of the token behind the argument in addition; one that the text lexes into anew, out
+/// of several, carries the sets of all of them.
 ///
 /// The text is only built where somebody needs it. Between tokens of one source, normalizing the text and lexing it
 /// again gives the tokens back, so they are kept as they are; `finish` finds out where that is not so (tokens of
 /// different origin that merge, or a lone quote that finds a partner once line ends have become blanks) and builds the
 /// text and lexes it there.
+///
+/// Spellings are kept alive by the stream's Hold, lists that tokens stand in by an EndedLists; see lexer/TokenStream.h.
 class Arguments {
  public:
   std::size_t count() const { return count_; }
-  const HideSet& hideSet(std::size_t index) const { return arguments_[index].hideSet; }
 
-  /// Tokens of an argument: single tokens, one blank where white space stands between two.
-  SpellingRange tokens(std::size_t index) const {
+  /// Tokens of an argument: single tokens, one blank where white space stands between two. Valid until the arguments
+  /// change.
+  TokenRange tokens(std::size_t index) const {
     const Argument& argument = arguments_[index];
-    return argument.isInPlace ? argument.inPlace : SpellingRange(tokens_).subspan(argument.begin, argument.count);
+    if (argument.isInPlace) {
+      return argument.inPlace;
+    }
+    return {collected_.spellings().subspan(argument.begin, argument.count), argument.hideSet, &collected_,
+            argument.begin};
   }
 
   /// The tokens that those of an argument are a part of. Valid until the arguments change.
@@ -36,41 +43,44 @@ class Arguments {
   /// Appends the normalized text of an argument to `text`.
   void appendText(std::size_t index, std::string& text) const;
 
-  /// Adds a token to the argument being read, with a blank before it if it does not follow the last one directly.
-  void add(const Spelling* token, bool afterBlank);
-  /// Ends the argument being read. Lexes its text if need be.
-  void finish(const HideSet& hideSet, SpellingPool& pool);
+  /// The expansion of an argument, if it has been kept; null otherwise.
+  const TokenList* expanded(std::size_t index) const {
+    return arguments_[index].isExpanded ? &arguments_[index].expanded : nullptr;
+  }
+  /// Keeps the expansion of an argument, taking the tokens out of the list.
+  void keepExpanded(std::size_t index, TokenList& tokens);
+
+  /// Adds the current token of `stream`, of `kind`, to the argument being read, with a blank before it if it does not
+  /// follow the last one directly.
+  void add(TokenStream& stream, CppTokenKind kind, bool afterBlank);
+  /// Ends the argument being read, at a token that carries `hideSet`. Lexes its text if need be.
+  void finish(TokenStream& stream, const HideSet& hideSet);
   /// Adds an argument whose tokens stand in a list that outlives this object, already normalized; they are a part of
   /// `surroundings`, or of nothing that is known to be normalized if that is null.
-  void addInPlace(SpellingRange tokens, NormalizedTokens* surroundings, const HideSet& hideSet);
+  void addInPlace(const TokenRange& tokens, NormalizedTokens* surroundings);
 
-  void clear() {
-    for (std::size_t index = 0; index < count_; ++index) {
-      arguments_[index].clear();
-    }
-    count_ = 0;
-    tokens_.clear();
-    begin_ = 0;
-    mustLex_ = false;
-  }
+  void clear();
 
  private:
   struct Argument {
     std::size_t begin = 0;  // Into the collected tokens, unless the argument is used in place.
     std::size_t count = 0;
+    HideSet hideSet;  // Of the token behind it.
     bool isInPlace = false;
-    SpellingRange inPlace;
-    std::string_view text;  // The normalized text, when it is more than the tokens' texts.
-    HideSet hideSet;
+    TokenRange inPlace;
+    std::string_view text;                     // The normalized text, when it is more than the tokens' texts.
     NormalizedTokens* surroundings = nullptr;  // Null: `own`, once it has been asked for.
     NormalizedTokens own;
+    bool isExpanded = false;
+    TokenList expanded;
 
     void clear();
   };
 
-  Argument& addArgument(const HideSet& hideSet);
+  Argument& addArgument();
+  void lexAnew(TokenStream& stream, std::string_view text);
 
-  std::vector<const Spelling*> tokens_;
+  TokenList collected_;
   std::vector<Argument> arguments_;  // The first `count_` are in use; the others keep their memory for later ones.
   std::size_t count_ = 0;
   std::size_t begin_ = 0;  // Where the argument being read begins.

@@ -1,12 +1,12 @@
 // Macro definitions.
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "macros/Replacement.h"
+#include "macros/SettledText.h"
 
 namespace qnpp {
 
@@ -24,12 +24,7 @@ struct CppMacro {
   /// The lexed text, made at the first use; null before, and for a text that has to be lexed at each use.
   std::unique_ptr<const Replacement> replacement;
 
-  /// Text behind the name's `expandedText`, unless that is `text` itself.
-  std::string expandedText = {};
-  /// The generation of definitions in which the object-like macro was last used in a text line, and whether it was
-  /// found then that it has no such text.
-  std::uint64_t usedIn = 0;
-  bool isUnsettled = false;
+  SettledTextSearch settledText = {};
 };
 
 }  // namespace qnpp

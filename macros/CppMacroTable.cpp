@@ -15,7 +15,7 @@ void CppMacroTable::defineFromCommandLine(std::string_view name, std::string_vie
 void CppMacroTable::define(std::string_view name, CppMacro macro) {
   Name& entry = *names_.intern(name);
   if (entry.macro == nullptr) {
-    pool_.nameBecameKnown(entry);
+    stream_.nameBecameKnown(entry);
   }
   if (definitions_.size() <= entry.id) {
     definitions_.resize(names_.size());
@@ -36,14 +36,10 @@ void CppMacroTable::undefine(std::string_view name) {
 
 void CppMacroTable::retire(Name& name) {
   if (name.macro != nullptr) {
-    retiredMacros_.push_back(std::move(definitions_[name.id]));
     name.macro = nullptr;
+    stream_.retire(std::move(definitions_[name.id]));
     names_.beginGeneration();
   }
-}
-
-const Replacement& CppMacroTable::keep(std::unique_ptr<const Replacement> replacement) {
-  return *retiredReplacements_.emplace_back(std::move(replacement));
 }
 
 }  // namespace qnpp

@@ -1,14 +1,12 @@
 // The macro table.
 #pragma once
 
-#include <cstddef>
 #include <memory>
-#include <string>
 #include <string_view>
 #include <vector>
 
 #include "lexer/NameTable.h"
-#include "lexer/SpellingPool.h"
+#include "lexer/TokenStream.h"
 #include "macros/CppMacro.h"
 
 namespace qnpp {
@@ -16,11 +14,10 @@ namespace qnpp {
 /// The macro definitions by name; at most one for each. Names are compared byte by byte.
 ///
 /// The table answers through the name table: a Name points at its definition, so that a token whose name is known needs
-/// no search. A definition that is replaced or removed while an expansion may still be reading it is kept until
-/// `dropRetired`.
+/// no search. A definition that is replaced or removed is left to the stream, since an expansion may be reading it.
 class CppMacroTable {
  public:
-  CppMacroTable(NameTable& names, SpellingPool& pool) : names_(names), pool_(pool) {}
+  CppMacroTable(NameTable& names, TokenStream& stream) : names_(names), stream_(stream) {}
   CppMacroTable(const CppMacroTable&) = delete;
   CppMacroTable& operator=(const CppMacroTable&) = delete;
 
@@ -39,25 +36,12 @@ class CppMacroTable {
   /// Removes the definition of `name`, if there is one.
   void undefine(std::string_view name);
 
-  /// Keeps a replacement that is good for one use until `dropRetired`.
-  const Replacement& keep(std::unique_ptr<const Replacement> replacement);
-
-  /// Frees the definitions and replacements that have been kept because they might be in use.
-  void dropRetired() {
-    if (!retiredMacros_.empty() || !retiredReplacements_.empty()) {
-      retiredMacros_.clear();
-      retiredReplacements_.clear();
-    }
-  }
-
  private:
   void retire(Name& name);
 
   NameTable& names_;
-  SpellingPool& pool_;
+  TokenStream& stream_;
   std::vector<std::unique_ptr<CppMacro>> definitions_;  // By the id of the name.
-  std::vector<std::unique_ptr<CppMacro>> retiredMacros_;
-  std::vector<std::unique_ptr<const Replacement>> retiredReplacements_;
 };
 
 }  // namespace qnpp

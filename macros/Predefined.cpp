@@ -1,9 +1,8 @@
-// __FILE__, __LINE__, __DATE__ and __TIME__.
+#include "macros/Predefined.h"
+
 #include <array>
 #include <ctime>
 #include <string>
-
-#include "engine/CppPreprocessor.h"
 
 namespace qnpp {
 namespace {
@@ -27,23 +26,21 @@ DateAndTime localDateAndTime() {
 
 }  // namespace
 
-void CppPreprocessor::definePredefinedMacros() {
+PredefinedMacros::PredefinedMacros(CppMacroTable& table, NameTable& names) {
   const DateAndTime now = localDateAndTime();
-  macroTable_.defineFromCommandLine("__FILE__", "");
-  macroTable_.defineFromCommandLine("__LINE__", "");
-  macroTable_.defineFromCommandLine("__DATE__", now.date);
-  macroTable_.defineFromCommandLine("__TIME__", now.time);
-  fileName_ = names_.find("__FILE__");
-  lineName_ = names_.find("__LINE__");
+  table.defineFromCommandLine("__FILE__", "");
+  table.defineFromCommandLine("__LINE__", "");
+  table.defineFromCommandLine("__DATE__", now.date);
+  table.defineFromCommandLine("__TIME__", now.time);
+  file_ = names.find("__FILE__");
+  line_ = names.find("__LINE__");
 }
 
-// Brings the text of __FILE__ or __LINE__ up to date. It stays stored, so a later definition is compared with the value
-// of the last use. Only the name counts: a definition of the source's own is overwritten too.
-void CppPreprocessor::refreshPredefined(const Name& name) {
-  if (&name == fileName_) {
-    name.macro->text = '"' + currentFile_->fileName() + '"';
-  } else if (&name == lineName_) {
-    name.macro->text = std::to_string(currentFile_->line());
+void PredefinedMacros::refresh(const Name& name, const CppFileScanner& file) const {
+  if (&name == file_) {
+    name.macro->text = '"' + file.fileName() + '"';
+  } else if (&name == line_) {
+    name.macro->text = std::to_string(file.line());
   }
 }
 

@@ -1,30 +1,19 @@
 #include "macros/Replacement.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <unordered_map>
 #include <utility>
 
 namespace qnpp {
-namespace {
-
-constexpr std::array<std::string_view, 3> kMisuses = {
-    "Macro variable expected after '#' operator",
-    "'##' operator cannot be at the beginning of the replacement list",
-    "'##' operator cannot be at the end of the replacement list",
-};
-enum Misuse : std::uint32_t { kNoParameter, kPasteAtBeginning, kPasteAtEnd };
-
-}  // namespace
-
-std::string_view Replacement::misuse(std::uint32_t index) { return kMisuses.at(index); }
 
 Replacement::Replacement(std::string_view text, NameTable& names, StoredTextLexer& lexer) { lex(text, names, lexer); }
 
 void Replacement::lex(std::string_view text, NameTable& names, StoredTextLexer& lexer) {
-  const std::uint64_t comments = lexer.commentCount();
-  lexer.lex(text, [this, &names](CppTokenKind kind, std::string_view token) {
+  const std::uint64_t effects = lexer.effectCount();
+  std::size_t written = 0;  // A comment is more than its blank, a line end of two bytes more than its token.
+  lexer.lex(text, [this, &names, &written](CppTokenKind kind, std::string_view token) {
+    written += token.size();
     if (isName(kind) || kind == TK_DEFINED || kind == TK_PRAGMA_OP) {
       tokens_.push_back(&names.intern(token)->spelling);
     } else if (token.size() == 1 && kind < TK_DEC_INT) {
@@ -35,10 +24,11 @@ void Replacement::lex(std::string_view text, NameTable& names, StoredTextLexer& 
       tokens_.push_back(nullptr);
     }
   });
-  opensComment_ = lexer.commentCount() != comments;
-  isFixedText_ = !opensComment_ && std::all_of(tokens_.begin(), tokens_.end(), [](const Spelling* token) {
+  hasEffects_ = lexer.effectCount() != effects;
+  const auto isFixed = [](const Spelling* token) {
     return token == nullptr || (token->kind != TK_NEWLINE && token->name == nullptr);
-  });
+  };
+  isFixedText_ = !hasEffects_ && written == text.size() && std::all_of(tokens_.begin(), tokens_.end(), isFixed);
 
   // Only now do the texts and the spellings stay where they are.
   const char* data = texts_.data();
@@ -56,7 +46,9 @@ void Replacement::lex(std::string_view text, NameTable& names, StoredTextLexer& 
 class Replacement::StepBuilder {
  public:
   StepBuilder(Replacement& replacement, const std::vector<std::string>& parameters, const NameTable& names)
-      : replacement_(replacement), source_(std::exchange(replacement.tokens_, {})) {
+      : replacement_(replacement),
+        source_(std::exchange(replacement.tokens_, {})),
+        parameterCount_(parameters.size()) {
     for (std::uint32_t index = 0; index < parameters.size(); ++index) {
       if (const Name* const name = names.find(parameters[index])) {
         parameterIndex_[name] = index;  // Of equal names the last one counts.
@@ -74,14 +66,14 @@ class Replacement::StepBuilder {
         ++at_;
       } else if (kind == TK_PASTE) {
         if (!hasItem_) {
-          return stop(kPasteAtBeginning, false);
+          return stop(Message::PasteAtBeginning, false);
         }
         pasteWaits = true;
         ++at_;
       } else {
         const std::optional<Item> item = takeItem();
         if (!item) {
-          return stop(kNoParameter, pasteWaits);
+          return stop(Message::ParameterExpectedAfterHash, pasteWaits);
         }
         if (pasteWaits) {
           item_.push_back(*item);
@@ -96,10 +88,20 @@ class Replacement::StepBuilder {
       }
     }
     if (pasteWaits) {
-      return stop(kPasteAtEnd, true);
+      return stop(Message::PasteAtEnd, true);
     }
     finishItem();
     finishTokens();
+  }
+
+  void markLastUses() {
+    std::vector<bool> isWanted(parameterCount_);
+    for (auto step = replacement_.steps_.rbegin(); step != replacement_.steps_.rend(); ++step) {
+      if (step->kind == Step::Kind::Expand) {
+        step->isWantedAgain = isWanted[step->begin];
+        isWanted[step->begin] = true;
+      }
+    }
   }
 
  private:
@@ -169,11 +171,11 @@ class Replacement::StepBuilder {
 
   // What has been read stands; the left operand of a "##" that waits in vain stands unexpanded, as it would have been
   // joined.
-  void stop(Misuse misuse, bool pasteWaits) {
+  void stop(Message misuse, bool pasteWaits) {
     joined_ = joined_ || pasteWaits;
     finishItem();
     finishTokens();
-    addStep(Step::Kind::Misuse, misuse, 0);
+    addStep(Step::Kind::Misuse, static_cast<std::uint32_t>(misuse), 0);
   }
 
   void addStep(Step::Kind kind, std::uint32_t begin, std::uint32_t end) {
@@ -183,6 +185,7 @@ class Replacement::StepBuilder {
   Replacement& replacement_;
   std::vector<const Spelling*> source_;  // The tokens of the list as lexed.
   std::size_t at_ = 0;
+  std::size_t parameterCount_;
   std::unordered_map<const Name*, std::uint32_t> parameterIndex_;
   std::vector<Item> item_;  // The item being read; several when joined.
   bool joined_ = false;
@@ -194,7 +197,9 @@ class Replacement::StepBuilder {
 Replacement::Replacement(std::string_view text, const std::vector<std::string>& parameters, NameTable& names,
                          StoredTextLexer& lexer) {
   lex(text, names, lexer);
-  StepBuilder(*this, parameters, names).build();
+  StepBuilder builder(*this, parameters, names);
+  builder.build();
+  builder.markLastUses();
 }
 
 }  // namespace qnpp

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "lexer/Messages.h"
 #include "lexer/NameTable.h"
 #include "lexer/Spelling.h"
 #include "lexer/StoredTextLexer.h"
@@ -15,8 +16,8 @@ namespace qnpp {
 
 /// A replacement list as the lexer sees it. A macro's text is lexed at each invocation; since that gives the same
 /// tokens every time, it is done once per definition, and the work of a function-like macro is laid out as a list of
-/// steps. The one exception is a text that opens a comment (a body joined by a continuation into "/*"): lexing it
-/// writes and reports, so it is done anew each time.
+/// steps. The one exception is a text with a comment that is not closed or holds line ends (a body joined by a
+/// continuation into "/*", a text of the command line): lexing it reports or writes, so it is done anew each time.
 class Replacement {
  public:
   /// What stands in the place of a token or operand of the list.
@@ -37,11 +38,12 @@ class Replacement {
       Expand,     ///< Append argument `begin`, expanded.
       Stringize,  ///< Append a string literal of argument `begin`.
       Join,       ///< Append the joined texts of `operands()[begin, end)` as one element.
-      Misuse,     ///< Report `misuse(begin)` and stop.
+      Misuse,     ///< Report its `misuse` and stop.
     };
     Kind kind = Kind::Tokens;
     std::uint32_t begin = 0;
     std::uint32_t end = 0;
+    bool isWantedAgain = false;  ///< Of an Expand step: a later one expands the same argument.
   };
 
   /// An object-like macro's list: its tokens as they stand.
@@ -57,15 +59,15 @@ class Replacement {
   const std::vector<Step>& steps() const { return steps_; }
   const std::vector<Item>& operands() const { return operands_; }
 
-  /// Whether lexing met a comment, so that this object is good for one use only.
-  bool opensComment() const { return opensComment_; }
+  /// Whether lexing the text did more than give tokens, so that this object is good for one use only.
+  bool hasEffects() const { return hasEffects_; }
 
   /// Whether the tokens are written as the macro's text stands, whatever is defined: no name, line end or comment in
   /// it.
   bool isFixedText() const { return isFixedText_; }
 
   /// The message of a Misuse step.
-  static std::string_view misuse(std::uint32_t index);
+  static Message misuse(const Step& step) { return static_cast<Message>(step.begin); }
 
  private:
   class StepBuilder;
@@ -73,7 +75,7 @@ class Replacement {
   void lex(std::string_view text, NameTable& names, StoredTextLexer& lexer);
 
   std::vector<const Spelling*> tokens_;
-  bool opensComment_ = false;
+  bool hasEffects_ = false;
   bool isFixedText_ = false;
   std::vector<Step> steps_;
   std::vector<Item> operands_;

@@ -1,4 +1,4 @@
-#include "macros/NormalizedTokens.h"
+#include "lexer/NormalizedTokens.h"
 
 #include <utility>
 

@@ -1,0 +1,58 @@
+// Constant expressions: the conditions of #if and #elif.
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <string_view>
+#include <vector>
+
+#include "directives/CppExprValue.h"
+#include "directives/WaitingOperator.h"
+#include "lexer/Messages.h"
+#include "lexer/TokenStream.h"
+
+namespace qnpp {
+
+/// Thrown when the divisor of "/" or "%" is zero, or the lowest number is divided by -1. There is no message for it: the
+/// program ends by the processor's arithmetic fault. What was written and reported before stays.
+class DivisionByZero : public std::exception {
+ public:
+  const char* what() const noexcept override { return "division by zero in a constant expression"; }
+};
+
+/// Evaluates constant expressions. Values have 32 bits and a sign or none; every operand is evaluated, there is no short
+/// circuit.
+class ExpressionEvaluator {
+ public:
+  struct Result {
+    CppExprValue value;
+    bool isOk = true;  ///< False when something in the expression was wrong; that has been reported.
+  };
+
+  /// Both are borrowed and outlive the object.
+  ExpressionEvaluator(TokenStream& stream, MessageSink& messages) : stream_(stream), messages_(messages) {}
+
+  /// Reads one expression, its macros already expanded, from the current source, and evaluates it. What is behind it is
+  /// left. Evaluation goes on behind errors. Throws DivisionByZero.
+  Result evaluate();
+
+ private:
+  CppTokenKind peek();
+  CppTokenKind get();
+  CppExprValue fail(Message message);
+  CppExprValue readOperand();
+  bool readOperator(CppExprValue& value);
+  void applyOperators(CppExprValue& value, int precedence);
+  CppExprValue closeParenthesis(CppExprValue value);
+  void refuseCall();
+  CppExprValue readPrimary(CppTokenKind kind);
+  CppExprValue readDefined();
+  CppExprValue readCharacter(std::string_view literal);
+
+  TokenStream& stream_;
+  MessageSink& messages_;
+  bool isOk_ = true;
+  std::vector<WaitingOperator> waiting_;  // What waits for an operand, innermost last.
+};
+
+}  // namespace qnpp

@@ -1,0 +1,51 @@
+#include "directives/IncludeSearch.h"
+
+#include "directives/FileNames.h"
+#include "directives/Operand.h"
+
+namespace qnpp {
+
+std::optional<IncludeName> readIncludeName(TokenStream& operand, MessageSink& messages) {
+  const auto fail = [&messages](Message message) {
+    messages.report(message);
+    return std::nullopt;
+  };
+  IncludeName result;
+  const CppTokenKind form = nextOperandToken(operand);
+  result.isQuoted = form == TK_STRING;
+  if (result.isQuoted) {
+    result.name = operand.text().substr(1, operand.text().size() - 2);
+  } else if (form == '<') {
+    // Blanks count here, and only a ">" that is a token of its own ends the name.
+    CppTokenKind kind = operand.get();
+    for (; kind != '>' && kind != TK_NEWLINE && kind != TK_END; kind = operand.get()) {
+      result.name.append(operand.text());
+    }
+    if (kind != '>') {
+      return fail(Message::FileNameExpected);
+    }
+  } else {
+    return fail(Message::FileNameExpected);
+  }
+  if (result.name.empty()) {
+    return fail(Message::EmptyFileName);
+  }
+  checkEndOfOperand(operand, messages);
+  return result;
+}
+
+std::unique_ptr<CppFileScanner> IncludeSearch::find(const IncludeName& name, std::string_view includer) {
+  std::unique_ptr<CppFileScanner> file;
+  if (isAbsoluteName(name.name)) {
+    file = files_.open(name.name);
+  } else if (name.isQuoted) {
+    const std::string directory = directoryOf(includer);
+    file = files_.open(directory == "." ? name.name : directory + '/' + name.name);
+  }
+  for (auto directory = directories_.begin(); file == nullptr && directory != directories_.end(); ++directory) {
+    file = files_.open(*directory + '/' + name.name);
+  }
+  return file;
+}
+
+}  // namespace qnpp

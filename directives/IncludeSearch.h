@@ -1,0 +1,53 @@
+// #include: the name, and the search for the file.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "lexer/CppFileScanner.h"
+#include "lexer/Messages.h"
+#include "lexer/TokenStream.h"
+
+namespace qnpp {
+
+struct IncludeName {
+  std::string name;
+  bool isQuoted = false;  ///< "name", as against <name>.
+};
+
+/// Reads "<name>" or "\"name\"" from the closed source `operand`, which a macro may have made. Reports what is wrong;
+/// none when there is no name.
+std::optional<IncludeName> readIncludeName(TokenStream& operand, MessageSink& messages);
+
+/// Opens files for the search.
+class FileOpener {
+ public:
+  /// The file of this path; null when it cannot be opened.
+  virtual std::unique_ptr<CppFileScanner> open(const std::string& path) = 0;
+
+ protected:
+  ~FileOpener() = default;
+};
+
+class IncludeSearch {
+ public:
+  /// `files` is borrowed and outlives the object.
+  explicit IncludeSearch(FileOpener& files) : files_(files) {}
+
+  /// Appends a directory to those that are searched.
+  void addDirectory(std::string directory) { directories_.push_back(std::move(directory)); }
+
+  /// The first file that opens: the name itself when it is absolute; else, in the quoted form, the name in the directory
+  /// of the includer, as that is called now; then the name in each include directory. Null when there is none.
+  std::unique_ptr<CppFileScanner> find(const IncludeName& name, std::string_view includer);
+
+ private:
+  FileOpener& files_;
+  std::vector<std::string> directories_;
+};
+
+}  // namespace qnpp

@@ -1,0 +1,253 @@
+#include "lexer/TokenStream.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+namespace qnpp {
+
+TokenStream::TokenStream(NameTable& names, const LexerContext& context, Listener& listener)
+    : names_(names),
+      context_(context),
+      listener_(listener),
+      storedTextLexer_(context),
+      pool_(names, storedTextLexer_) {
+  spareLists_.reserve(kMostSpares);
+}
+
+TokenStream::~TokenStream() = default;
+
+// ---- Reading ----
+
+Name* TokenStream::name() {
+  if (!isInFile_) {
+    return listSource().spelling()->name;
+  }
+  Name* const found = fileSource().name();
+  return found != nullptr ? found : names_.find(text());
+}
+
+void TokenStream::appendCurrent(CppTokenKind kind, TokenList& list) {
+  if (isInFile_) {
+    list.append(spelling(kind), HideSet());
+  } else {
+    listSource().appendCurrent(list, false, hideSets_);
+  }
+}
+
+void TokenStream::skipBlanks() {
+  while (isBlank(peek())) {
+    get();
+  }
+}
+
+bool TokenStream::skipWhiteSpace() {
+  bool skipped = isInFile_ && fileSource().passBlanks();
+  while (isWhiteSpace(peek())) {
+    get();
+    skipped = true;
+  }
+  return skipped;
+}
+
+void TokenStream::discardLine() {
+  for (;;) {
+    if (isInFile_) {
+      if (fileSource().skipLine()) {
+        return;
+      }
+    } else {
+      CppTokenKind kind = listSource().get();
+      while (kind != TK_NEWLINE && kind != TK_END) {
+        kind = listSource().get();
+      }
+      if (kind == TK_NEWLINE) {
+        return;
+      }
+    }
+    if (!hasEnclosing()) {
+      return;
+    }
+    popSource();
+  }
+}
+
+// ---- The stack ----
+
+void TokenStream::setCurrent(CppScanner& source) {
+  current_ = &source;
+  isInFile_ = source.isFile();
+}
+
+void TokenStream::pushFile(std::unique_ptr<CppFileScanner> file) {
+  files_.reserve(files_.size() + 1);
+  // Current only once it is owned: the message about memory running out here names the current file.
+  CppFileScanner* const entered = file.get();
+  sources_.push_back({std::move(file), pool_.mark()});
+  files_.push_back(entered);
+  file_ = entered;
+  setCurrent(*entered);
+}
+
+void TokenStream::push(TokenList& tokens) {
+  std::unique_ptr<CppTokenScanner> list = spareList();
+  list->read(tokens);
+  const SpellingPool::Mark mark = dropExhaustedLists();
+  pushList(std::move(list), mark);
+}
+
+void TokenStream::push(const TokenRange& tokens) {
+  std::unique_ptr<CppTokenScanner> list = spareList();
+  list->read(tokens, nullptr);
+  const SpellingPool::Mark mark = dropExhaustedLists();
+  pushList(std::move(list), mark);
+}
+
+// A list that has been read to its end is dropped as soon as another is pushed on it, not when that one has ended:
+// nobody can tell, and a long chain of macros, each the last word of the one before, stays flat. The new one takes over
+// what they leave: returns the mark of all that it owns. Not so below a closed source: the tokens of an argument that is
+// being expanded may stand in such a list.
+SpellingPool::Mark TokenStream::dropExhaustedLists() {
+  SpellingPool::Mark mark = isHeld_ ? heldMark_ : pool_.mark();
+  while (hasEnclosing() && !isInFile_ && listSource().isExhausted()) {
+    mark = std::min(mark, sources_.back().mark);
+    removeList();
+  }
+  return mark;
+}
+
+void TokenStream::pushList(std::unique_ptr<CppTokenScanner> list, const SpellingPool::Mark& mark) {
+  const bool isBelowLexing = !isInFile_ && listSource().isLexing();
+  CppTokenScanner* const entered = list.get();
+  sources_.push_back({std::move(list), isBelowLexing ? pool_.mark() : mark});
+  setCurrent(*entered);
+  ++listCount_;
+  heldMark_ = pool_.mark();  // What was held belongs to the new source.
+}
+
+void TokenStream::popSource() {
+  if (isInFile_) {
+    popFile();
+    return;
+  }
+  const SpellingPool::Mark mark = sources_.back().mark;
+  removeList();
+  giveBack(mark);
+}
+
+void TokenStream::popFile() {
+  listener_.fileEnded();
+  sources_.pop_back();
+  setCurrent(*sources_.back().scanner);
+  files_.pop_back();
+  file_ = files_.back();
+  listener_.fileResumed();
+}
+
+void TokenStream::removeList() {
+  std::unique_ptr<CppTokenScanner> list(static_cast<CppTokenScanner*>(sources_.back().scanner.release()));
+  sources_.pop_back();
+  setCurrent(*sources_.back().scanner);
+  --listCount_;
+  if (ended_ != nullptr) {
+    ended_->lists_.push_back(std::move(list));
+  } else {
+    recycle(std::move(list));
+  }
+}
+
+// Gives back what lies behind `mark`, or leaves it to the hold.
+void TokenStream::giveBack(const SpellingPool::Mark& mark) {
+  if (isHeld_) {
+    heldMark_ = std::min(heldMark_, mark);
+    return;
+  }
+  if (isInFile_ || !listSource().isLexing()) {
+    pool_.release(mark);
+  }
+  if (listCount_ == 0 && !retired_.empty()) {
+    retired_.clear();
+  }
+}
+
+std::unique_ptr<CppTokenScanner> TokenStream::spareList() {
+  if (spareLists_.empty()) {
+    return std::make_unique<CppTokenScanner>(pool_, context_);
+  }
+  std::unique_ptr<CppTokenScanner> list = std::move(spareLists_.back());
+  spareLists_.pop_back();
+  return list;
+}
+
+void TokenStream::recycle(std::unique_ptr<CppTokenScanner> list) {
+  if (spareLists_.size() < kMostSpares) {
+    list->reset();
+    spareLists_.push_back(std::move(list));
+  }
+}
+
+// ---- Scopes ----
+
+TokenStream::Closed::Closed(TokenStream& stream, TokenList& tokens) : stream_(stream), floor_(stream.floor_) {
+  std::unique_ptr<CppTokenScanner> list = stream.spareList();
+  list->read(tokens);
+  stream.pushClosed(std::move(list));
+}
+
+TokenStream::Closed::Closed(TokenStream& stream, const TokenRange& tokens, NormalizedTokens& surroundings)
+    : stream_(stream), floor_(stream.floor_) {
+  std::unique_ptr<CppTokenScanner> list = stream.spareList();
+  list->read(tokens, &surroundings);
+  stream.pushClosed(std::move(list));
+}
+
+TokenStream::Closed::~Closed() {
+  const SpellingPool::Mark mark = stream_.sources_[stream_.floor_].mark;
+  while (stream_.sources_.size() > stream_.floor_) {  // There are lists above it only where memory ran out.
+    stream_.removeList();
+  }
+  stream_.floor_ = floor_;
+  stream_.giveBack(mark);
+}
+
+void TokenStream::pushClosed(std::unique_ptr<CppTokenScanner> list) {
+  assert(isHeld_);
+  pushList(std::move(list), heldMark_);
+  floor_ = sources_.size() - 1;
+}
+
+TokenStream::Hold::Hold(TokenStream& stream) : stream_(stream), isOutermost_(!stream.isHeld_) {
+  if (isOutermost_) {
+    stream_.isHeld_ = true;
+    stream_.heldMark_ = stream_.pool_.mark();
+  }
+}
+
+TokenStream::Hold::~Hold() {
+  if (isOutermost_) {
+    stream_.isHeld_ = false;
+    stream_.giveBack(stream_.heldMark_);
+  }
+}
+
+void TokenStream::EndedLists::release() {
+  for (std::unique_ptr<CppTokenScanner>& list : lists_) {
+    stream_.recycle(std::move(list));
+  }
+  lists_.clear();
+}
+
+TokenStream::Keeping::Keeping(TokenStream& stream, EndedLists& lists) : stream_(stream) {
+  assert(stream.ended_ == nullptr);
+  stream_.ended_ = &lists;
+}
+
+TokenStream::Keeping::~Keeping() { stream_.ended_ = nullptr; }
+
+void TokenStream::retire(std::shared_ptr<const void> definition) {
+  if (listCount_ > 0 || isHeld_) {
+    retired_.push_back(std::move(definition));
+  }
+}
+
+}  // namespace qnpp

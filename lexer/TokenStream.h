@@ -1,0 +1,269 @@
+// The stack of token sources, read as one stream of tokens.
+//
+// Who owns the tokens of an expansion, and until when
+//
+// A token is a pointer to a spelling. Most spellings live as long as the run: those of names and of single characters.
+// The others belong to a definition (the numbers and strings of its replacement list) or to the pool (what is made while
+// macros are expanded: tokens of arguments, string literals, joined texts). The pool is a stack of bytes: what lies above
+// a mark is given back in one step. Nobody outside of this class gives anything back; all that others can do is to keep
+// things alive. These are the rules:
+//
+//  1. Every source has a mark. What the pool holds above it belongs to this source and those above it on the stack, and
+//     is given back when the source has been read to its end.
+//  2. A token taken from a source may be kept beyond its source only under a `Hold`: arguments, operands, results under
+//     way. While it lives, nothing that has been made since is given back, and a list that ends leaves its share of the
+//     pool to the hold.
+//  3. A source that is pushed under a hold takes over what the hold kept: its tokens may be among it. So an expansion's
+//     result brings along what its arguments were made of.
+//  4. A token that has been looked at counts as held: as long as a source is lexing a text anew, so that the token looked
+//     at may be one that it has just made, nothing is given back.
+//  5. Tokens of an argument may stand in the list that they were read from, which may end before the invocation does.
+//     While `Keeping` lives, lists that end are not used again but handed to whoever reads the arguments.
+//  6. A definition that is replaced while it may be in use (`retire`) is freed when no list is on the stack and nothing is
+//     held: no token of it can be in use then.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "lexer/CppFileScanner.h"
+#include "lexer/CppTokenScanner.h"
+#include "lexer/HideSetCache.h"
+#include "lexer/NameTable.h"
+#include "lexer/SpellingPool.h"
+#include "lexer/StoredTextLexer.h"
+#include "lexer/TokenList.h"
+
+namespace qnpp {
+
+/// Token sources on a stack: reading means asking the current source, which is the top; when it ends, the one below goes
+/// on. `#include` pushes a file, an expansion pushes a list of tokens, and so rescanning an expansion together with what
+/// follows it is nothing but reading on.
+class TokenStream {
+ public:
+  /// Is told when a file has been read to its end. Lists end silently.
+  class Listener {
+   public:
+    /// The current file has ended; it is still the current one.
+    virtual void fileEnded() = 0;
+    /// The file that included it is the current one again.
+    virtual void fileResumed() = 0;
+
+   protected:
+    ~Listener() = default;
+  };
+
+  /// All three are borrowed and outlive the object; so does whatever the context refers to.
+  TokenStream(NameTable& names, const LexerContext& context, Listener& listener);
+  TokenStream(const TokenStream&) = delete;
+  TokenStream& operator=(const TokenStream&) = delete;
+  ~TokenStream();
+
+  // ---- Reading. A file must have been pushed. ----
+
+  /// Kind of the next token, which stays; TK_END at the end of the outermost source, or of a closed one.
+  CppTokenKind peek() {
+    for (;;) {
+      const CppTokenKind kind = isInFile_ ? fileSource().peek() : listSource().peek();
+      if (kind != TK_END || !hasEnclosing()) {
+        return kind;
+      }
+      popSource();
+    }
+  }
+  /// Takes the next token and makes it the current one.
+  CppTokenKind get() {
+    for (;;) {
+      const CppTokenKind kind = isInFile_ ? fileSource().get() : listSource().get();
+      if (kind != TK_END || !hasEnclosing()) {
+        return kind;
+      }
+      popSource();
+    }
+  }
+  /// Like `get`, but writes plain tokens of a text line to the output instead, see CppLexer::copyText.
+  CppTokenKind copyText() {
+    for (;;) {
+      const CppTokenKind kind = isInFile_ ? fileSource().copyText() : listSource().copyText();
+      if (kind != TK_END || !hasEnclosing()) {
+        return kind;
+      }
+      popSource();
+    }
+  }
+
+  /// Text of the current token; valid until the next one is looked at or taken.
+  std::string_view text() const { return current_->text(); }
+  /// The name table's entry for the current token, which is a name; null when no definition mentions it.
+  Name* name();
+  /// A spelling of the current token, whose kind is `kind`. Valid as long as the source, or a Hold taken before.
+  const Spelling* spelling(CppTokenKind kind) {
+    return isInFile_ ? pool_.token(kind, fileSource().text()) : listSource().spelling();
+  }
+  /// The hide set of the current token; after a look-ahead perhaps that of the next. Valid until the next question.
+  const HideSet& hideSet() { return current_->hideSet(); }
+  /// Whether `name` is in that set.
+  bool isHidden(const Name& name) { return !isInFile_ && listSource().isHidden(name); }
+  /// Appends the current token, of `kind`, with its hide set.
+  void appendCurrent(CppTokenKind kind, TokenList& list);
+
+  void skipBlanks();
+  /// Skips line ends too; true when anything was skipped.
+  bool skipWhiteSpace();
+  /// Takes tokens up to and including a line end, or up to the end of the input.
+  void discardLine();
+
+  /// At the start of a line: passes over whole lines of a skipped group that cannot be directives, if the current source
+  /// is a file; see CppLexer::skipPlainLines.
+  void skipPlainLines() {
+    if (isInFile_) {
+      fileSource().skipPlainLines();
+    }
+  }
+
+  /// Whether the current source is a file.
+  bool isInFile() const { return isInFile_; }
+  /// The innermost file, whichever source is the current one; null before the first is pushed.
+  CppFileScanner* file() const { return file_; }
+  /// The files that are being read, from the outermost on.
+  const std::vector<CppFileScanner*>& files() const { return files_; }
+  /// The current source, if it is a list.
+  CppTokenScanner& listSource() { return static_cast<CppTokenScanner&>(*current_); }
+
+  // ---- Pushing sources ----
+
+  void pushFile(std::unique_ptr<CppFileScanner> file);
+  /// Makes tokens the current source. The first takes them out of `tokens` and leaves it empty; those of the second are
+  /// borrowed and stay until the source has ended.
+  void push(TokenList& tokens);
+  void push(const TokenRange& tokens);
+
+  /// Makes tokens the current source and sets the enclosing ones aside: its end reads as the end of the input. The
+  /// destructor drops it and brings the others back; of several the last that was made goes first.
+  class Closed {
+   public:
+    /// Takes the tokens out of `tokens`.
+    Closed(TokenStream& stream, TokenList& tokens);
+    /// Borrows `tokens`, which are a part of `surroundings`.
+    Closed(TokenStream& stream, const TokenRange& tokens, NormalizedTokens& surroundings);
+    Closed(const Closed&) = delete;
+    Closed& operator=(const Closed&) = delete;
+    ~Closed();
+
+   private:
+    TokenStream& stream_;
+    std::size_t floor_;
+  };
+
+  // ---- Keeping things alive ----
+
+  /// While one lives, spellings that are made or taken stay. One within another has no effect.
+  class Hold {
+   public:
+    explicit Hold(TokenStream& stream);
+    Hold(const Hold&) = delete;
+    Hold& operator=(const Hold&) = delete;
+    ~Hold();
+
+   private:
+    TokenStream& stream_;
+    bool isOutermost_;
+  };
+
+  /// Lists that ended while something that stands in them was in use; they are used again for others once it is not.
+  class EndedLists {
+   public:
+    explicit EndedLists(TokenStream& stream) : stream_(stream) {}
+    EndedLists(const EndedLists&) = delete;
+    EndedLists& operator=(const EndedLists&) = delete;
+    ~EndedLists() { release(); }
+
+    /// To be called when nothing that stands in one of the lists is in use any more.
+    void release();
+
+   private:
+    friend class TokenStream;
+    TokenStream& stream_;
+    std::vector<std::unique_ptr<CppTokenScanner>> lists_;
+  };
+
+  /// While one lives, lists that end go to `lists`.
+  class Keeping {
+   public:
+    Keeping(TokenStream& stream, EndedLists& lists);
+    Keeping(const Keeping&) = delete;
+    Keeping& operator=(const Keeping&) = delete;
+    ~Keeping();
+
+   private:
+    TokenStream& stream_;
+  };
+
+  /// Takes over what tokens in use may belong to, and frees it when none can be. The pointer is a shared one because it
+  /// remembers how to free what it points at, whatever that is.
+  void retire(std::shared_ptr<const void> definition);
+
+  // ---- Making spellings, which live as tokens do that are taken now ----
+
+  /// The spelling of a text that may be any number of tokens, such as a joined text.
+  const Spelling* spell(std::string_view text) { return pool_.text(text); }
+  /// The spelling of a token that a lexer has handed out.
+  const Spelling* spell(CppTokenKind kind, std::string_view text) { return pool_.token(kind, text); }
+  /// A copy of `text`.
+  std::string_view keep(std::string_view text) { return pool_.keep(text); }
+  StoredTextLexer& storedTextLexer() { return storedTextLexer_; }
+
+  /// A macro of this name is being defined, see SpellingPool.
+  void nameBecameKnown(Name& name) { pool_.nameBecameKnown(name); }
+
+  HideSetCache& hideSets() { return hideSets_; }
+
+ private:
+  // A source, and the mark behind which the pool is its.
+  struct Source {
+    std::unique_ptr<CppScanner> scanner;
+    SpellingPool::Mark mark;
+  };
+
+  static constexpr std::size_t kMostSpares = kKeepsSpares ? 64 : 0;
+
+  CppFileScanner& fileSource() { return static_cast<CppFileScanner&>(*current_); }
+  bool hasEnclosing() const { return sources_.size() > floor_ + 1; }
+
+  void popSource();
+  void popFile();
+  void removeList();
+  SpellingPool::Mark dropExhaustedLists();
+  void pushList(std::unique_ptr<CppTokenScanner> list, const SpellingPool::Mark& mark);
+  void pushClosed(std::unique_ptr<CppTokenScanner> list);
+  void giveBack(const SpellingPool::Mark& mark);
+  void setCurrent(CppScanner& source);
+  std::unique_ptr<CppTokenScanner> spareList();
+  void recycle(std::unique_ptr<CppTokenScanner> list);
+
+  NameTable& names_;
+  LexerContext context_;
+  Listener& listener_;
+  StoredTextLexer storedTextLexer_;
+  SpellingPool pool_;
+  HideSetCache hideSets_;
+
+  std::vector<Source> sources_;  // The last is the current one; those below `floor_` are set aside.
+  std::size_t floor_ = 0;
+  CppScanner* current_ = nullptr;
+  bool isInFile_ = false;
+  std::vector<CppFileScanner*> files_;
+  CppFileScanner* file_ = nullptr;
+  std::size_t listCount_ = 0;  // How many of the sources are lists.
+
+  bool isHeld_ = false;
+  SpellingPool::Mark heldMark_;  // While held: what lies behind it stays.
+  EndedLists* ended_ = nullptr;  // Where lists go that end; null: they are used again.
+  std::vector<std::shared_ptr<const void>> retired_;
+  std::vector<std::unique_ptr<CppTokenScanner>> spareLists_;
+};
+
+}  // namespace qnpp

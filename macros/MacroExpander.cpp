@@ -1,0 +1,449 @@
+#include "macros/MacroExpander.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "lexer/Shortcuts.h"
+#include "macros/ArgumentReading.h"
+
+namespace qnpp {
+
+/// The replacement of an invocation.
+struct MacroExpander::Substitution {
+  explicit Substitution(TokenStream& stream) : ended(stream) {}
+
+  const Replacement* replacement = nullptr;
+  std::size_t step = 0;  ///< The next of its steps.
+  Arguments arguments;
+  TokenStream::EndedLists ended;  ///< While the arguments were read: their tokens may stand there.
+  HideSet hideSet;                ///< Of the invocation, the macro's name included.
+  TokenList result;               ///< What has been made so far.
+
+  void clear() {
+    arguments.clear();
+    ended.release();
+    hideSet = HideSet();
+    result.clear();
+  }
+};
+
+/// The expansion of a list: the argument of the substitution below it, or what expandTokenList was given.
+struct MacroExpander::ListExpansion {
+  explicit ListExpansion(TokenStream& /*stream*/) {}
+
+  std::optional<TokenStream::Closed> source;  ///< The list that is read.
+  TokenList result;                           ///< What has been collected so far.
+  std::uint32_t argument = 0;                 ///< Which argument it is.
+  bool isWantedAgain = false;                 ///< And whether a later step wants its expansion too.
+  std::uint64_t eventCount = 0;               ///< When it was begun.
+
+  void clear() {
+    source.reset();
+    result.clear();
+  }
+};
+
+/// Finished objects, which keep their memory for the next need.
+template <typename T>
+class MacroExpander::Spares {
+ public:
+  explicit Spares(TokenStream& stream) : stream_(stream) { objects_.reserve(kMost); }
+
+  std::unique_ptr<T> take() {
+    if (objects_.empty()) {
+      return std::make_unique<T>(stream_);
+    }
+    std::unique_ptr<T> object = std::move(objects_.back());
+    objects_.pop_back();
+    return object;
+  }
+  void give(std::unique_ptr<T> object) {
+    object->clear();
+    if (objects_.size() < kMost) {
+      objects_.push_back(std::move(object));
+    }
+  }
+
+ private:
+  static constexpr std::size_t kMost = kKeepsSpares ? 64 : 0;
+
+  TokenStream& stream_;
+  std::vector<std::unique_ptr<T>> objects_;
+};
+
+MacroExpander::MacroExpander(const LexerContext& context, NameTable& names, TokenStream& stream, CppMacroTable& macros,
+                             MessageSink& messages)
+    : context_(context),
+      names_(names),
+      stream_(stream),
+      macros_(macros),
+      messages_(messages),
+      predefined_(macros, names),
+      spareSubstitutions_(std::make_unique<Spares<Substitution>>(stream)),
+      spareLists_(std::make_unique<Spares<ListExpansion>>(stream)) {}
+
+// Expansions are left only where memory ran out. Each closed source is above those of the expansions that wait for it.
+MacroExpander::~MacroExpander() {
+  while (!expansions_.empty()) {
+    expansions_.pop_back();
+  }
+}
+
+// ---- In text ----
+
+void MacroExpander::expandInText() {
+  Name* const name = stream_.name();
+  if (name == nullptr || name->macro == nullptr || stream_.isHidden(*name)) {
+    context_.output.write(stream_.text());
+  } else if (name->macro->functionLike) {
+    // A copy, since the cache's answer holds until its next question only.
+    expandFunctionLikeInText(*name, HideSet(stream_.hideSets().with(stream_.hideSet(), *name)));
+  } else if (!kShortcuts || predefined_.isRefreshed(*name)) {
+    pushObjectLike(*name, HideSet(stream_.hideSets().with(stream_.hideSet(), *name)));
+  } else {
+    expandObjectLikeInText(*name);
+  }
+}
+
+// What would be read back and written is written right here.
+void MacroExpander::expandObjectLikeInText(Name& name) {
+  const TokenStream::Hold hold(stream_);
+  const SpellingRange tokens = replacementOf(name).tokens();
+  if (stream_.isInFile() && findSettledText(name, names_)) {
+    context_.output.write(name.settled.text());
+    return;
+  }
+  std::size_t written = 0;
+  for (; written < tokens.size() && tokens[written]->isPlainText(); ++written) {
+    context_.output.write(tokens[written]->data, tokens[written]->size);
+  }
+  if (written < tokens.size()) {
+    stream_.push({tokens.subspan(written), stream_.hideSets().with(stream_.hideSet(), name)});
+  }
+}
+
+void MacroExpander::expandFunctionLikeInText(const Name& name, const HideSet& hideSet) {
+  predefined_.refresh(name, *stream_.file());
+  const TokenStream::Hold hold(stream_);
+  std::unique_ptr<Substitution> substitution = spareSubstitutions_->take();
+  std::string skipped;
+  bool isInvocation = false;
+  bool isComplete = false;
+  {
+    const TokenStream::Keeping keeping(stream_, substitution->ended);
+    while (isWhiteSpace(stream_.peek())) {
+      stream_.get();
+      skipped.append(stream_.text());
+    }
+    isInvocation = stream_.peek() == '(';
+    isComplete = isInvocation && collectArguments(stream_, messages_, *name.macro, substitution->arguments);
+  }
+  if (isComplete) {
+    beginSubstitution(std::move(substitution), name, hideSet);
+    run(expansions_.size() - 1);
+    return;
+  }
+  if (!isInvocation) {
+    context_.output.write(skipped);  // The white space behind the name comes out before it.
+  }
+  context_.output.write(name.text());
+  spareSubstitutions_->give(std::move(substitution));
+}
+
+// The macro's tokens become the current source.
+void MacroExpander::pushObjectLike(const Name& name, const HideSet& hideSet) {
+  const TokenStream::Hold hold(stream_);
+  if (!predefined_.isRefreshed(name)) {
+    stream_.push({replacementOf(name).tokens(), hideSet});
+    return;
+  }
+  predefined_.refresh(name, *stream_.file());
+  TokenList tokens;
+  stream_.storedTextLexer().lex(name.macro->text, [this, &tokens, &hideSet](CppTokenKind kind, std::string_view text) {
+    tokens.append(stream_.spell(kind, text), hideSet);
+  });
+  stream_.push(tokens);
+}
+
+// The lexed replacement list of the macro's text as it is now. To be called under a Hold: what is good for one use lives
+// only as long as that, or as the list that is pushed under it.
+const Replacement& MacroExpander::replacementOf(const Name& name) {
+  CppMacro& macro = *name.macro;
+  if (macro.replacement != nullptr) {
+    return *macro.replacement;
+  }
+  StoredTextLexer& lexer = stream_.storedTextLexer();
+  auto made = macro.functionLike ? std::make_unique<const Replacement>(macro.text, macro.parameters, names_, lexer)
+                                 : std::make_unique<const Replacement>(macro.text, names_, lexer);
+  const Replacement& replacement = *made;
+  if (made->hasEffects() || predefined_.isRefreshed(name) || !kShortcuts) {
+    stream_.retire(std::move(made));
+  } else {
+    macro.replacement = std::move(made);
+  }
+  return replacement;
+}
+
+// ---- Both sorts of expansions ----
+
+// Works on the innermost expansion until no more than `base` are left.
+void MacroExpander::run(std::size_t base) {
+  while (expansions_.size() > base) {
+    if (auto* const substitution = std::get_if<std::unique_ptr<Substitution>>(&expansions_.back())) {
+      substitute(**substitution);
+    } else {
+      expandList(**std::get_if<std::unique_ptr<ListExpansion>>(&expansions_.back()));
+    }
+  }
+}
+
+// ---- Substitution ----
+
+// Puts the substitution of an invocation of `name`, whose arguments have been read, on the stack.
+void MacroExpander::beginSubstitution(std::unique_ptr<Substitution> substitution, const Name& name,
+                                      const HideSet& hideSet) {
+  substitution->replacement = &replacementOf(name);
+  substitution->step = 0;
+  substitution->hideSet = hideSet;
+  expansions_.emplace_back(std::move(substitution));
+}
+
+// Carries out the steps that are left, up to one that has to wait for an expanded argument.
+void MacroExpander::substitute(Substitution& substitution) {
+  const Replacement& replacement = *substitution.replacement;
+  const auto& steps = replacement.steps();
+  while (substitution.step < steps.size()) {
+    const Replacement::Step& step = steps[substitution.step++];
+    switch (step.kind) {
+      case Replacement::Step::Kind::Tokens:
+        substitution.result.append(replacement.tokens().subspan(step.begin, step.end - step.begin),
+                                   substitution.hideSet);
+        break;
+      case Replacement::Step::Kind::Expand:
+        if (!appendExpanded(substitution, step.begin)) {
+          beginListExpansion(substitution, step.begin, step.isWantedAgain);
+          return;
+        }
+        break;
+      case Replacement::Step::Kind::Stringize:
+        joinedText_.clear();
+        stringize(substitution.arguments, step.begin, joinedText_);
+        substitution.result.append(stream_.spell(joinedText_), substitution.hideSet);
+        break;
+      case Replacement::Step::Kind::Join:
+        substitution.result.append(join(substitution, step.begin, step.end), substitution.hideSet);
+        break;
+      case Replacement::Step::Kind::Misuse:
+        messages_.report(Replacement::misuse(step));  // What has been made so far is the result.
+        break;
+    }
+  }
+  finishSubstitution();
+}
+
+// The result becomes the current source: of the list expansion that met the invocation, or of the text.
+void MacroExpander::finishSubstitution() {
+  auto finished = std::move(std::get<std::unique_ptr<Substitution>>(expansions_.back()));
+  expansions_.pop_back();
+  stream_.push(finished->result);
+  spareSubstitutions_->give(std::move(finished));
+}
+
+// Appends the expansion of an argument if it is known: because there is no macro's name in it, or from an earlier step.
+bool MacroExpander::appendExpanded(Substitution& substitution, std::uint32_t argument) {
+  const TokenRange tokens = substitution.arguments.tokens(argument);
+  const auto isMacro = [](const Spelling* token) { return token->name != nullptr && token->name->macro != nullptr; };
+  if (kShortcuts && std::none_of(tokens.tokens.begin(), tokens.tokens.end(), isMacro)) {
+    substitution.result.append(tokens, substitution.hideSet, stream_.hideSets());
+    return true;
+  }
+  const TokenList* const expanded = substitution.arguments.expanded(argument);
+  if (expanded != nullptr) {
+    substitution.result.append(expanded->all(), substitution.hideSet, stream_.hideSets());
+  }
+  return expanded != nullptr;
+}
+
+// A string literal of the argument's text. Within literals of the text backslashes are doubled, and every double quote
+// gets one; a quote of either sort that no backslash precedes switches between inside and outside.
+void MacroExpander::stringize(const Arguments& arguments, std::uint32_t argument, std::string& literal) {
+  argumentText_.clear();
+  arguments.appendText(argument, argumentText_);
+  literal.push_back('"');
+  bool inLiteral = false;
+  char before = '\0';
+  for (const char character : argumentText_) {
+    if (character == '"' || (character == '\\' && inLiteral)) {
+      literal.push_back('\\');
+    }
+    if ((character == '"' || character == '\'') && before != '\\') {
+      inLiteral = !inLiteral;
+    }
+    literal.push_back(character);
+    before = character;
+  }
+  literal.push_back('"');
+}
+
+// The texts of the operands from `begin` to before `end` as one element, which never merges with its neighbours.
+const Spelling* MacroExpander::join(const Substitution& substitution, std::size_t begin, std::size_t end) {
+  const Replacement& replacement = *substitution.replacement;
+  joinedText_.clear();
+  for (std::size_t index = begin; index < end; ++index) {
+    const Replacement::Item& operand = replacement.operands()[index];
+    switch (operand.kind) {
+      case Replacement::Item::Kind::Token:
+        joinedText_.append(replacement.tokens()[operand.index]->text());
+        break;
+      case Replacement::Item::Kind::Parameter:
+        substitution.arguments.appendText(operand.index, joinedText_);
+        break;
+      case Replacement::Item::Kind::Literal:
+        stringize(substitution.arguments, operand.index, joinedText_);
+        break;
+    }
+  }
+  return stream_.spell(joinedText_);
+}
+
+// ---- List expansion ----
+
+void MacroExpander::expandTokenList(TokenList& tokens, bool isCondition) {
+  if (tokens.empty()) {
+    return;
+  }
+  const std::size_t base = expansions_.size();
+  std::unique_ptr<ListExpansion> expansion = spareLists_->take();
+  expansion->source.emplace(stream_, tokens);
+  expansions_.emplace_back(std::move(expansion));
+  inCondition_ = isCondition;
+  run(base);
+  inCondition_ = false;
+  std::swap(tokens, expandedList_);
+  expandedList_.clear();
+}
+
+// Begins the expansion of an argument of the innermost substitution.
+void MacroExpander::beginListExpansion(Substitution& substitution, std::uint32_t argument, bool isWantedAgain) {
+  Arguments& arguments = substitution.arguments;
+  std::unique_ptr<ListExpansion> expansion = spareLists_->take();
+  expansion->argument = argument;
+  expansion->isWantedAgain = isWantedAgain;
+  expansion->eventCount = eventCount();
+  expansion->source.emplace(stream_, arguments.tokens(argument), arguments.surroundings(argument));
+  expansions_.emplace_back(std::move(expansion));
+}
+
+// Reads on to the end of the list, or to an invocation whose substitution has to be finished first.
+void MacroExpander::expandList(ListExpansion& expansion) {
+  TokenList& result = expansion.result;
+  const std::size_t depth = expansions_.size();
+  while (expansions_.size() == depth) {
+    stream_.listSource().takeSettled(result, stream_.hideSets());
+    const CppTokenKind kind = stream_.get();
+    if (kind == TK_END) {
+      finishListExpansion();
+      return;
+    }
+    if (kind == TK_DEFINED && inCondition_) {
+      passDefinedOperand(result);
+    } else if (isName(kind)) {
+      expandNameInList(result);
+    } else {
+      collect(result);
+    }
+  }
+}
+
+void MacroExpander::collect(TokenList& result) {
+  stream_.listSource().appendCurrent(result, false, stream_.hideSets());
+}
+
+// The result goes to the waiting substitution, or to the caller of expandTokenList.
+void MacroExpander::finishListExpansion() {
+  auto finished = std::move(std::get<std::unique_ptr<ListExpansion>>(expansions_.back()));
+  expansions_.pop_back();
+  finished->source.reset();
+  auto* const waiting = expansions_.empty() ? nullptr : std::get_if<std::unique_ptr<Substitution>>(&expansions_.back());
+  if (waiting == nullptr) {
+    std::swap(expandedList_, finished->result);
+  } else {
+    Substitution& substitution = **waiting;
+    substitution.result.append(finished->result.all(), substitution.hideSet, stream_.hideSets());
+    // A parameter may stand in the replacement list again. Its argument is expanded anew for each place, which is the
+    // same unless a message was given or a comment did more than be a blank: those things are repeated.
+    if (kShortcuts && finished->isWantedAgain && finished->eventCount == eventCount()) {
+      substitution.arguments.keepExpanded(finished->argument, finished->result);
+    }
+  }
+  spareLists_->give(std::move(finished));
+}
+
+// The current token is a name of the list. It is collected, or its expansion is pushed or begun.
+void MacroExpander::expandNameInList(TokenList& result) {
+  CppTokenScanner& list = stream_.listSource();
+  const Spelling* const spelling = list.spelling();
+  Name* const name = spelling->name;
+  if (name == nullptr || name->macro == nullptr) {
+    collect(result);
+    return;
+  }
+  if (list.isHidden(*name)) {
+    list.appendCurrent(result, true, stream_.hideSets());  // And it stays hidden: a token's set only grows.
+    return;
+  }
+  const HideSet ownHideSet = list.hideSet();
+  const HideSet hideSet = stream_.hideSets().with(ownHideSet, *name);
+  if (!name->macro->functionLike) {
+    pushObjectLike(*name, hideSet);
+    return;
+  }
+  predefined_.refresh(*name, *stream_.file());
+  std::unique_ptr<Substitution> substitution = spareSubstitutions_->take();
+  TokenList skipped;
+  bool isInvocation = false;
+  bool isComplete = false;
+  {
+    const TokenStream::Keeping keeping(stream_, substitution->ended);
+    while (isWhiteSpace(stream_.peek())) {
+      stream_.get();
+      collect(skipped);
+    }
+    isInvocation = stream_.peek() == '(';
+    isComplete = isInvocation && collectArguments(stream_, messages_, *name->macro, substitution->arguments);
+  }
+  if (isComplete) {
+    beginSubstitution(std::move(substitution), *name, hideSet);
+    return;
+  }
+  result.append(spelling, ownHideSet);
+  if (!isInvocation) {
+    result.append(skipped.all(), HideSet(), stream_.hideSets());
+  }
+  spareSubstitutions_->give(std::move(substitution));
+}
+
+// The current token is `defined` in a condition: its operand, with or without parentheses, is not expanded.
+void MacroExpander::passDefinedOperand(TokenList& result) {
+  const auto take = [this, &result] {
+    stream_.get();
+    collect(result);
+  };
+  const auto passBlanks = [this, &take] {
+    while (isBlank(stream_.peek())) {
+      take();
+    }
+  };
+  collect(result);
+  passBlanks();
+  if (stream_.peek() == '(') {
+    take();
+    passBlanks();
+  }
+  if (isName(stream_.peek())) {
+    take();
+  }
+}
+
+}  // namespace qnpp

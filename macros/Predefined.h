@@ -1,0 +1,29 @@
+// __FILE__, __LINE__, __DATE__ and __TIME__.
+#pragma once
+
+#include "lexer/CppFileScanner.h"
+#include "lexer/NameTable.h"
+#include "macros/CppMacroTable.h"
+
+namespace qnpp {
+
+/// The macros that are defined before anything else.
+class PredefinedMacros {
+ public:
+  /// Defines them in `table`. Date and time are those of now.
+  PredefinedMacros(CppMacroTable& table, NameTable& names);
+
+  /// Whether the text of macros of this name changes at each use.
+  bool isRefreshed(const Name& name) const { return &name == file_ || &name == line_; }
+
+  /// Brings the text of the macro `name` up to date for a use in `file`, if it is one of those. It stays stored, so a
+  /// later definition is compared with the value of the last use. Only the name counts: a definition of the source's own
+  /// is overwritten too.
+  void refresh(const Name& name, const CppFileScanner& file) const;
+
+ private:
+  const Name* file_;
+  const Name* line_;
+};
+
+}  // namespace qnpp

@@ -186,10 +186,13 @@ newTree
 run "$tree/scripts/test" -R some </dev/null
 same 'the status is that of ctest' 8 "$status"
 same 'the output is that of ctest' '100% of nothing' "$out"
-check 'words go to ctest' grep -q '^ctest --test-dir .* -R some$' "$CALLS"
+check 'words go to ctest' grep -q '^ctest --test-dir .* -j2 -R some$' "$CALLS"
+run "$tree/scripts/test" --quick -R some </dev/null
+check 'quick tests are those that are not long' grep -q '^ctest --test-dir .* -LE long -R some$' "$CALLS"
+: >"$CALLS"
 touch "$bin/broken"
 run "$tree/scripts/test" </dev/null
-same 'no test runs after a failed build' '125 1' "$status $(callsOf ctest)"
+same 'no test runs after a failed build' '125 0' "$status $(callsOf ctest)"
 
 [ "$failures" -eq 0 ] && printf 'all as promised\n'
 exit $((failures > 0))

@@ -22,7 +22,9 @@ import sys
 import tempfile
 
 sys.dont_write_bytecode = True
+sys.path.append(str(pathlib.Path(__file__).resolve().parent.parent / "golden_runner"))
 
+import golden_cases  # noqa: E402
 import markdown  # noqa: E402
 
 END_OF_COMMAND = "\x01"
@@ -282,10 +284,10 @@ def check_messages(source, problems):
     manual = source / "docs/qnpp.1.md"
     patterns = list(message_patterns(manual.read_text())) if manual.exists() else []
     known = re.compile(rf"(?:.*:-?\d+: )?(?:{'|'.join(patterns)})\.?")
-    for expected in sorted(source.glob("tests/golden/*/*/stderr")):
-        for line in expected.read_bytes().decode("latin-1").split("\n"):
+    for case in golden_cases.find_cases(source / "tests/golden"):
+        for line in golden_cases.read_case(case).expectation["stderr"].decode("latin-1").split("\n"):
             if line and not line.startswith("\t") and not known.fullmatch(line):
-                problems.add(expected, f"the manual does not explain: {line}")
+                problems.add(case.path, f"the manual does not explain: {line}")
 
 
 def check_references(source, problems):

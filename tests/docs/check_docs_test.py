@@ -85,7 +85,8 @@ class References(Folder):
         self.write("CHANGELOG.md")
         self.write("CONTRIBUTING.md")
         self.write("README.md")
-        self.write("docs/architecture.md", "| `lexer/` | x |\n| `docs/` | x |\n")
+        self.write("docs/architecture.md", "| `lexer/` | x |\n| `docs/` | x |\n| `tests/` | x |\n")
+        (self.folder / "tests/golden").mkdir(parents=True)
 
     def problems(self, name="", text=""):
         if name:
@@ -121,13 +122,13 @@ class References(Folder):
         self.write("engine/b.h")
         self.write("build-x/c.h")
         self.assertIn("engine/ is missing", self.problems())
-        table = "| `lexer/` | x |\n| `docs/` | x |\n| `engine/` | x |\n| `fuzz/` | x |\n"
+        table = "| `lexer/` | x |\n| `docs/` | x |\n| `tests/` | x |\n| `engine/` | x |\n| `fuzz/` | x |\n"
         self.assertIn("fuzz/ is in the table", self.problems("docs/architecture.md", table))
 
     def test_folders_within_folders(self):
         self.write("lexer/one/a")
         self.write("lexer/two/a")
-        table = "| `lexer/` | x |\n| `docs/` | x |\n"
+        table = "| `lexer/` | x |\n| `docs/` | x |\n| `tests/` | x |\n"
         self.assertEqual("", self.problems("docs/architecture.md", table))
         self.assertIn("lexer/two/ is missing", self.problems("docs/architecture.md", table + "| `lexer/one/` | x |\n"))
 
@@ -135,12 +136,11 @@ class References(Folder):
         manual = ("## DIAGNOSTICS\n- `qnpp: `*message*\n### Messages\n- `Cannot open file: `*name*\\\n  Why.\n"
                   "- `Warning: Careful`\\\n- `qnpp: missing '-o'`\\\n## BUGS\n- `Not meant`\n")
         self.write("docs/qnpp.1.md", manual)
-        self.write("docs/architecture.md", "| `lexer/` | x |\n| `docs/` | x |\n| `tests/` | x |\n")
-        expected = "tests/golden/a/b/stderr"
+        case = "Because.\n-- stderr --\n{}"
         good = "a.c:1: Cannot open file: x.h.\na:2:c:-7: Warning: Careful.\nqnpp: missing '-o'\n"
-        self.assertEqual("", self.problems(expected, good))
+        self.assertEqual("", self.problems("tests/golden/a/b.txtar", case.format(good)))
         for bad in ("a.c:1: Not meant.\n", "qnpp: other\n", "a.c:1: Careful.\n", "a.c:1: Warning: Careful!.\n"):
-            self.assertIn("the manual does not explain", self.problems(expected, bad))
+            self.assertIn("the manual does not explain", self.problems("tests/golden/a/b.txtar", case.format(bad)))
 
 
 if __name__ == "__main__":

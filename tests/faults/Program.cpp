@@ -41,14 +41,14 @@ std::string ScratchFolder::read(const std::string& name) const {
 }
 
 Outcome run(const ScratchFolder& folder, const Invocation& invocation) {
-  golden::ProcessRequest request;
+  ProcessRequest request;
   request.command = {"/bin/sh", "-c", "exec >the.output\n" + invocation.preparation + "\nexec \"$@\"", "sh",
                      QNPP_PROGRAM};
   request.command.insert(request.command.end(), invocation.words.begin(), invocation.words.end());
   request.workingFolder = folder.path();
   // Sanitizers make everything several times slower.
   request.timeLimit = invocation.timeLimit * (isSanitized() ? 10 : 1);
-  const golden::ProcessResult result = golden::runProcess(request);
+  const ProcessResult result = runProcess(request);
   return {result.status, result.killedBy, folder.read("the.output"), result.standardError};
 }
 

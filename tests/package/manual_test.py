@@ -15,6 +15,10 @@ import subprocess
 import sys
 import tempfile
 
+sys.path.append(os.path.join(os.path.dirname(os.path.abspath(__file__)), os.pardir, "golden_runner"))
+
+import golden_cases  # noqa: E402
+
 
 def section(text, title):
     """The text below `## title` up to the next section."""
@@ -106,19 +110,16 @@ def check_messages(manual, golden):
     failures = []
     shown = set()
     lines = 0
-    for folder, _, files in sorted(os.walk(golden)):
-        if "stderr" not in files:
-            continue
-        with open(os.path.join(folder, "stderr"), encoding="latin-1") as stream:
-            for line in stream.read().split("\n"):
-                if not line or line == "\tonly the last one will be considered":
-                    continue
-                lines += 1
-                message = message_of(line)
-                matching = [name for name, pattern in explained.items() if pattern and pattern.fullmatch(message)]
-                if not matching:
-                    failures.append("%s: the manual does not explain\n  %s" % (folder, message))
-                shown.update(matching)
+    for case in golden_cases.find_cases(golden):
+        for line in golden_cases.read_case(case).expectation["stderr"].decode("latin-1").split("\n"):
+            if not line or line == "\tonly the last one will be considered":
+                continue
+            lines += 1
+            message = message_of(line)
+            matching = [name for name, pattern in explained.items() if pattern and pattern.fullmatch(message)]
+            if not matching:
+                failures.append("%s: the manual does not explain\n  %s" % (case.path, message))
+            shown.update(matching)
     for name in explained:
         if name not in shown and name not in NOT_IN_GOLDEN_CASES:
             failures.append("no golden case shows what the manual explains as\n  %s" % name)

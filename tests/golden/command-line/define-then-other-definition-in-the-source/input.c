@@ -1,2 +1,0 @@
-#define X 3
-X

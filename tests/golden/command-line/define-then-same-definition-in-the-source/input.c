@@ -1,2 +1,0 @@
-#define X 1
-X

@@ -1,4 +1,0 @@
-[X]
-#ifdef X
-yes
-#endif

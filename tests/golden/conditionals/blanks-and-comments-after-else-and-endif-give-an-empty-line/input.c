@@ -1,5 +1,0 @@
-#if 0
-#else  // now
-a
-#endif /* end */  
-b

@@ -1,4 +1,0 @@
-#if 1
-#include "a.h"
-#endif
-x

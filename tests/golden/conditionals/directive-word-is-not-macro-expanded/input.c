@@ -1,5 +1,0 @@
-#define else junk
-#if 0
-#else
-a
-#endif

@@ -1,6 +1,0 @@
-#if 0
-#else
-a
-#elif 0
-b
-#endif

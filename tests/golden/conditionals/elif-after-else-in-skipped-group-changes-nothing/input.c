@@ -1,6 +1,0 @@
-#if 1
-#else
-a
-#elif 1
-b
-#endif

@@ -1,5 +1,0 @@
-#if 0
-#else
-#elif 1/0 garbage(
-b
-#endif

@@ -1,5 +1,0 @@
-#ifdef X
-a
-#elif defined Y
-b
-#endif

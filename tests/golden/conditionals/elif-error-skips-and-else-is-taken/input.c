@@ -1,6 +1,0 @@
-#if 0
-#elif garbage(
-a
-#else
-b
-#endif

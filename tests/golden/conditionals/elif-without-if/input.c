@@ -1,2 +1,0 @@
-#elif 1/0 junk
-a

@@ -1,6 +1,0 @@
-#if 0
-a
-#else
-b
-#endif
-c

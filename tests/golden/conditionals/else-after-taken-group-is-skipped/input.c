@@ -1,6 +1,0 @@
-#if 1
-a
-#else
-b
-#endif
-c

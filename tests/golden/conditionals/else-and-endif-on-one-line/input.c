@@ -1,4 +1,0 @@
-#if 1
-a
-#else #endif
-b

@@ -1,8 +1,0 @@
-#if 0
-#if 1
-#else
-#elif 1
-#else
-a
-#endif
-#endif

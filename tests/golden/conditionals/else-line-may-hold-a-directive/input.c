@@ -1,4 +1,0 @@
-#if 0
-#else #define A 1
-A
-#endif

@@ -1,6 +1,0 @@
-#if 0
-#else
-#include "a.h"
-#else
-x
-#endif

@@ -1,4 +1,0 @@
-#else junk
-a
-#else
-b

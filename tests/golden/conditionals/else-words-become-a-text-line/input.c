@@ -1,5 +1,0 @@
-#if 0
-a
-#else junk
-b
-#endif

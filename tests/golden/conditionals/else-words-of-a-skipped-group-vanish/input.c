@@ -1,5 +1,0 @@
-#if 1
-a
-#else junk
-b
-#endif

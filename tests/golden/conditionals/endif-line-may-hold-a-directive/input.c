@@ -1,3 +1,0 @@
-#if 0
-#endif #define A 1
-A

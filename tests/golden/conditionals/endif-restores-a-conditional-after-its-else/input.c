@@ -1,7 +1,0 @@
-#if 0
-#else
-#if 1
-#endif
-#else
-a
-#endif

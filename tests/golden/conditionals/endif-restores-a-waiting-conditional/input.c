@@ -1,6 +1,0 @@
-#if 0
-#if 1
-#endif
-#else
-a
-#endif

@@ -1,4 +1,0 @@
-#endif junk
-a
-#endif
-b

@@ -1,5 +1,0 @@
-#if 1 +
-a
-#elif 1
-b
-#endif

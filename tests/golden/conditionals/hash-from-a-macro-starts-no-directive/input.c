@@ -1,3 +1,0 @@
-#define HASH #
-HASH if 0
-x

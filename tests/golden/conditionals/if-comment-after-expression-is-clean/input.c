@@ -1,3 +1,0 @@
-#if 1 /* one */ // yes
-a
-#endif

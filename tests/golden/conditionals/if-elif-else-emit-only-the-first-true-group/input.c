@@ -1,7 +1,0 @@
-#if 1
-a
-#elif 1
-b
-#else
-c
-#endif

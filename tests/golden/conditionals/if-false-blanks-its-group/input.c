@@ -1,4 +1,0 @@
-#if 0
-x
-#endif
-y

@@ -1,3 +1,0 @@
-#if 0 junk
-a
-#endif

@@ -1,4 +1,0 @@
-#define E
-#if E
-a
-#endif

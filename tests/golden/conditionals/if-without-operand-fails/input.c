@@ -1,3 +1,0 @@
-#if
-a
-#endif

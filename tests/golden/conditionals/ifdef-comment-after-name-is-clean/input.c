@@ -1,7 +1,0 @@
-#define X
-#ifdef X // why
-a
-#endif /* X */
-#ifndef Y /* why */ 
-b
-#endif

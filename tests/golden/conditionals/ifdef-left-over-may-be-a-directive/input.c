@@ -1,3 +1,0 @@
-#ifdef X #error boom
-y
-#endif

@@ -1,2 +1,0 @@
-#ifdef X   X
-#endif

@@ -1,4 +1,0 @@
- # /* c */ ifdef \
- X
-a
-#endif

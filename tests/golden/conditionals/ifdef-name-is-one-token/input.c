@@ -1,5 +1,0 @@
-#define AB
-#ifdef A\
-B
-a
-#endif

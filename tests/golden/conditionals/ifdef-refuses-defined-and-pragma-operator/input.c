@@ -1,6 +1,0 @@
-#ifdef defined
-a
-#endif
-#ifndef _Pragma
-b
-#endif

@@ -1,5 +1,0 @@
-#define X
-#ifdef X
-a
-#endif
-b

@@ -1,4 +1,0 @@
-#ifdef 1 2 3
-a
-#endif
-b

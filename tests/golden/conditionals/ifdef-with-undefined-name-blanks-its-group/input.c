@@ -1,4 +1,0 @@
-#ifdef X
-a
-#endif
-b

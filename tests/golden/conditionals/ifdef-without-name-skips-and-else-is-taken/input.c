@@ -1,5 +1,0 @@
-#ifdef
-a
-#else
-b
-#endif

@@ -1,4 +1,0 @@
-#ifdef X junk more
-y
-#endif
-z

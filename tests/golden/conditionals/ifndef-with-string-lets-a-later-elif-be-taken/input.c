@@ -1,5 +1,0 @@
-#ifndef "X" junk
-a
-#elif 1
-b
-#endif

@@ -1,4 +1,0 @@
-#ifndef X
-a
-#endif
-b

@@ -1,5 +1,0 @@
-#ifndef
-a
-#else
-b
-#endif

@@ -1,3 +1,0 @@
-#ifndef X junk
-y
-#endif

@@ -1,2 +1,0 @@
-#else
-#elif 1

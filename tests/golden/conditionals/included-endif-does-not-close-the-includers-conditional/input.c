@@ -1,6 +1,0 @@
-#if 1
-#include "end.h"
-a
-#else
-b
-#endif

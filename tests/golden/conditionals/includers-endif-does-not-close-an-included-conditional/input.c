@@ -1,3 +1,0 @@
-#include "open.h"
-#endif
-x

@@ -1,9 +1,0 @@
-#if 0
-#ifdef X
-a
-#endif
-#ifndef Y
-b
-#endif
-#endif
-c

@@ -1,3 +1,0 @@
-#if __LINE__ == 1
-T
-#endif

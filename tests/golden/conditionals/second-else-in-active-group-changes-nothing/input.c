@@ -1,6 +1,0 @@
-#if 0
-#else
-a
-#else
-b
-#endif

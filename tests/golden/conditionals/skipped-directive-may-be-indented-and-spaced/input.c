@@ -1,5 +1,0 @@
-#if 0
-  # /* c */ else
-a
-	#	endif
-b

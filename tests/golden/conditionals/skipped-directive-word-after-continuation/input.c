@@ -1,5 +1,0 @@
-#if 0
-# \
- else
-a
-#endif

@@ -1,5 +1,0 @@
-#if 0
-#en\
-dif
-#endif
-y

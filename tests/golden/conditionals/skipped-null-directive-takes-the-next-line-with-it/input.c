@@ -1,6 +1,0 @@
-#if 0
-#
-#endif
-x
-#endif
-y

@@ -1,8 +1,0 @@
-#if 0
- #  /* c */ 
-#endif
-# // d
-#endif
-x
-#endif
-y

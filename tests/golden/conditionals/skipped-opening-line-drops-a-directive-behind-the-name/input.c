@@ -1,5 +1,0 @@
-#if 0
-#ifdef X #endif
-#endif
-#endif
-z

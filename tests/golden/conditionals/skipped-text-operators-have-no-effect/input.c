@@ -1,6 +1,0 @@
-#define F(x) x
-#if 0
-F(
-_Pragma("p")
-#endif
-y

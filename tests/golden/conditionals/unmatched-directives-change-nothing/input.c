@@ -1,8 +1,0 @@
-#else
-#elif 1
-#endif
-#if 1
-a
-#else
-b
-#endif

@@ -1,4 +1,0 @@
-#if 1
-#ifdef X
-#ifndef Y
-a

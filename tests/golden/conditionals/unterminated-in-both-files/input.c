@@ -1,2 +1,0 @@
-#if 1
-#include "open.h"

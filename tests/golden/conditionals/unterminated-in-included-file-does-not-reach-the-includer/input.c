@@ -1,2 +1,0 @@
-#include "open.h"
-x

@@ -1,2 +1,0 @@
-#if 0
-skipped

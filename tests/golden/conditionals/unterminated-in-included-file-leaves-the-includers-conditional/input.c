@@ -1,7 +1,0 @@
-#if 1
-#include "open.h"
-a
-#else
-b
-#endif
-c

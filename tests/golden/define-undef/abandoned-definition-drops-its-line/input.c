@@ -1,3 +1,0 @@
-#define F(1 \
-junk
-x

@@ -1,3 +1,0 @@
-#define F(x) <x>
-#define F(1) 2
-F(3)

@@ -1,7 +1,0 @@
-#define A a \
-b
-#define B a\
- b
-#define C a \
- b
-[A] [B] [C]

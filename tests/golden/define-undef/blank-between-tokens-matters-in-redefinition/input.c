@@ -1,3 +1,0 @@
-#define A a+b
-#define A a + b
-A

@@ -1,3 +1,0 @@
-[X]
-#define X a b
-[X]

@@ -1,3 +1,0 @@
-#define A x /\
-/ y
-[A]

@@ -1,4 +1,0 @@
-#define A a\
-b
-#define ab joined
-A

@@ -1,4 +1,0 @@
-#define S "a\
-b"
-#define ab X
-S

@@ -1,3 +1,0 @@
-#define defined 1
-#undef defined
-x

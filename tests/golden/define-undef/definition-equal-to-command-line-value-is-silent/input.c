@@ -1,3 +1,0 @@
-#define X 1
-#define Y 3
-X Y

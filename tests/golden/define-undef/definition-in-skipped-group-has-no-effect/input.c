@@ -1,5 +1,0 @@
-#if 0
-#define A 1
-#undef B
-#endif
-A B

@@ -1,2 +1,0 @@
-#define F(x) x
-F(A B X A B)

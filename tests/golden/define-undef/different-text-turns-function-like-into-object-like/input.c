@@ -1,3 +1,0 @@
-#define F(x) x
-#define F 9
-F(2)

@@ -1,2 +1,0 @@
-#define F(if,define) define-if
-F(1,2)

@@ -1,3 +1,0 @@
-#define if\
-def 1
-ifdef if

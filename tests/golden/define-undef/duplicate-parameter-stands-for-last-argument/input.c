@@ -1,2 +1,0 @@
-#define F(a,a) a
-F(1,2)

@@ -1,4 +1,0 @@
-#define F(...) x
-#define G(a, ...) x
-#define H(a...) x
-F G H

@@ -1,5 +1,0 @@
-#define E
-[E]
-#define E // nothing
-#define E 0
-[E]

@@ -1,3 +1,0 @@
-#define F() 1
-#define G( ) 2
-[F()] [G( )] [F]

@@ -1,3 +1,0 @@
-#define F(a) a b
-#define F(b) a b
-F(3)

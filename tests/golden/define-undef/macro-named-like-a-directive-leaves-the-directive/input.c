@@ -1,3 +1,0 @@
-#define define X
-# define A 1
-define A

@@ -1,3 +1,0 @@
-#define AB\
-CD 1
-ABCD AB CD

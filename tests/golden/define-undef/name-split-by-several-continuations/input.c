@@ -1,5 +1,0 @@
-#define A\
-\
-B\
-C 1
-ABC

@@ -1,3 +1,0 @@
-#define F(a
-#define B 1
-B

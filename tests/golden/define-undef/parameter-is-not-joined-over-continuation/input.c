@@ -1,3 +1,0 @@
-#define F(ab\
-cd) 1
-F(2)

@@ -1,3 +1,0 @@
-#define F(a,
-b) a+b
-F(1,2)

@@ -1,2 +1,0 @@
-#define F( a /* first */ ,	b ) b-a
-F(1,2)

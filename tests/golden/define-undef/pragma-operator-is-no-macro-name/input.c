@@ -1,2 +1,0 @@
-#define _Pragma 1
-x

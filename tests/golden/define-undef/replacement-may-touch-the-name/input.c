@@ -1,4 +1,0 @@
-#define A"s"
-#define B+1
-#define C$x
-A B C

@@ -1,3 +1,0 @@
-#define x X
-#define 1 x
-y

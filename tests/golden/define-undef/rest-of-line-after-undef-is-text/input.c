@@ -1,3 +1,0 @@
-#define C 3
-#undef A B C
-x

@@ -1,4 +1,0 @@
-#define A 1 // one
-#define A 1 /* one */
-#define A 1
-[A]

@@ -1,2 +1,0 @@
-#define F(a a) 1
-F(2)

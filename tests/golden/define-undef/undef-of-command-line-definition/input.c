@@ -1,3 +1,0 @@
-X
-#undef X
-X

@@ -1,3 +1,0 @@
-#define F(x) <x>
-#undef F
-F(1)

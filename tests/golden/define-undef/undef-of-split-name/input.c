@@ -1,4 +1,0 @@
-#define AB 1
-#undef A\
-B
-AB

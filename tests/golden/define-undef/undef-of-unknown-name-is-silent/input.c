@@ -1,3 +1,0 @@
-#undef NOPE
-#undef NOPE
-x

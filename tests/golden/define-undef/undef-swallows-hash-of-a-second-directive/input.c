@@ -1,3 +1,0 @@
-#define B 1
-#undef A #undef B
-B

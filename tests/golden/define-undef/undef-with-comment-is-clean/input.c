@@ -1,3 +1,0 @@
-#define A 1
-#undef A /* gone */ // yes
-A

@@ -1,3 +1,0 @@
-#define F(x) 1
-#undef F(x)
-F(2)

@@ -1,3 +1,0 @@
-x
-#include <sub/no.h>
-y

@@ -1,7 +1,0 @@
-#endif
-#else
-#if 1
-#else
-#else
-#endif
-#if 1

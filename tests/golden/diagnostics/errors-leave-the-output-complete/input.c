@@ -1,5 +1,0 @@
-a
-#error e
-b
-#foo
-c

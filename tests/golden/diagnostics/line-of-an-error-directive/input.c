@@ -1,2 +1,0 @@
-#error e
-x

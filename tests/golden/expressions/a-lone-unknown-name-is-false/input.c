@@ -1,5 +1,0 @@
-#if foo
-yes
-#else
-no
-#endif

@@ -1,5 +1,0 @@
-#if 0xFFFFFFFF + 1
-yes
-#else
-no
-#endif

@@ -1,5 +1,0 @@
-#if defined X && defined(X) && defined /* c */ ( /* d */ X )
-yes
-#else
-no
-#endif

@@ -1,4 +1,0 @@
-#define X 3
-#if defined X
-defined X
-#endif

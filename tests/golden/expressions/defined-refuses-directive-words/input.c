@@ -1,7 +1,0 @@
-#define if 1
-#if defined if
-x
-#endif
-#if defined include
-x
-#endif

@@ -1,4 +1,0 @@
-#define if 1
-#if if
-yes
-#endif

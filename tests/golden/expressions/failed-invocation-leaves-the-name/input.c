@@ -1,4 +1,0 @@
-#define F(x) x
-#if F(1
-x
-#endif

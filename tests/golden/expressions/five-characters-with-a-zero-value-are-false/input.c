@@ -1,5 +1,0 @@
-#if '\0\0\0\0a'
-yes
-#else
-no
-#endif

@@ -1,4 +1,0 @@
-#define F(a,b) a
-#if F(1,2,3,4)
-x
-#endif

@@ -1,6 +1,0 @@
-#if 1 + ) + )
-x
-#endif
-#if * + FOO(1)
-x
-#endif

@@ -1,5 +1,0 @@
-#if 1 << 31 < 0
-yes
-#else
-no
-#endif

@@ -1,6 +1,0 @@
-#if 08
-x
-#endif
-#if 0x
-x
-#endif

@@ -1,5 +1,0 @@
-#if -1 < 0u
-yes
-#else
-no
-#endif

@@ -1,5 +1,0 @@
-#if -8 >> 1 > -1
-yes
-#else
-no
-#endif

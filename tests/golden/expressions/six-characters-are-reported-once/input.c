@@ -1,5 +1,0 @@
-#if 'abcdef'
-yes
-#else
-no
-#endif

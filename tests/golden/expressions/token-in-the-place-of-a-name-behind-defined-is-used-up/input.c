@@ -1,6 +1,0 @@
-#if defined 3 + *
-x
-#endif
-#if defined(3) + *
-x
-#endif

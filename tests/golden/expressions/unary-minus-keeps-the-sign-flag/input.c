@@ -1,5 +1,0 @@
-#if -1 > 0
-yes
-#else
-no
-#endif

@@ -1,4 +1,0 @@
-before
-#if 100 / FOO
-#endif
-after

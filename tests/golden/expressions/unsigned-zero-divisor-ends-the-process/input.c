@@ -1,4 +1,0 @@
-before
-#if 1u / 0u
-#endif
-after

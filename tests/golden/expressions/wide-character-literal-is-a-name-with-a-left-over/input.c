@@ -1,3 +1,0 @@
-#if L'a'
-x
-#endif

@@ -1,3 +1,0 @@
-#error first
-#if 1 / *
-#endif

@@ -1,2 +1,0 @@
-#line 1 "input.c"
-before

@@ -1,4 +1,0 @@
-before
-#if 1 ? 2 : 1/0
-#endif
-after

@@ -1,4 +1,0 @@
-before
-#if 0 && 1 % 0
-#endif
-after

@@ -1,3 +1,0 @@
-#include "/dev/null"
-#include </dev/null>
-y

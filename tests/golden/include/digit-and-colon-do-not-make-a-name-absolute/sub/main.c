@@ -1,1 +1,0 @@
-#include "1:a.h"

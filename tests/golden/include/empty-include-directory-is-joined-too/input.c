@@ -1,2 +1,0 @@
-#include <dev/null>
-y

@@ -1,7 +1,0 @@
-#include ""
-#include <>
-#include "" junk
-#include <> junk
-#define E ""
-#include E
-y

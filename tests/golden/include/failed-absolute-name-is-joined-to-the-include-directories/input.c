@@ -1,2 +1,0 @@
-#include "/qnpp-no-such-file.h"
-#include </qnpp-no-such-file.h>

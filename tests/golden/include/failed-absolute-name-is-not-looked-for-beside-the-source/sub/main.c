@@ -1,1 +1,0 @@
-#include "/qnpp-no-such-file.h"

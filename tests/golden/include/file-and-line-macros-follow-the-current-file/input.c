@@ -1,2 +1,0 @@
-#include "a.h"
-__FILE__ __LINE__

@@ -1,7 +1,0 @@
-#ifndef G
-#define G
-#include __FILE__
-outer
-#else
-inner
-#endif

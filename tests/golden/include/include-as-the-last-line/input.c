@@ -1,2 +1,0 @@
-x
-#include "a.h"

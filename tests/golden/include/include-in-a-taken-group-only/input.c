@@ -1,5 +1,0 @@
-#if 0
-#include "none.h"
-#else
-#include "a.h"
-#endif

@@ -1,2 +1,0 @@
-#include "c:a.h"
-#include <c:a.h>

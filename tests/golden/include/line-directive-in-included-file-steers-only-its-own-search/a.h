@@ -1,2 +1,0 @@
-#line 50 "sub/z.y"
-#include "b.h"

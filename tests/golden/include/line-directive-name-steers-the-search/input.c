@@ -1,3 +1,0 @@
-#line 5 "sub/y.c"
-#include "a.h"
-y

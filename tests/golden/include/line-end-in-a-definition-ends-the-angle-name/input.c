@@ -1,2 +1,0 @@
-#include H
-x

@@ -1,1 +1,0 @@
-#define V 5

@@ -1,2 +1,0 @@
-#include "none.h"
-h

@@ -1,4 +1,0 @@
-#include <no.h>
-x
-#include "sub/no.h"
-y

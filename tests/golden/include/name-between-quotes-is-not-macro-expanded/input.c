@@ -1,2 +1,0 @@
-#define a b
-#include "a.h"

@@ -1,3 +1,0 @@
-a1
-#include "b.h"
-a3

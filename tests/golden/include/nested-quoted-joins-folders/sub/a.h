@@ -1,1 +1,0 @@
-#include "deep/b.h"

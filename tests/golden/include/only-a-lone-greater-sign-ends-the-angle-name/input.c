@@ -1,3 +1,0 @@
-#include <a>=b>
-#include <a>>
-#include <a>>b>

@@ -1,3 +1,0 @@
-#include \
-"a.h"
-y

@@ -1,8 +1,0 @@
-#include
-#include a.h
-#include 'a.h'
-#include L"a.h"
-#include "a.h
-#include 12
-#include NOTHING
-y

@@ -1,3 +1,0 @@
-#define HDR "a.h"
-#include HDR
-y

@@ -1,2 +1,0 @@
-#include "sub\\a.h"
-#include "a\"b.h"

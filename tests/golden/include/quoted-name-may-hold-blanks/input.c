@@ -1,1 +1,0 @@
-#include "my file.h"

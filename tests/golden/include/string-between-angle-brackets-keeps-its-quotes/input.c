@@ -1,1 +1,0 @@
-#include <__FILE__>

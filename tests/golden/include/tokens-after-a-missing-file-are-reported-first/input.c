@@ -1,1 +1,0 @@
-#include "none.h" extra

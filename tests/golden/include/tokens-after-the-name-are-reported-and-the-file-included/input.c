@@ -1,2 +1,0 @@
-#include "a.h" extra words
-#include <b.h> extra

@@ -1,2 +1,0 @@
-#include <sys//a.h>
-y

@@ -1,3 +1,0 @@
-#define f(x) [x]
-#define B f(B
-B);

@@ -1,3 +1,0 @@
-#define f(x) x
-#define A A+1
-f(A)

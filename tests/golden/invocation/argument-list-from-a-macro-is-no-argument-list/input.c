@@ -1,3 +1,0 @@
-#define F(x) <x>
-#define ARGS (1)
-F ARGS;

@@ -1,3 +1,0 @@
-#define F(x) <x>
-#define G(y) y(1)
-G(F)(2)

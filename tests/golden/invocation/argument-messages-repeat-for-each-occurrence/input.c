@@ -1,3 +1,0 @@
-#define Z() z
-#define D(x) x x
-D(Z(1));

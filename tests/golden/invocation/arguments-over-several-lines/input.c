@@ -1,7 +1,0 @@
-#define F(x,y) <x|y>
-F( a
-
-  b ,
-	c
-)
-z

@@ -1,2 +1,0 @@
-#define f(x) [x]
-f(f(f(1)))

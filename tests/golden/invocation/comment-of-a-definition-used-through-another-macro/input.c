@@ -1,4 +1,0 @@
-#define D C
-D
-D
-D

@@ -1,4 +1,0 @@
-#define F(x) <x>
-F /*c*/	x
-F \
-y

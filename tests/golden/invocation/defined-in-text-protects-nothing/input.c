@@ -1,2 +1,0 @@
-#define A B
-defined A defined(A)

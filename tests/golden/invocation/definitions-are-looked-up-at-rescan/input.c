@@ -1,6 +1,0 @@
-#define A B
-A
-#define B 1
-A
-#undef B
-A

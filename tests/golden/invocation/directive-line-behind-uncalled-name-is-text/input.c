@@ -1,4 +1,0 @@
-#define F(x) <x>
-F
-#define G 1
-G

@@ -1,3 +1,0 @@
-#define two(x,y) <x|y>
-#define C two(C,C
-C);

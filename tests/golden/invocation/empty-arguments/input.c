@@ -1,2 +1,0 @@
-#define F(a,b,c) <a|b|c>
-F(,,z) F(x,,z) F( , y ,z)

@@ -1,3 +1,0 @@
-#define F(x) <x>
-#define E
-F E (1);

@@ -1,3 +1,0 @@
-#define F(x) <x>
-#define Z() z
-Z() Z( ) [F()] [F( /**/ )]

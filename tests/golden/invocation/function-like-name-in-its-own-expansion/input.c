@@ -1,2 +1,0 @@
-#define F(x) F x
-F(1)

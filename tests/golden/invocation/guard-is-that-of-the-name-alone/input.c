@@ -1,3 +1,0 @@
-#define f(a) a*g
-#define g(a) f(a)
-f(2)(9)

@@ -1,4 +1,0 @@
-#define F(x) <x>
-#include "inc.h"
-(1)
-z

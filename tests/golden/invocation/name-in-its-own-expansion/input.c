@@ -1,2 +1,0 @@
-#define A A+1
-A A

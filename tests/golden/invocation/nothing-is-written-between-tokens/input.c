@@ -1,4 +1,0 @@
-#define N -
-#define P +
-#define E
-x=-N; +P -E- P+ NN

@@ -1,4 +1,0 @@
-#define A B
-#if defined A && defined(A) && defined ( A )
-yes
-#endif

@@ -1,2 +1,0 @@
-#define foo(x) bar x
-foo(foo) (2)

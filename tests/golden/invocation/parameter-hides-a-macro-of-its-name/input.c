@@ -1,4 +1,0 @@
-#define x 3
-#define G(x) x
-#define F(F) F+F
-G(5) x F(1)

@@ -1,3 +1,0 @@
-#define F(x) <x>
-#define A 7
-F(1,2,A) F(1,2,F(3))

@@ -1,4 +1,0 @@
-#define g(x) [x]
-#define f(x) <x>
-f(g((("
-))"))

@@ -1,3 +1,0 @@
-#define F(x) <x>
-#define b X
-F("a\n", "b")

@@ -1,3 +1,0 @@
-#define a b
-#define b a
-a b

@@ -1,2 +1,0 @@
-#define F(x,y) <x|y>
-F(  a 	 b  ,/* c */ d/**/e )

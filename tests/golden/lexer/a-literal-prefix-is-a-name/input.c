@@ -1,2 +1,0 @@
-#define L Z
-L"L" L'L'

@@ -1,2 +1,0 @@
-#define a Z
-""a""

@@ -1,4 +1,0 @@
-#define a Z
-"a
-'a
-a

@@ -1,3 +1,0 @@
-#define x X
-#define b B
-"a\n" x "b"

@@ -1,3 +1,0 @@
-#define a Z
-'a\
-a'

@@ -1,3 +1,0 @@
-#define x Z
-/\
-/ x

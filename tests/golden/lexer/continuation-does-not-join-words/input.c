@@ -1,3 +1,0 @@
-#define AB Z
-A\
-B

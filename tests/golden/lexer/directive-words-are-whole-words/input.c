@@ -1,2 +1,0 @@
-#define line Z
-lines line2 _line Line line

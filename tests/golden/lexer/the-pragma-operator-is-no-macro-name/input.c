@@ -1,2 +1,0 @@
-#define _Pragma x y
-z

@@ -1,2 +1,0 @@
-#define defined Z
-x

@@ -1,3 +1,0 @@
-#error a \
- b
-x

@@ -1,2 +1,0 @@
-#error stop here
-x

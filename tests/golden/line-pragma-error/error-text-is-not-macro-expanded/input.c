@@ -1,2 +1,0 @@
-#define here there
-#error stop here __LINE__

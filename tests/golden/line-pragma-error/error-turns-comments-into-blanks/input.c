@@ -1,1 +1,0 @@
-# error  a/* c */b	c // d

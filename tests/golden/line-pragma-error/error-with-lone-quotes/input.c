@@ -1,2 +1,0 @@
-#error don't "panic
-x

@@ -1,4 +1,0 @@
-#error one
-x
-#error two
-y

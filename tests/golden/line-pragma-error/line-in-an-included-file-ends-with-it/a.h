@@ -1,3 +1,0 @@
-#line 100 "gen.y"
-h
-#foo

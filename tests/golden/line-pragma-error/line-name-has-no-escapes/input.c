@@ -1,3 +1,0 @@
-#line 5 "a\\b.c"
-__FILE__
-#error e

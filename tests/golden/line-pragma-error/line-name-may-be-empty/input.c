@@ -1,3 +1,0 @@
-#line 5 ""
-a
-#error e

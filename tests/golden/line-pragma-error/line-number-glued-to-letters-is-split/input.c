@@ -1,4 +1,0 @@
-#line 12abc
-a
-#line 1.5
-b

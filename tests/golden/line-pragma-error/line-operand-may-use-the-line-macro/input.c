@@ -1,4 +1,0 @@
-
-
-#line __LINE__ "y.c"
-a

@@ -1,3 +1,0 @@
-a
-#line 7 "y.c"
-#error e

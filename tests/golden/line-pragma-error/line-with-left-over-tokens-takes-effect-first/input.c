@@ -1,2 +1,0 @@
-#line 20 "x.c" junk more
-a

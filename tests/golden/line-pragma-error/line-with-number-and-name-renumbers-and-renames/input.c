@@ -1,3 +1,0 @@
-#line 10 "x.c"
-a __LINE__
-#foo

@@ -1,3 +1,0 @@
-#line 10
-a
-b __FILE__ __LINE__

@@ -1,2 +1,0 @@
-#line 20 foo
-a

@@ -1,3 +1,0 @@
-#define A 1
-#pragma A __LINE__
-x

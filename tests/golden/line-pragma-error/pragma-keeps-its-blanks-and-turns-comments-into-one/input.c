@@ -1,2 +1,0 @@
-# pragma   a	b/* c */d // e
-x

@@ -1,2 +1,0 @@
-x
-_Pragma

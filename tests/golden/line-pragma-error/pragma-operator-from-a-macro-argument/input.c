@@ -1,2 +1,0 @@
-#define DO(x) [x]
-DO(_Pragma("m"))

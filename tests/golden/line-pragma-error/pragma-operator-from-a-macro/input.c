@@ -1,2 +1,0 @@
-#define P _Pragma("m")
-a P b

@@ -1,3 +1,0 @@
-_Pragma
-+ x
-y

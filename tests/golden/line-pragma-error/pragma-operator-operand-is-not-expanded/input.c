@@ -1,2 +1,0 @@
-#define T "t"
-_Pragma(T) y

@@ -1,1 +1,0 @@
-_Pragma(L"p") y

@@ -1,2 +1,0 @@
-#define P _Pragma
-a P("m") b

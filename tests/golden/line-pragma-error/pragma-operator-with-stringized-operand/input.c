@@ -1,2 +1,0 @@
-#define S(x) _Pragma(#x)
-S(a "b")

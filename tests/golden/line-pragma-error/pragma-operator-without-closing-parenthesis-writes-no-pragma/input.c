@@ -1,1 +1,0 @@
-a _Pragma("p" b) y

@@ -1,1 +1,0 @@
-_Pragma x y

@@ -1,2 +1,0 @@
-_Pragma("a")_Pragma("b")
-z

@@ -1,1 +1,0 @@
-#pragma pack(push, 1) # ## 'x "s\n" \ _Pragma("p") #endif

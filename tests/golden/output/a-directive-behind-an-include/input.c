@@ -1,3 +1,0 @@
-#include "a.h"
-#define A 1
-A

@@ -1,3 +1,0 @@
-#define A
-#pragma p
-x

@@ -1,2 +1,0 @@
-a _Pragma("p") b
-c

@@ -1,3 +1,0 @@
-#line 10 "sub/x.c"
-#include "a.h"
-y

@@ -1,2 +1,0 @@
-#include "no.h"
-x

@@ -1,4 +1,0 @@
-#define F(x) x
-F(1
-)
-y

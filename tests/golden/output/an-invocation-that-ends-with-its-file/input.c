@@ -1,4 +1,0 @@
-#define F(x) [x]
-#include "a.h"
-(1)
-y

@@ -1,2 +1,0 @@
-#define A   a 	 b/* c */c   
-(A)  A

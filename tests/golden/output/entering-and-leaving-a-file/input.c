@@ -1,3 +1,0 @@
-a
-#include "a.h"
-b

@@ -1,3 +1,0 @@
-a
-#include "b.h"
-c

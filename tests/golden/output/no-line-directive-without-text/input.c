@@ -1,3 +1,0 @@
-x
-#define A 1
-#undef A

@@ -1,6 +1,0 @@
-#define A
-#undef A
-#if 1
-x
-y
-#endif

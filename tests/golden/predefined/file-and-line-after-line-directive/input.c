@@ -1,2 +1,0 @@
-#line 10 "x.c"
-__FILE__ __LINE__

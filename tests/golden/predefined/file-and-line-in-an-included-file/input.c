@@ -1,2 +1,0 @@
-#include "inc.h"
-__FILE__ __LINE__

@@ -1,3 +1,0 @@
-#define F(x) x
-F
-__LINE__

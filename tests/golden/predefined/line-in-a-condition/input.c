@@ -1,4 +1,0 @@
-
-#if __LINE__ == 2
-T
-#endif

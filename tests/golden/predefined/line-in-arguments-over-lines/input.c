@@ -1,5 +1,0 @@
-#define P(a,b) a b
-P(__LINE__,
-__LINE__
-
-) __LINE__

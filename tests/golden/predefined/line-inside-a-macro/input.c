@@ -1,4 +1,0 @@
-#define HERE <__LINE__>
-
-HERE HERE
-HERE

@@ -1,1 +1,0 @@
-__STDC__ __STDC_VERSION__ __cplusplus __COUNTER__ __TIMESTAMP__ __func__ unix linux __linux__ __qnpp__

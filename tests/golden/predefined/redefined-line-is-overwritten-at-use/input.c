@@ -1,2 +1,0 @@
-#define __LINE__ 5
-__LINE__

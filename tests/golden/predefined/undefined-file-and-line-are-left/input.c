@@ -1,3 +1,0 @@
-#undef __FILE__
-#undef __LINE__
-__FILE__ __LINE__

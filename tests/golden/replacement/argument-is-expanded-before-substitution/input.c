@@ -1,3 +1,0 @@
-#define A(x) x
-#define B(y) A(y)
-B(B(1))

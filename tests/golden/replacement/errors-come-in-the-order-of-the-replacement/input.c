@@ -1,3 +1,0 @@
-#define Z() z
-#define F(x) x # y
-[F(Z(1))]

@@ -1,3 +1,0 @@
-#define CAT(a,b) a##b
-#define AB AB_ CAT(A,B)
-CAT(A,B)

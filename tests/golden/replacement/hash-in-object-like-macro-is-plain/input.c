@@ -1,4 +1,0 @@
-#define a A
-#define PASTE a ## b
-#define STR #a
-[PASTE] [STR]

@@ -1,3 +1,0 @@
-#define CAT(a,b) a##b
-CAT(#,define X 1)
-X

@@ -1,3 +1,0 @@
-#define L wide
-#define W(x) L ## #x
-W(k)

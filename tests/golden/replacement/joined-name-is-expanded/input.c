@@ -1,3 +1,0 @@
-#define CAT(a,b) a##b
-#define AB hit
-CAT(A,B)

@@ -1,2 +1,0 @@
-#define F(xy) x ## y xy
-F(9)

@@ -1,4 +1,0 @@
-#define S(x) #x
-S(")
-S(')
-S(it's \d)

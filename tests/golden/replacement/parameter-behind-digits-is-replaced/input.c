@@ -1,2 +1,0 @@
-#define Q(x) 1x 1.x 0x
-Q(2)

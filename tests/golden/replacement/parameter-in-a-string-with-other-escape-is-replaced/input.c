@@ -1,2 +1,0 @@
-#define F(x) "x\n" x
-F(1)

@@ -1,2 +1,0 @@
-#define F(x) "x" 'x' x
-F(1)

@@ -1,3 +1,0 @@
-#define G(x) ## x
-#define N() ##
-[G(1)] [G(2)] [N()]

@@ -1,3 +1,0 @@
-#define F(x) <x>
-#define C(a,b) a##b
-C(F /,* c */ (1))

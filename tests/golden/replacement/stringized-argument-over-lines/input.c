@@ -1,6 +1,0 @@
-#define S(x) #x
-S(a		b
-c/**/d \
- e // f
-)
-z

@@ -1,2 +1,0 @@
-#define S(x) #x
-S((a,b)) S("x,y")

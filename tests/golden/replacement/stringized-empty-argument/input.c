@@ -1,3 +1,0 @@
-#define S(x) #x
-#define T(a,b) #a #b
-S(,) T(,x)

@@ -1,3 +1,0 @@
-#define n 5
-#define S(x) #x
-S(\n) S(n)

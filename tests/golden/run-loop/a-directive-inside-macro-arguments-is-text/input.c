@@ -1,5 +1,0 @@
-#define F(x) [x]
-F(
-#define A 1
-)
-A

@@ -1,2 +1,0 @@
-#DEFINE X 1
-X

@@ -1,3 +1,0 @@
-#define D define
-#D X 1
-X

@@ -1,4 +1,0 @@
-#definex A 1
-#ifdefA
-#endif1
-x

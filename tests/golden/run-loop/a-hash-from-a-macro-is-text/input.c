@@ -1,5 +1,0 @@
-#define H #
-#define E
-H define X 1
-E #define X 1
-X

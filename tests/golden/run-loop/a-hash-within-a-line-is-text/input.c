@@ -1,2 +1,0 @@
-x #define X 1
-X

@@ -1,3 +1,0 @@
-#define E
- E
-x

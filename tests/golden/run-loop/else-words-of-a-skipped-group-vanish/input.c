@@ -1,4 +1,0 @@
-#if 1
-#else x
-y
-#endif z

@@ -1,2 +1,0 @@
-#endif x
-y

@@ -1,4 +1,0 @@
-#define X Z
-#if 0
-q
-#endif X

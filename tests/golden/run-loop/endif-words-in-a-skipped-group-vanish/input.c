@@ -1,5 +1,0 @@
-#if 0
-#if 1
-#endif x
-#endif
-y

@@ -1,8 +1,0 @@
-#foo
-a
-#else
-b
-#define
-#line x
-#include "no.h"
-c

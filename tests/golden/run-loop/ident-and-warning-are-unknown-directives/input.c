@@ -1,2 +1,0 @@
-#ident "v"
-#warning w

@@ -1,3 +1,0 @@
-#ifndef X // why
-x
-#endif

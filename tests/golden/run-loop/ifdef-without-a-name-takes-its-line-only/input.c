@@ -1,4 +1,0 @@
-#ifdef
-#else
-x
-#endif

@@ -1,3 +1,0 @@
-#define X
-#ifdef X  junk more
-#endif

@@ -1,7 +1,0 @@
-#if 1
-#else
-x
-#else
-y
-#endif
-z

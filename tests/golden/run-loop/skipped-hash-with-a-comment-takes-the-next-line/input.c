@@ -1,5 +1,0 @@
-#if 0
- # /* c */ // d
-#endif
-#endif
-y

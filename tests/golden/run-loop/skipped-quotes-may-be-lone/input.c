@@ -1,5 +1,0 @@
-#if 0
-don't "x
-"/*"
-#endif
-y

@@ -1,2 +1,0 @@
-#undef A B
-x

@@ -1,2 +1,0 @@
-#define CAT(a,b) a##b
-[CAT(/,/)x] [CAT(/,*)y]

@@ -1,3 +1,0 @@
-#define xyz Z
-#define CAT(a,b) a##b
-CAT(x,y)z

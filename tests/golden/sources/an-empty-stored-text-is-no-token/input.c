@@ -1,2 +1,0 @@
-#define F(a,b,c) [a##b]
-F(,,c)

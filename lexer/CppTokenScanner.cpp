@@ -25,16 +25,17 @@ bool isPlain(const Spelling& token) {
 
 }  // namespace
 
-CppTokenScanner::CppTokenScanner(SpellingPool& pool, const LexerContext& context)
-    : CppScanner(false), pool_(pool), context_(context) {}
+CppTokenScanner::CppTokenScanner(SpellingPool& pool, const LexerContext& context, HideSetCache& hideSets)
+    : CppScanner(false), pool_(pool), context_(context), hideSets_(hideSets) {}
 
 CppTokenScanner::~CppTokenScanner() = default;
 
-void CppTokenScanner::read(TokenList& list) {
+void CppTokenScanner::read(TokenList& list, std::size_t first) {
   std::swap(list_, list);
-  range_.tokens = list_.spellings();
+  range_.tokens = list_.spellings().subspan(first);
   range_.list = &list_;
-  range_.position = 0;
+  range_.position = first;
+  range_.unite(hideSets_);
   start();
 }
 
@@ -147,6 +148,9 @@ const HideSet& CppTokenScanner::hideSet() {
   if (!run.nested && range_.hideSet.empty()) {
     return run.hideSet;
   }
+  if (!run.nested) {
+    return hideSets_.joined(run.hideSet, range_.hideSet);
+  }
   return hideSet_ = range_.list->hideSetAt(position, run_).joined(range_.hideSet);
 }
 
@@ -163,7 +167,7 @@ bool CppTokenScanner::isHidden(const Name& name) {
 
 // ---- Taking tokens with their hide sets ----
 
-void CppTokenScanner::takeSettled(TokenList& list, HideSetCache& hideSets) {
+void CppTokenScanner::takeSettled(TokenList& list) {
   if (!kShortcuts || peek_ != nullptr || !pieces_.empty() || reader_ != nullptr) {
     return;
   }
@@ -186,38 +190,44 @@ void CppTokenScanner::takeSettled(TokenList& list, HideSetCache& hideSets) {
     }
   }
   const auto begin = static_cast<std::size_t>(first - begin_);
-  list.appendSettled(range_.part(begin, static_cast<std::size_t>(at_ - first)), generation, hideSets);
+  list.appendSettled(range_.part(begin, static_cast<std::size_t>(at_ - first)), generation, hideSets_);
 }
 
-void CppTokenScanner::appendCurrent(TokenList& list, bool isSettled, HideSetCache& hideSets) {
+void CppTokenScanner::appendCurrent(TokenList& list, bool isSettled) {
+  if (range_.list == nullptr && !isSettled) {
+    list.append(spelling_, range_.hideSet);
+    return;
+  }
   const TokenRange current{SpellingRange(&spelling_, 1), range_.hideSet, range_.list, currentPosition()};
   if (isSettled && kShortcuts) {
-    list.appendSettled(current, context_.names.generation(), hideSets);
-  } else if (range_.list == nullptr) {
-    list.append(spelling_, range_.hideSet);
+    list.appendSettled(current, context_.names.generation(), hideSets_);
   } else {
-    list.append(current, HideSet(), hideSets);
+    list.append(current, HideSet(), hideSets_);
   }
 }
 
 // ---- Arguments that are used where they stand ----
 
-TokenRange CppTokenScanner::rest() const {
+SpellingRange CppTokenScanner::rest() const {
   if (!pieces_.empty() || reader_ != nullptr) {
     return {};
   }
-  const auto next = static_cast<std::size_t>(at_ - begin_);
-  const auto left = static_cast<std::size_t>(end_ - at_);
   if (peek_ == nullptr) {
-    return range_.part(next, left);
+    return {at_, end_};
   }
-  return at_ != begin_ && at_[-1] == peek_ ? range_.part(next - 1, left + 1) : TokenRange();
+  return at_ != begin_ && at_[-1] == peek_ ? SpellingRange(at_ - 1, end_) : SpellingRange();
 }
 
-void CppTokenScanner::take(std::size_t count) {
-  at_ += static_cast<std::ptrdiff_t>(count) - (peek_ != nullptr ? 1 : 0);
+TokenRange CppTokenScanner::take(std::size_t begin, std::size_t end, std::size_t taken) {
+  const Spelling* const* const first = peek_ != nullptr ? at_ - 1 : at_;
+  at_ = first + taken;
   peek_ = nullptr;
   handOut(at_[-1]);
+  // The hide set of the last one holds what all of the range's have.
+  TokenRange range{SpellingRange(first + begin, first + end), hideSet(), range_.list,
+                   range_.position + static_cast<std::size_t>(first - begin_) + begin};
+  range.unite(hideSets_);
+  return range;
 }
 
 }  // namespace qnpp

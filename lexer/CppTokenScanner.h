@@ -19,12 +19,13 @@ namespace qnpp {
 /// A scanner can be used again for another list; the stack of sources keeps finished ones for that.
 class CppTokenScanner final : public CppScanner {
  public:
-  CppTokenScanner(SpellingPool& pool, const LexerContext& context);
+  /// All are borrowed and outlive the object.
+  CppTokenScanner(SpellingPool& pool, const LexerContext& context, HideSetCache& hideSets);
   ~CppTokenScanner() override;
 
-  /// Reads the tokens of `list`, which the scanner owns from now on; what storage it had is left in `list`, empty. The
-  /// spellings are borrowed.
-  void read(TokenList& list);
+  /// Reads the tokens of `list` from position `first` on. The scanner owns the list from now on; what storage it had is
+  /// left in `list`, empty. The spellings are borrowed.
+  void read(TokenList& list, std::size_t first = 0);
   /// Reads `tokens`, which are borrowed: they must stay until the scanner is reset. They are a part of `surroundings`,
   /// or of nothing that is known to be normalized if that is null.
   void read(const TokenRange& tokens, NormalizedTokens* surroundings);
@@ -44,9 +45,9 @@ class CppTokenScanner final : public CppScanner {
 
   /// Takes settled tokens (see TokenList::appendSettled) and appends them with their hide sets to `list`, up to the first
   /// token that may be another.
-  void takeSettled(TokenList& list, HideSetCache& hideSets);
+  void takeSettled(TokenList& list);
   /// Appends the current token with its hide set to `list`; `isSettled` if it is known to be so.
-  void appendCurrent(TokenList& list, bool isSettled, HideSetCache& hideSets);
+  void appendCurrent(TokenList& list, bool isSettled = false);
 
   /// Spelling of the current token, always of a single token.
   const Spelling* spelling() const { return spelling_; }
@@ -58,9 +59,10 @@ class CppTokenScanner final : public CppScanner {
 
   /// The elements that have not been read; empty while the reading stands inside of one. A token that has been looked
   /// at is the first of them.
-  TokenRange rest() const;
-  /// Takes the first `count` elements of `rest()`, which are single tokens; the last of them becomes the current token.
-  void take(std::size_t count);
+  SpellingRange rest() const;
+  /// Takes the first `taken` elements of `rest()`, which are single tokens; the last of them becomes the current token.
+  /// Returns those from `begin` to before `end`, with its hide set added to theirs.
+  TokenRange take(std::size_t begin, std::size_t end, std::size_t taken);
 
  private:
   struct CommentReader;
@@ -73,6 +75,7 @@ class CppTokenScanner final : public CppScanner {
 
   SpellingPool& pool_;
   LexerContext context_;
+  HideSetCache& hideSets_;
   TokenList list_;                            // Storage of the tokens, when the scanner owns them.
   TokenRange range_;                          // What is read.
   NormalizedTokens* surroundings_ = nullptr;  // What the tokens are a part of, when they are an argument.

@@ -37,20 +37,10 @@ class HideSetCache {
 
   /// All names of `a` and `b`. Valid until the next question, or as long as both are.
   const HideSet& joined(const HideSet& a, const HideSet& b) {
-    if (!kShortcuts) {
-      return uncached_ = a.joined(b);
-    }
     if (a.empty() || a.isSameObject(b)) {
       return b;
     }
-    if (b.empty()) {
-      return a;
-    }
-    Union& known = unions_[slotOf(a.identity(), b.identity())];
-    if (!known.a.isSameObject(a) || !known.b.isSameObject(b)) {
-      known = {a, b, a.joined(b)};
-    }
-    return known.result;
+    return b.empty() ? a : joinedAnew(a, b);
   }
 
  private:
@@ -66,6 +56,17 @@ class HideSetCache {
     HideSet b;
     HideSet result;
   };
+
+  const HideSet& joinedAnew(const HideSet& a, const HideSet& b) {
+    if (!kShortcuts) {
+      return uncached_ = a.joined(b);
+    }
+    Union& known = unions_[slotOf(a.identity(), b.identity())];
+    if (!known.a.isSameObject(a) || !known.b.isSameObject(b)) {
+      known = {a, b, a.joined(b)};
+    }
+    return known.result;
+  }
 
   static std::size_t slotOf(std::size_t a, std::size_t b) {
     return static_cast<std::size_t>((a * 31U + b) * 0x9E3779B97F4A7C15U >> 32U) % kSlots;

@@ -36,21 +36,17 @@ TokenList::Nested::Nested(const Run* first, const Run* last, std::size_t begin) 
   }
 }
 
-TokenList::Nested::Nested(const Nested& other) noexcept : shared_(other.shared_) {
-  if (shared_ != nullptr) {
-    ++shared_->references;
-  }
-}
+void TokenList::Nested::addReference(Shared& shared) { ++shared.references; }
 
 // Runs are nested as deep as invocations are, so what is nested in them is not freed by recursion.
-TokenList::Nested::~Nested() {
+void TokenList::Nested::dropReference(Shared* shared) {
   Shared* unused = nullptr;
-  const auto drop = [&unused](Shared* shared) {
-    if (shared != nullptr && --shared->references == 0) {
-      shared->next = std::exchange(unused, shared);
+  const auto drop = [&unused](Shared* dropped) {
+    if (dropped != nullptr && --dropped->references == 0) {
+      dropped->next = std::exchange(unused, dropped);
     }
   };
-  drop(shared_);
+  drop(shared);
   while (unused != nullptr) {
     const std::unique_ptr<Shared> ended(std::exchange(unused, unused->next));
     for (Run& run : ended->runs) {
@@ -63,7 +59,7 @@ const std::vector<TokenList::Run>& TokenList::Nested::runs() const { return shar
 
 // ---- Asking for sets ----
 
-std::size_t TokenList::runAt(std::size_t position) const { return findRun(runs_, position); }
+std::size_t TokenList::findRunBehindFirst(std::size_t position) const { return findRun(runs_, position); }
 
 // Calls `visit` with each set that makes up that of the token at `position`, until it returns false.
 template <typename Visit>
@@ -101,34 +97,41 @@ bool TokenList::isHiddenAt(std::size_t position, std::size_t run, const Name& na
 // ---- Appending ----
 
 void TokenList::append(const TokenRange& tokens, const HideSet& hideSet, HideSetCache& hideSets) {
-  if (tokens.list != nullptr) {
-    settledIn_ = std::min(settledIn_, tokens.list->settledIn_);
+  if (tokens.list == nullptr) {
+    appendOneRun(tokens.tokens, hideSets.joined(tokens.hideSet, hideSet), false);
+    return;
   }
+  settledIn_ = std::min(settledIn_, tokens.list->settledIn_);
   // A copy, since the cache's answer holds until its next question only.
   appendRange(tokens, HideSet(hideSets.joined(tokens.hideSet, hideSet)), false, hideSets);
 }
 
 void TokenList::appendSettled(const TokenRange& tokens, std::uint64_t generation, HideSetCache& hideSets) {
   settledIn_ = std::min(settledIn_, generation);
-  appendRange(tokens, tokens.hideSet, true, hideSets);
+  if (tokens.list == nullptr) {
+    appendOneRun(tokens.tokens, tokens.hideSet, true);
+  } else {
+    appendRange(tokens, tokens.hideSet, true, hideSets);
+  }
 }
 
-// Each token gets its own set and `added`. All of them are settled, or those that were.
+// Appends tokens of a list, each with its own set and `added`. All of them are settled, or those that were.
 void TokenList::appendRange(const TokenRange& tokens, const HideSet& added, bool areSettled, HideSetCache& hideSets) {
   if (tokens.tokens.empty()) {
     return;
   }
   const std::size_t begin = spellings_.size();
   spellings_.insert(spellings_.end(), tokens.tokens.begin(), tokens.tokens.end());
-  if (tokens.list == nullptr) {
-    cover({spellings_.size(), added, {}, 0, areSettled});
-    return;
-  }
   const std::vector<Run>& runs = tokens.list->runs_;
   const std::size_t end = tokens.position + tokens.tokens.size();
   const auto isSettled = [areSettled](const Run& run) { return areSettled || run.isSettled; };
   std::size_t at = tokens.position;
-  for (std::size_t run = findRun(runs, at); at < end;) {
+  std::size_t run = tokens.list->runAt(at);
+  if (end <= runs[run].end && !runs[run].nested) {
+    coverNewTokens(hideSets.joined(runs[run].hideSet, added), isSettled(runs[run]));
+    return;
+  }
+  while (at < end) {
     std::size_t behind = run + 1;  // The settled runs from `run` on.
     while (isSettled(runs[behind - 1]) && runs[behind - 1].end < end && isSettled(runs[behind])) {
       ++behind;
@@ -172,6 +175,18 @@ void TokenList::cover(Run run) {
     }
   }
   runs_.push_back(std::move(run));
+}
+
+void TokenRange::unite(HideSetCache& hideSets) {
+  if (list == nullptr || tokens.empty()) {
+    list = nullptr;
+    return;
+  }
+  const TokenList::Run& run = list->runs()[list->runAt(position)];
+  if (position + tokens.size() <= run.end && !run.nested && !run.isSettled) {
+    hideSet = hideSets.joined(run.hideSet, hideSet);
+    list = nullptr;
+  }
 }
 
 }  // namespace qnpp

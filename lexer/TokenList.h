@@ -32,13 +32,21 @@ class TokenList {
     Nested() = default;
     /// The runs from `first` to before `last`, which begin at position `begin`.
     Nested(const Run* first, const Run* last, std::size_t begin);
-    Nested(const Nested& other) noexcept;
+    Nested(const Nested& other) noexcept : shared_(other.shared_) {
+      if (shared_ != nullptr) {
+        addReference(*shared_);
+      }
+    }
     Nested(Nested&& other) noexcept : shared_(std::exchange(other.shared_, nullptr)) {}
     Nested& operator=(Nested other) noexcept {
       std::swap(shared_, other.shared_);
       return *this;
     }
-    ~Nested();
+    ~Nested() {
+      if (shared_ != nullptr) {
+        dropReference(shared_);
+      }
+    }
 
     explicit operator bool() const { return shared_ != nullptr; }
     bool operator==(const Nested& other) const { return shared_ == other.shared_; }
@@ -46,6 +54,10 @@ class TokenList {
 
    private:
     struct Shared;
+
+    static void addReference(Shared& shared);
+    static void dropReference(Shared* shared);
+
     Shared* shared_ = nullptr;
   };
 
@@ -70,7 +82,7 @@ class TokenList {
   bool isSettledIn(std::uint64_t generation) const { return settledIn_ == generation; }
 
   /// Index of the run that holds the token at `position`.
-  std::size_t runAt(std::size_t position) const;
+  std::size_t runAt(std::size_t position) const { return position < runs_.front().end ? 0 : findRunBehindFirst(position); }
   /// The hide set of the token at `position`, which is in the run of that index.
   HideSet hideSetAt(std::size_t position, std::size_t run) const;
   /// Whether `name` is in that set.
@@ -80,12 +92,7 @@ class TokenList {
     spellings_.push_back(spelling);
     coverNewTokens(hideSet);
   }
-  void append(SpellingRange spellings, const HideSet& hideSet) {
-    if (!spellings.empty()) {
-      spellings_.insert(spellings_.end(), spellings.begin(), spellings.end());
-      coverNewTokens(hideSet);
-    }
-  }
+  void append(SpellingRange spellings, const HideSet& hideSet) { appendOneRun(spellings, hideSet, false); }
   /// Appends a token whose hide set does not matter. There must be one before it.
   void appendUnasked(const Spelling* spelling) {
     spellings_.push_back(spelling);
@@ -112,13 +119,23 @@ class TokenList {
  private:
   static constexpr std::uint64_t kNoMarks = std::numeric_limits<std::uint64_t>::max();
 
-  void coverNewTokens(const HideSet& hideSet) {
-    if (!runs_.empty() && !runs_.back().isSettled && !runs_.back().nested && runs_.back().hideSet.isSameObject(hideSet)) {
-      runs_.back().end = spellings_.size();
-    } else {
-      runs_.push_back({spellings_.size(), hideSet});
+  void appendOneRun(SpellingRange spellings, const HideSet& hideSet, bool areSettled) {
+    if (!spellings.empty()) {
+      spellings_.insert(spellings_.end(), spellings.begin(), spellings.end());
+      coverNewTokens(hideSet, areSettled);
     }
   }
+  void coverNewTokens(const HideSet& hideSet, bool areSettled = false) {
+    if (!runs_.empty()) {
+      Run& last = runs_.back();
+      if (last.hideSet.isSameObject(hideSet) && last.isSettled == areSettled && !last.nested) {
+        last.end = spellings_.size();
+        return;
+      }
+    }
+    runs_.push_back({spellings_.size(), hideSet, {}, 0, areSettled});
+  }
+  std::size_t findRunBehindFirst(std::size_t position) const;
   void appendRange(const TokenRange& tokens, const HideSet& added, bool areSettled, HideSetCache& hideSets);
   void cover(Run run);
   template <typename Visit>
@@ -141,6 +158,9 @@ struct TokenRange {
   TokenRange part(std::size_t begin, std::size_t count) const {
     return {tokens.subspan(begin, count), hideSet, list, position + begin};
   }
+
+  /// Forgets the list if the own sets of all tokens are the same one; that is then a part of `hideSet`.
+  void unite(HideSetCache& hideSets);
 };
 
 inline TokenRange TokenList::all() const { return {spellings_, HideSet(), this, 0}; }

@@ -27,14 +27,6 @@ Name* TokenStream::name() {
   return found != nullptr ? found : names_.find(text());
 }
 
-void TokenStream::appendCurrent(CppTokenKind kind, TokenList& list) {
-  if (isInFile_) {
-    list.append(spelling(kind), HideSet());
-  } else {
-    listSource().appendCurrent(list, false, hideSets_);
-  }
-}
-
 void TokenStream::skipBlanks() {
   while (isBlank(peek())) {
     get();
@@ -89,9 +81,9 @@ void TokenStream::pushFile(std::unique_ptr<CppFileScanner> file) {
   setCurrent(*entered);
 }
 
-void TokenStream::push(TokenList& tokens) {
+void TokenStream::push(TokenList& tokens, std::size_t first) {
   std::unique_ptr<CppTokenScanner> list = spareList();
-  list->read(tokens);
+  list->read(tokens, first);
   const SpellingPool::Mark mark = dropExhaustedLists();
   pushList(std::move(list), mark);
 }
@@ -172,7 +164,7 @@ void TokenStream::giveBack(const SpellingPool::Mark& mark) {
 
 std::unique_ptr<CppTokenScanner> TokenStream::spareList() {
   if (spareLists_.empty()) {
-    return std::make_unique<CppTokenScanner>(pool_, context_);
+    return std::make_unique<CppTokenScanner>(pool_, context_, hideSets_);
   }
   std::unique_ptr<CppTokenScanner> list = std::move(spareLists_.back());
   spareLists_.pop_back();

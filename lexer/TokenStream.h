@@ -107,8 +107,14 @@ class TokenStream {
   const HideSet& hideSet() { return current_->hideSet(); }
   /// Whether `name` is in that set.
   bool isHidden(const Name& name) { return !isInFile_ && listSource().isHidden(name); }
-  /// Appends the current token, of `kind`, with its hide set.
-  void appendCurrent(CppTokenKind kind, TokenList& list);
+  /// Appends the current token, whose `spelling` this is, with its hide set.
+  void appendCurrent(const Spelling& spelling, TokenList& list) {
+    if (isInFile_) {
+      list.append(&spelling, HideSet());
+    } else {
+      listSource().appendCurrent(list);
+    }
+  }
 
   void skipBlanks();
   /// Skips line ends too; true when anything was skipped.
@@ -136,9 +142,9 @@ class TokenStream {
   // ---- Pushing sources ----
 
   void pushFile(std::unique_ptr<CppFileScanner> file);
-  /// Makes tokens the current source. The first takes them out of `tokens` and leaves it empty; those of the second are
-  /// borrowed and stay until the source has ended.
-  void push(TokenList& tokens);
+  /// Makes tokens the current source. The first takes them out of `tokens`, reads from position `first` on and leaves
+  /// an empty list; those of the second are borrowed and stay until the source has ended.
+  void push(TokenList& tokens, std::size_t first = 0);
   void push(const TokenRange& tokens);
 
   /// Makes tokens the current source and sets the enclosing ones aside: its end reads as the end of the input. The

@@ -72,8 +72,7 @@ std::size_t findNormalizedArgumentEnd(SpellingRange tokens, std::size_t begin) {
 // would otherwise hold a copy of all the levels in it. Returns false, with nothing taken, when that is not so.
 bool readArgumentInPlace(CppTokenScanner& source, Arguments& arguments) {
   NormalizedTokens* const surroundings = source.surroundings();
-  const TokenRange rest = source.rest();
-  const SpellingRange tokens = rest.tokens;
+  const SpellingRange tokens = source.rest();
   std::size_t begin = 0;
   while (begin < tokens.size() && tokens[begin] == blankSpelling()) {
     ++begin;
@@ -83,12 +82,8 @@ bool readArgumentInPlace(CppTokenScanner& source, Arguments& arguments) {
   if (end == begin || end == tokens.size()) {
     return false;
   }
-  source.take(end + 1);
   const std::size_t last = tokens[end - 1] == blankSpelling() ? end - 1 : end;
-  TokenRange argument = rest.part(begin, last - begin);
-  // The set of the token behind the argument holds what all of the range's have.
-  argument.hideSet = source.hideSet();
-  arguments.addInPlace(argument, surroundings);
+  arguments.addInPlace(source.take(begin, last, end + 1), surroundings);
   return true;
 }
 

@@ -66,7 +66,7 @@ void Arguments::add(TokenStream& stream, CppTokenKind kind, bool afterBlank) {
       mustLex_ = mustLex_ || mayMerge(*before.back(), token);
     }
   }
-  stream.appendCurrent(kind, collected_);
+  stream.appendCurrent(token, collected_);
 }
 
 void Arguments::finish(TokenStream& stream, const HideSet& hideSet) {
@@ -122,10 +122,10 @@ void Arguments::lexAnew(TokenStream& stream, std::string_view text) {
   });
 }
 
-void Arguments::addInPlace(const TokenRange& tokens, NormalizedTokens* surroundings) {
+void Arguments::addInPlace(TokenRange tokens, NormalizedTokens* surroundings) {
   Argument& argument = addArgument();
   argument.isInPlace = true;
-  argument.inPlace = tokens;
+  argument.inPlace = std::move(tokens);
   argument.surroundings = surroundings;
 }
 

@@ -33,8 +33,10 @@ class Arguments {
     if (argument.isInPlace) {
       return argument.inPlace;
     }
-    return {collected_.spellings().subspan(argument.begin, argument.count), argument.hideSet, &collected_,
-            argument.begin};
+    // Tokens of a file have no sets of their own.
+    const bool haveSets = collected_.runs().size() != 1 || !collected_.runs().front().hideSet.empty();
+    return {collected_.spellings().subspan(argument.begin, argument.count), argument.hideSet,
+            haveSets ? &collected_ : nullptr, argument.begin};
   }
 
   /// The tokens that those of an argument are a part of. Valid until the arguments change.
@@ -57,7 +59,7 @@ class Arguments {
   void finish(TokenStream& stream, const HideSet& hideSet);
   /// Adds an argument whose tokens stand in a list that outlives this object, already normalized; they are a part of
   /// `surroundings`, or of nothing that is known to be normalized if that is null.
-  void addInPlace(const TokenRange& tokens, NormalizedTokens* surroundings);
+  void addInPlace(TokenRange tokens, NormalizedTokens* surroundings);
 
   void clear();
 

@@ -106,7 +106,16 @@ void MacroExpander::expandInText() {
   }
 }
 
-// What would be read back and written is written right here.
+// Writes the tokens up to the first that is more than plain text: what would be read back and written is written right
+// here. Returns how many.
+std::size_t MacroExpander::writePlain(SpellingRange tokens) {
+  std::size_t written = 0;
+  for (; written < tokens.size() && tokens[written]->isPlainText(); ++written) {
+    context_.output.write(tokens[written]->data, tokens[written]->size);
+  }
+  return written;
+}
+
 void MacroExpander::expandObjectLikeInText(Name& name) {
   const TokenStream::Hold hold(stream_);
   const SpellingRange tokens = replacementOf(name).tokens();
@@ -114,10 +123,7 @@ void MacroExpander::expandObjectLikeInText(Name& name) {
     context_.output.write(name.settled.text());
     return;
   }
-  std::size_t written = 0;
-  for (; written < tokens.size() && tokens[written]->isPlainText(); ++written) {
-    context_.output.write(tokens[written]->data, tokens[written]->size);
-  }
+  const std::size_t written = writePlain(tokens);
   if (written < tokens.size()) {
     stream_.push({tokens.subspan(written), stream_.hideSets().with(stream_.hideSet(), name)});
   }
@@ -246,7 +252,10 @@ void MacroExpander::substitute(Substitution& substitution) {
 void MacroExpander::finishSubstitution() {
   auto finished = std::move(std::get<std::unique_ptr<Substitution>>(expansions_.back()));
   expansions_.pop_back();
-  stream_.push(finished->result);
+  const std::size_t written = kShortcuts && expansions_.empty() ? writePlain(finished->result.spellings()) : 0;
+  if (written < finished->result.size()) {
+    stream_.push(finished->result, written);
+  }
   spareSubstitutions_->give(std::move(finished));
 }
 
@@ -340,7 +349,7 @@ void MacroExpander::expandList(ListExpansion& expansion) {
   TokenList& result = expansion.result;
   const std::size_t depth = expansions_.size();
   while (expansions_.size() == depth) {
-    stream_.listSource().takeSettled(result, stream_.hideSets());
+    stream_.listSource().takeSettled(result);
     const CppTokenKind kind = stream_.get();
     if (kind == TK_END) {
       finishListExpansion();
@@ -357,7 +366,7 @@ void MacroExpander::expandList(ListExpansion& expansion) {
 }
 
 void MacroExpander::collect(TokenList& result) {
-  stream_.listSource().appendCurrent(result, false, stream_.hideSets());
+  stream_.listSource().appendCurrent(result);
 }
 
 // The result goes to the waiting substitution, or to the caller of expandTokenList.
@@ -390,7 +399,7 @@ void MacroExpander::expandNameInList(TokenList& result) {
     return;
   }
   if (list.isHidden(*name)) {
-    list.appendCurrent(result, true, stream_.hideSets());  // And it stays hidden: a token's set only grows.
+    list.appendCurrent(result, true);  // And it stays hidden: a token's set only grows.
     return;
   }
   const HideSet ownHideSet = list.hideSet();

@@ -60,6 +60,7 @@ class MacroExpander {
 
   void expandFunctionLikeInText(const Name& name, const HideSet& hideSet);
   void expandObjectLikeInText(Name& name);
+  std::size_t writePlain(SpellingRange tokens);
   void pushObjectLike(const Name& name, const HideSet& hideSet);
   void pushRefreshed(const Name& name, const HideSet& hideSet);
   const Replacement& replacementOf(const Name& name);

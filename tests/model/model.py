@@ -364,6 +364,30 @@ def lex_to_list(text, hide, streams):
     return tokens
 
 
+def lex_anew(pieces, hide, streams):
+    """Lexes the text that some tokens make together into a token list.  A new token carries the given hide set and the
+    sets of all tokens in whose characters it lies, so no name comes back to life by being lexed anew."""
+    lexer = Lexer(b"".join(piece.text for piece in pieces), streams)
+    tokens = []
+    piece_end = len(pieces[0].text) if pieces else 0
+    index = 0
+    begin = 0
+    while lexer.next() != TK_END:
+        # The line end that a comment gives back has no characters of its own: it is the last one of the comment.
+        first = min(begin, lexer.position - 1)
+        while piece_end <= first:
+            index += 1
+            piece_end += len(pieces[index].text)
+        sets = set(hide) | pieces[index].hide
+        while piece_end < lexer.position:
+            index += 1
+            piece_end += len(pieces[index].text)
+            sets |= pieces[index].hide
+        tokens.append(Token(lexer.text, frozenset(sets)))
+        begin = lexer.position
+    return tokens
+
+
 # --------------------------------------------------------------------------------------------------------------------
 # Token sources
 # --------------------------------------------------------------------------------------------------------------------
@@ -1279,8 +1303,10 @@ class Preprocessor:
         else:
             self.push_list(self.substitute(macro, arguments, hide))
 
-    def make_argument(self, text):
-        return Argument(text, lex_to_list(text, self.source.hide_set(), self.streams))
+    def make_argument(self, pieces):
+        """The argument that the given tokens make, once the token that ends it has been taken: its set is for all."""
+        return Argument(b"".join(piece.text for piece in pieces),
+                        lex_anew(pieces, self.source.hide_set(), self.streams))
 
     def collect_arguments(self, macro):
         """The arguments of an invocation whose "(" is the next token, or None after a reported error."""
@@ -1293,7 +1319,7 @@ class Preprocessor:
             if kind == RPAREN:
                 break
             if kind == COMMA:
-                arguments.append(self.make_argument(b""))
+                arguments.append(self.make_argument([]))
             else:
                 kind = self.read_argument(kind, arguments)
             if kind == RPAREN:
@@ -1315,12 +1341,15 @@ class Preprocessor:
     def read_argument(self, kind, arguments):
         """Reads an argument that starts with the token just taken; returns the kind of the token that ended it."""
         depth = 1 if kind == LPAREN else 0
-        text = b""
-        blank = False
+        pieces = []
+        skipped = []
         while True:
             if kind != TK_END:
-                text += (b" " if blank else b"") + self.source.text
-            blank = bool(self.skip_white_space())
+                if skipped:
+                    # One blank, which came from all that was skipped.
+                    pieces.append(Token(b" ", frozenset().union(*(token.hide for token in skipped))))
+                pieces.append(self.current_token())
+            skipped = self.skip_white_space()
             kind = self.get()
             if kind == TK_END or (depth == 0 and kind in (COMMA, RPAREN)):
                 break
@@ -1328,7 +1357,7 @@ class Preprocessor:
                 depth -= 1
             elif kind == LPAREN:
                 depth += 1
-        arguments.append(self.make_argument(text))
+        arguments.append(self.make_argument(pieces))
         return kind
 
     def substitute(self, macro, arguments, hide):

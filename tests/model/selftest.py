@@ -312,6 +312,8 @@ def check_hide_sets(checks):
     # and from nothing else: A came from AB, which is not in the way of AC.
     after(merging + b"#define AB A\n#define AC D\n", b"k(h(AB)C)\n", b"D\n")
     after(merging + b"#define AB A\n", b"k(h(A)B)\n", b"A\n")
+    # Each token for itself: what hides one AB of an argument leaves the other alone.
+    after(merging + b"#define AB A\n", b"k(h(AB)B h(A)B)\n", b"AB A\n")
     # A name in three parts, of which the middle one has the set; the names beside it are as they were.
     after(merging + b"#define ABC B\n", b"k(h(A)h(ABC)h(C))\n", b"ABC\n")
     after(merging + b"#define AB A\n#define C c\n", b"k(h(AB)B+C)\n", b"AB+c\n")

@@ -12,6 +12,7 @@ differs, because it depends on the build.
 """
 
 import os
+import re
 import signal
 import stat
 import sys
@@ -126,6 +127,10 @@ class ArithmeticFault(Exception):
     """A divisor was zero, or the quotient does not fit: the process is to end by SIGFPE."""
 
 
+# A step is about the time that a short token takes; this many bytes of a long one take as much.
+BYTES_PER_STEP = 500
+
+
 class Streams:
     """What the run writes: the preprocessed text, standard output and standard error, and the budget of the run."""
 
@@ -140,9 +145,10 @@ class Streams:
     def write(self, text):
         self.output += text
 
-    def spend(self):
+    def spend(self, size):
+        """Counts a step for a token, and more for a long one."""
         if self.steps is not None:
-            self.steps -= 1
+            self.steps -= 1 + size // BYTES_PER_STEP
             if self.steps < 0 or len(self.output) > self.bytes_limit or len(self.stderr) > self.bytes_limit:
                 raise BudgetExceeded()
 
@@ -171,7 +177,12 @@ class Lexer:
         return self.data[index:index + 1]
 
     def next(self):
-        self.streams.spend()
+        begin = self.position
+        kind = self.scan()
+        self.streams.spend(self.position - begin)
+        return kind
+
+    def scan(self):
         if self.pushed_newline:
             self.pushed_newline = False
             return self.newline()
@@ -231,9 +242,14 @@ class Lexer:
 
     def span(self, index, characters):
         """The index behind the run of the given characters that starts at an index."""
-        while index < len(self.data) and self.at(index) in characters:
+        while index < len(self.data) and self.data[index] in characters:
             index += 1
         return index
+
+    def span_without(self, index, characters):
+        """The index behind the run of all but the given characters that starts at an index."""
+        found = re.compile(b"[" + re.escape(characters) + b"]").search(self.data, index)
+        return found.start() if found else len(self.data)
 
     def match_string(self, start):
         """The index behind a string literal, or None.  Only \\" and \\\\ are escapes here."""
@@ -249,7 +265,7 @@ class Lexer:
                     return None
                 index += 2
             else:
-                index += 1
+                index = self.span_without(index, b'"\\\n')
 
     def match_character(self, start):
         """The index behind a character literal, or None."""
@@ -278,7 +294,7 @@ class Lexer:
                 else:
                     return None
             else:
-                index += 1
+                index = self.span_without(index, b"'\\\n")
             items += 1
 
     def number(self, start):
@@ -321,7 +337,8 @@ class Lexer:
         while True:
             character = self.input()
             while character not in (b"*", b""):
-                self.comment_line_end(character)
+                if not self.comment_line_end(character):
+                    self.position = self.span_without(self.position, b"*\r\n")
                 character = self.input()
             while character == b"*":
                 character = self.input()
@@ -334,9 +351,8 @@ class Lexer:
 
     def line_comment(self):
         self.text = b" "
+        self.position = self.span_without(self.position, b"\n\r\0")
         character = self.input()
-        while character not in (b"\n", b"\r", b"\0", b""):
-            character = self.input()
         if character == b"\r" and self.at(self.position) == b"\n":
             self.position += 1
         if character != b"":
@@ -540,7 +556,7 @@ class Value:
 
 def stringize(text):
     """Makes the text of a string literal from an argument's text."""
-    result = b'"'
+    result = bytearray(b'"')
     inside = False
     previous = b""
     for code in text:
@@ -556,12 +572,12 @@ def stringize(text):
         else:
             result += character
         previous = character
-    return result + b'"'
+    return bytes(result + b'"')
 
 
 def destringize(literal):
     """The text of a string literal with its backslashes resolved and without its quotes."""
-    result = b""
+    result = bytearray()
     index = 1
     lone_backslash = False
     while index < len(literal):
@@ -570,7 +586,7 @@ def destringize(literal):
             lone_backslash = index == len(literal)
         result += literal[index:index + 1]
         index += 1
-    return result if lone_backslash else result[:-1]
+    return bytes(result if lone_backslash else result[:-1])
 
 
 def directory_part(path):

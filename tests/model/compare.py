@@ -2,16 +2,19 @@
 """Differential test: random projects are run through the program and through the model, and standard output, standard
 error, exit status and the `-o` file must agree byte for byte.
 
-    compare.py --program PATH [--seed N] [--cases N] [--seconds S] [--first N] [--differences N]
-               [--keep DIR] [--case DIR]
+    compare.py --program PATH [--seed N] [--cases N] [--seconds S] [--first N] [--differences N] [--jobs N]
+               [--time-limit S] [--keep DIR] [--case DIR]
 
-Case number i of a seed is the same on every run, so a difference is repeated by the seed and the number.  On a
-difference the case is made smaller as long as the two still disagree, printed, and, with --keep, written to a folder
+Any build of the program will do; one with sanitizers wants a longer --time-limit for a run.  Case number i of a seed is
+the same on every run, so a difference is repeated by the seed and the number.  On a difference the case is made smaller
+as long as the two still disagree, printed with the command that runs it again, and, with --keep, written to a folder
 that --case runs again.
 """
 
 import argparse
+import collections
 import difflib
+import multiprocessing
 import os
 import random
 import shutil
@@ -23,9 +26,11 @@ import time
 
 # The source tree stays free of compiled modules.
 sys.dont_write_bytecode = True
+sys.path.append(os.path.join(os.path.dirname(os.path.abspath(__file__)), os.pardir, "system"))
 
 import model  # noqa: E402
 from generator import OUTPUT_FILE, Case, Generator  # noqa: E402
+from support import environment  # noqa: E402
 
 
 class Skipped(Exception):
@@ -33,11 +38,16 @@ class Skipped(Exception):
 
 
 class Runner:
-    TIME_LIMIT = 20
+    # What the model may spend on a project.
+    STEPS = 60000
+    BYTES = 2000000
+    FILE_DEPTH = 12
 
-    def __init__(self, program, folder):
+    def __init__(self, program, folder, time_limit):
         self.program = os.path.abspath(program)
         self.folder = folder
+        self.time_limit = time_limit
+        self.environment = environment()
 
     def place(self, case):
         for entry in os.listdir(self.folder):
@@ -63,15 +73,16 @@ class Runner:
         """The model's run of a case; a project that is too large for it is skipped."""
         self.place(case)
         try:
-            return kind(case.words, lambda: case.stdin, 60000, 200000, 12)
+            return kind(case.words, lambda: case.stdin, self.STEPS, self.BYTES, self.FILE_DEPTH)
         except (model.BudgetExceeded, RecursionError):
             raise Skipped()
 
-    def run_program(self, case, environment=None):
+    def run_program(self, case):
         """What the program makes of the case that lies in the folder."""
         try:
             done = subprocess.run([self.program] + case.words, input=case.stdin, stdout=subprocess.PIPE,
-                                  stderr=subprocess.PIPE, cwd=self.folder, timeout=self.TIME_LIMIT, env=environment)
+                                  stderr=subprocess.PIPE, cwd=self.folder, timeout=self.time_limit,
+                                  env=self.environment)
             result = {"stdout": done.stdout, "stderr": done.stderr, "status": done.returncode}
         except subprocess.TimeoutExpired:
             result = {"stdout": b"", "stderr": b"", "status": "time limit"}
@@ -104,7 +115,7 @@ def pieces_of(text, by_line):
     while lexer.next() != model.TK_END:
         if lexer.position > start:
             piece = text[start:lexer.position]
-            if piece.isalnum():
+            if piece.isalnum() and len(piece) < 40:
                 pieces.append(piece)
             else:
                 pieces.extend(bytes([code]) for code in piece)
@@ -225,50 +236,86 @@ def load(folder):
     return Case(files, words, stdin)
 
 
-def compare(options, folder):
-    runner = Runner(options.program, folder)
-    if options.case:
-        case = load(os.path.abspath(options.case))
-        expected, actual = runner.both(case)
-        show(case, expected, actual)
-        print("the program differs" if expected != actual else "no difference")
-        return 1 if expected != actual else 0
-    keep_folder = os.path.abspath(options.keep) if options.keep else None
+def run_kept(options, folder):
+    runner = Runner(options.program, folder, options.time_limit)
+    expected, actual = runner.both(load(os.path.abspath(options.case)))
+    show(load(os.path.abspath(options.case)), expected, actual)
+    print("the program differs" if expected != actual else "no difference")
+    return 1 if expected != actual else 0
+
+
+def report(options, number, case, runner):
+    """Prints a case that differs, made small, and keeps it."""
+    small = minimise(case, runner, options.minimise_seconds)
+    try:
+        expected, actual = runner.both(small)
+    except Skipped:
+        return
+    print("DIFFERENCE in case %d of seed %d" % (number, options.seed))
+    show(small, expected, actual)
+    print("  again: %s --program %s --time-limit %g --seed %d --first %d --cases 1" % (
+        sys.argv[0], options.program, options.time_limit, options.seed, number), flush=True)
+    if options.keep:
+        keep(small, os.path.join(options.keep, "seed-%d-case-%d" % (options.seed, number)))
+
+
+def compare_slice(options, folder, first):
+    """Compares every --jobs-th case from the first one on; returns the counts of what happened."""
+    runner = Runner(options.program, folder, options.time_limit)
+    counts = collections.Counter()
     started = time.monotonic()
-    done = skipped = differences = 0
-    number = options.first
-    while number < options.first + options.cases:
+    for number in range(first, options.first + options.cases, options.jobs):
         if options.seconds and time.monotonic() - started > options.seconds:
             break
         case = Generator(random.Random("%d:%d" % (options.seed, number))).project(os.fsencode(folder))
         try:
             expected, actual = runner.both(case)
         except Skipped:
-            skipped += 1
-            number += 1
+            counts["skipped"] += 1
+            counts.update("skipped, " + trait for trait in case.traits)
             continue
-        done += 1
+        counts["done"] += 1
+        counts.update(case.traits)
         if expected != actual:
-            differences += 1
-            small = minimise(case, runner, options.minimise_seconds)
-            try:
-                expected, actual = runner.both(small)
-            except Skipped:
-                pass
-            print("DIFFERENCE in case %d of seed %d" % (number, options.seed))
-            show(small, expected, actual)
-            print("  again: %s --program %s --seed %d --first %d --cases 1" % (
-                sys.argv[0], options.program, options.seed, number), flush=True)
-            if keep_folder:
-                keep(small, os.path.join(keep_folder, "seed-%d-case-%d" % (options.seed, number)))
-            if differences >= options.differences:
+            report(options, number, case, runner)
+            counts["differences"] += 1
+            if counts["differences"] >= options.differences:
                 break
-        number += 1
-    print("%d cases compared, %d skipped as too large, %d differences" % (done, skipped, differences))
-    if done == 0:
-        print("no case was compared")
+    return counts
+
+
+def compare_in_folder(options, first):
+    """`compare_slice` in a folder of its own."""
+    with tempfile.TemporaryDirectory(prefix="qnpp-compare-") as folder:
+        # A project stands two folders deep, so that "../a.h" stays inside.
+        project = os.path.join(folder, "p")
+        os.makedirs(project)
+        try:
+            return run_kept(options, project) if options.case else compare_slice(options, project, first)
+        finally:
+            os.chdir("/")
+
+
+def compare_in_process(options, first):
+    return run_with_large_stack(lambda: compare_in_folder(options, first))
+
+
+def compare(options):
+    firsts = range(options.first, options.first + options.jobs)
+    with multiprocessing.Pool(options.jobs) as pool:
+        results = pool.starmap(compare_in_process, [(options, first) for first in firsts], 1)
+    if not all(isinstance(counts, collections.Counter) for counts in results):
+        print("the comparison itself has failed")
         return 1
-    return 1 if differences else 0
+    counts = sum(results, collections.Counter())
+    print("%d cases compared, %d skipped as too large (%.1f %%), %d differences" % (
+        counts["done"], counts["skipped"], 100 * counts["skipped"] / max(1, counts["done"] + counts["skipped"]),
+        counts["differences"]))
+    print("  " + ", ".join("%s %d (%d skipped)" % (trait, counts[trait], counts["skipped, " + trait])
+                           for trait in Generator.TRAITS))
+    if counts["done"] == 0:
+        print("no case was compared")
+    return 1 if counts["differences"] or counts["done"] == 0 else 0
 
 
 def make_parser(description):
@@ -281,23 +328,18 @@ def make_parser(description):
     parser.add_argument("--seconds", type=float, default=0, help="stop after this time")
     parser.add_argument("--differences", type=int, default=1, help="stop after this many differences")
     parser.add_argument("--minimise-seconds", type=float, default=30)
-    parser.add_argument("--keep", help="folder for the reduced cases")
+    parser.add_argument("--time-limit", type=float, default=20, help="seconds for one run of the program")
+    parser.add_argument("--keep", type=os.path.abspath, help="folder for the reduced cases")
     parser.add_argument("--case", help="run one kept case")
     return parser
 
 
 def main():
     parser = make_parser("Compares the program with the model on random projects.")
+    parser.add_argument("--jobs", type=int, default=1, help="cases to run at the same time")
     options = parser.parse_args()
     options.program = os.path.abspath(options.program)
-    with tempfile.TemporaryDirectory(prefix="qnpp-compare-") as folder:
-        # A project stands two folders deep, so that "../a.h" stays inside.
-        project = os.path.join(folder, "p")
-        os.makedirs(project)
-        try:
-            return compare(options, project)
-        finally:
-            os.chdir("/")
+    return compare_in_process(options, 0) if options.case else compare(options)
 
 
 def run_with_large_stack(function):
@@ -312,4 +354,4 @@ def run_with_large_stack(function):
 
 
 if __name__ == "__main__":
-    sys.exit(run_with_large_stack(main))
+    sys.exit(main())

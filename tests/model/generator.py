@@ -1,6 +1,6 @@
 """Writes random projects: files, a command line and a standard input, in which every part of the language occurs.
 
-The same chance gives the same project on every run.
+The same chance gives the same project on every run.  What a project holds beside the usual is among its `traits`.
 """
 
 OUTPUT_FILE = b"out.txt"
@@ -9,10 +9,11 @@ OUTPUT_FILE = b"out.txt"
 class Case:
     """The files of a project, the command line and the standard input."""
 
-    def __init__(self, files, words, stdin):
+    def __init__(self, files, words, stdin, traits=()):
         self.files = files
         self.words = words
         self.stdin = stdin
+        self.traits = frozenset(traits)
 
     def texts(self):
         """The texts that the reduction works on, as (kind, key) pairs."""
@@ -27,7 +28,7 @@ class Case:
 
     def with_text(self, part, text):
         kind, key = part
-        changed = Case(dict(self.files), list(self.words), self.stdin)
+        changed = Case(dict(self.files), list(self.words), self.stdin, self.traits)
         if kind == "file":
             changed.files[key] = text
         elif kind == "stdin":
@@ -40,6 +41,7 @@ class Case:
 class Generator:
     """Writes one random project.  Few short names are used, so that everything collides with everything."""
 
+    TRAITS = ["long tokens", "padding", "rescanning", "ladder", "live definition", "directive in argument"]
     NAMES = [b"A", b"B", b"C", b"f", b"g", b"h", b"x", b"y"]
     KEYWORDS = [b"if", b"line", b"define", b"include", b"error", b"ident", b"else", b"endif", b"pragma", b"undef",
                 b"elif"]
@@ -67,6 +69,8 @@ class Generator:
         self.folder = b"/nonexistent"
         # The number of parameters that a name was last defined with, so that most invocations fit.
         self.parameter_counts = {}
+        self.traits = set()
+        self.long_comment = None
         # What most lines are: text, definitions, conditionals, includes, other directives.
         self.weights = chance.choice([(45, 22, 15, 5, 13), (60, 35, 2, 1, 2), (60, 35, 2, 1, 2), (25, 15, 50, 2, 8),
                                       (30, 15, 10, 35, 10), (30, 10, 5, 5, 50)])
@@ -86,6 +90,44 @@ class Generator:
         if self.eol == b"mixed":
             return self.pick(b"\n", b"\n", b"\r\n", b"\r")
         return self.eol
+
+    # ------------------------------------------------------------------ what only some projects hold
+
+    def bring_long_tokens(self):
+        """Tokens longer than the lexer's first buffer, and than what it reads at once: two names that differ in their
+        last character, a number, literals and comments, beside the short ones."""
+        self.traits.add("long tokens")
+
+        def length():
+            return self.pick(16384, 32768, 65536, self.chance.randint(17000, 100000)) + self.pick(-2, -1, 0, 0, 1, 2)
+
+        count = length()
+        names = [b"n" * (count - 1) + b"a", b"n" * (count - 1) + b"b"]
+        self.NAMES = self.NAMES + names[:self.pick(1, 2)]
+        number = self.pick(b"1" * length(), b"0" * length() + b"7", b"0x" + b"0" * length() + b"1",
+                           b"9" * length() + b"u")
+        self.NUMBERS = [number] * 3 + self.NUMBERS
+        inside = self.pick(b"a", b"a b", b"\\\\", b'\\"', b"A ", b"/*", b"//", b"\xe9")
+        text = inside * (length() // len(inside))
+        literals = [b'"' + text + b'"', b"'" + text.replace(b"'", b"") + b"'", b'"' + text, b'"' + text + b'\\n"']
+        self.STRINGS = self.STRINGS + self.chance.sample(literals, 2) * 4
+        inside = self.pick(b"c", b"* ", b"/", b"c" * 79 + b"\n", b"c" * 79 + b"\r\n", b"#\\\n")
+        self.long_comment = b"/*" + inside * (length() // len(inside)) + b"*/"
+
+    def bring_padding(self, text):
+        """Moves a random place of the text to where the lexer reads on or its buffer ends."""
+        self.traits.add("padding")
+        place = self.chance.randint(0, min(len(text), 3000))
+        if self.maybe(0.7):
+            # Best a place at which something begins.
+            marks = [i for i in range(len(text)) if text[i:i + 1] in b"\r\n\\/*#\"'(" and i <= 3000]
+            place = self.chance.choice(marks) + self.pick(0, 1) if marks else place
+        size = self.pick(8192, 16384, 16384, 32768, 65536) - place + self.pick(-1, 0, 0, 1)
+        line = self.pick(b"//", b"//", b"/*", b"p ", b" ")
+        end = self.pick(b"\n", b"\r\n") if line != b"/*" else b"*/\n"
+        if line == b" ":
+            return b" " * (size % 2048) + text
+        return line + b"c" * (size - len(line) - len(end)) + end + text
 
     # ------------------------------------------------------------------ tokens
 
@@ -107,6 +149,8 @@ class Generator:
         return name
 
     def comment(self):
+        if self.long_comment and self.maybe(0.1):
+            return self.long_comment
         roll = self.chance.random()
         if roll < 0.55:
             return self.pick(b"/* c */", b"/**/", b"/*/*/", b"/***/", b"/* \" */", b"/* ' */", b"/* # */", b"/* * / */")
@@ -186,8 +230,12 @@ class Generator:
             elif roll < 0.42 and self.deep < 4:
                 parts.append(b"(" + self.argument() + self.pick(b",", b"") + self.argument() + b")")
             elif roll < 0.45:
-                parts.append(self.line_end() + b"#" + self.pick(b"define A 1", b"endif", b"else",
-                                                                b"") + self.line_end())
+                self.traits.add("directive in argument")
+                parts.append(self.line_end() + b"#" + self.pick(
+                    b"define A 1", b"endif", b"else", b"", b"undef f", b"if 0", b"include \"a.h\"", b"line 9",
+                    b"pragma A", b"error A", b"define f(x) A", b"ifdef A", b"foo") + self.line_end())
+            elif roll < 0.49:
+                parts.append(self.pragma_operator())
             else:
                 parts.append(self.plain_atom())
         self.deep -= 1
@@ -499,10 +547,135 @@ class Generator:
         return name + self.pick(b"", b"", b"", b" ") + b"(" + b",".join(arguments) + self.pick(
             b")", b")", b")", b")", b")", b")", b")", b")(1)", b")(A)")
 
+    def rescanning_lines(self):
+        """Macros that are put together from parts which mean something only beside each other: names that merge, calls
+        that are closed elsewhere, names that wait for a "(", lone quotes and halves of comments, and macros that name
+        themselves by way of others.  `e()` is nothing and keeps two parts apart until they are in one argument."""
+        self.traits.add("rescanning")
+        objects = [b"A", b"B", b"AB", b"A1", b"fA", b"q", b"lp", b"rp", b"co"]
+        functions = {b"f": self.pick(1, 1, 1, 2), b"g": self.pick(1, 1, 2), b"h": self.pick(1, 2),
+                     b"k": self.pick(0, 1), b"e": 0}
+        self.parameter_counts = dict(functions)
+        lines = [b"#define e()"]
+        fixed = {b"q": self.pick(b'"', b'"', b"'", b'"A"'), b"lp": b"(", b"rp": self.pick(b")", b")", b"x)"),
+                 b"co": self.pick(b",", b"/", b"/", b"/*", b"*/", b"//", b"#", b"##")}
+        for name in objects:
+            if self.maybe(0.6):
+                lines.append(b"#define " + name + b" " + fixed.get(name, self.parts([], 1, 3)))
+        for name, count in functions.items():
+            if name != b"e":
+                parameters = self.chance.sample([b"x", b"y", b"z", b"A", b"g"], count)
+                body = self.parts(parameters, 1, 4)
+                if self.maybe(0.25):
+                    # The replacement list ends in a name that may take its arguments from behind the invocation.
+                    body += self.pick(b"", b" ") + self.pick(b"f", b"g", b"h", name)
+                lines.append(b"#define " + name + b"(" + b",".join(parameters) + b") " + body)
+        self.chance.shuffle(lines)
+        for _ in range(self.pick(2, 3, 5)):
+            roll = self.chance.random()
+            if roll < 0.72:
+                lines.append(self.parts([], 1, 4) + self.pick(b"", b";", b")", b")(A)", b"(1)", b"(A)(B)", b" ) ;"))
+            elif roll < 0.84:
+                lines += [b"#if " + self.pick(b"", b"!", b"1 + ", b"defined ") + self.parts([], 1, 2)
+                          + self.pick(b"", b")"), b"T __LINE__"]
+                if self.maybe(0.3):
+                    lines += [b"#elif " + self.parts([], 1, 2), b"U"]
+                lines.append(b"#endif")
+            elif roll < 0.88:
+                lines.append(self.pick(b"#include ", b"#line ", b"#error ", b"#pragma ") + self.parts([], 1, 2))
+            elif roll < 0.94:
+                lines.append(b"#define " + self.pick(b"A", b"B", b"AB") + b" " + self.parts([], 0, 3))
+            else:
+                lines.append(self.pick(b"#undef ", b"#ifdef ") + self.pick(b"A", b"AB", b"f", b"g"))
+        return lines
+
+    def parts(self, parameters, low, high, depth=0):
+        """Parts with little between them."""
+        result = b""
+        for _ in range(self.chance.randint(low, high)):
+            result += self.pick(b"", b"", b" ", b" ", b" ", b"e()", b"e()",
+                                self.loose_space() if not parameters else b"")
+            result += self.part(parameters, depth)
+        return result
+
+    def part(self, parameters, depth):
+        roll = self.chance.random()
+        if parameters and roll < 0.30:
+            return self.chance.choice(parameters)
+        if roll < 0.58 and depth < 3:
+            name = self.pick(b"f", b"g", b"h", b"f", b"g", b"h", b"k")
+            arguments = [self.parts(parameters, 0 if self.maybe(0.1) else 1, 2, depth + 1)
+                         for _ in range(self.parameter_counts[name])]
+            return name + self.pick(b"", b"", b"", b" ", b"e()") + b"(" + b",".join(arguments) + self.pick(
+                *[b")"] * 12, b"", b"rp", b") rp")
+        if roll < 0.76:
+            return self.pick(b"A", b"B", b"A", b"B", b"AB", b"A1", b"fA", b"q", b"lp", b"rp", b"co", b"__LINE__",
+                             b"__FILE__")
+        if roll < 0.84:
+            return self.pick(b"f", b"g", b"h")
+        if roll < 0.89:
+            return self.pick(b"f((A)", b"f(A", b"(", b")", b",", b"(A", b"g lp")
+        if roll < 0.94:
+            return self.pick(b"1", b"1u", b'"A"', b'"f(A)"', b"'B'", b'"A B"', b"2", b'"\r#undef A\rA"', b'"\rA 1"')
+        if roll < 0.97 and parameters:
+            return self.pick(b"#" + parameters[0], parameters[-1] + b"##" + parameters[0], b"A##" + parameters[0],
+                             parameters[0] + b"##1", b"/##" + parameters[0])
+        if self.maybe(0.4):
+            return self.pick(b'_Pragma("A")', b"_Pragma", b"_Pragma(", b'lp "p" rp')
+        return self.pick(b"+", b"/", b"*", b"#", b"defined A", b"/\\" + self.line_end() + b"*", b"+1", b"/\\\n/", b"//",
+                         b"/*", b"*/")
+
+    def ladder_lines(self):
+        """Distinct macros nested deeply, each in brackets of the next, and invocations in brackets of each other."""
+        self.traits.add("ladder")
+        height = self.pick(5, 12, 25, 40)
+        step = self.pick(b"m%d((%s))", b"m%d(%s)", b"m%d(m%d(%s))", b"(m%d(%s))", b"m%d(%s) m0(m1(2))",
+                         b"m%d(%s) __LINE__")
+        if step.count(b"%d") == 2 or b"m1" in step:
+            height = min(height, 7)
+        top = self.pick(b"x", b"(x)", b"m%d(x)" % height, b"m%d" % (height - 1), b"x A", b"#x", b"x x")
+        lines = [b"#define A " + self.pick(b"m0(A", b"m%d(A)" % height, b"m2", b"__FILE__", b"a A"),
+                 b"#define m0(x) " + top]
+        for level in range(1, height + 1):
+            below = (level - 1,) * step.count(b"%d")
+            lines.append(b"#define m%d(x) " % level + step % (below + (self.pick(b"x", b"x", b"x", b"(x)", b" x "),)))
+        for _ in range(self.pick(1, 2)):
+            inside = self.pick(b"1", b"A", b"(A)", b"m1", b"__LINE__", b"A)")
+            for _ in range(self.pick(0, 1, 3)):
+                inside = b"m%d(%s)" % (self.chance.randint(0, min(height, 6)), self.loose_space() + inside)
+            lines.append(self.pick(b"", b"", b"#if ") + b"m%d(%s)" % (height, inside) + self.pick(b"", b"(1)", b")"))
+            if lines[-1].startswith(b"#if "):
+                lines += [b"T", b"#endif"]
+        brackets = self.pick(3, 30, 200)
+        lines.append(b"m0" + b"(" * brackets + self.pick(b"1", b"A", b"1,") + b")" * (brackets - self.pick(0, 0, 0, 1)))
+        return lines
+
+    def live_definition(self, name):
+        """The text of a macro in which lines end: what follows is read as lines of its own, directives included, while
+        the macro is still being expanded."""
+        self.traits.add("live definition")
+        lines = [self.pick(b"", b"1", b"A", b"f", b"f(A", name, b"x" + name, b"__LINE__", b"f(")]
+        for _ in range(self.pick(1, 2, 3)):
+            other = self.pick(name, name, b"A", b"B", b"f", b"g")
+            lines.append(self.pick(
+                b"#define " + other + b" " + self.pick(b"2", name, b"A " + name, b"f(A)", b"", b"#", b"'", b"/"),
+                b"#define " + other + b"(x) " + self.pick(b"x", b"[x] " + name, b"x" + name, b"#x", b"f"),
+                b"#undef " + other, b"#undef " + other, b"#undef " + name + b" x",
+                b"#if " + name, b"#ifdef " + other, b"#else", b"#endif", b"#elif 1", b"#include \"a.h\"", b"#include B",
+                b"#line 7", b"#line __LINE__ \"l.c\"", b"#error " + name, b"#pragma A", b"#", b"#define",
+                b"#define A \\",
+                b"x " + other + self.pick(b"", b"(1)", b"(", b")"), name + b" " + other, b"_Pragma(\"p\") A",
+                b"1) " + name + b" )", b"/* " + name, b"*/ x", b"// " + name, b"A, B", b"f(" + other + b")"))
+        if self.maybe(0.5):
+            lines.append(self.pick(b"", b"A", name, b"f", b"f(", b"#", b"\\", b"3 " + name))
+        return self.line_end().join(lines)
+
     def text(self, count):
         """The bytes of a file."""
         self.eol = self.pick(b"\n", b"\n", b"\n", b"\n", b"\r\n", b"\r", b"mixed")
-        lines = self.expansion_lines() if self.maybe(0.45) else self.lines(0, count)
+        kind = self.chance.choices(("lines", "expansions", "rescanning", "ladder"), (45, 24, 28, 3))[0]
+        lines = {"lines": lambda: self.lines(0, count), "expansions": self.expansion_lines,
+                 "rescanning": self.rescanning_lines, "ladder": self.ladder_lines}[kind]()
         result = b"".join(line + self.line_end() for line in lines)
         roll = self.chance.random()
         if roll < 0.15:
@@ -545,10 +718,14 @@ class Generator:
         if roll < 0.2:
             return b"-D" + name
         if roll < 0.5:
-            return b"-D" + name + b"=" + self.pick(b"", b"1", b"0", b"f", b"f(", b"A", b"B", b"x", b"(", b"2+", b"a=b",
-                                                   b"f(A)")
-        if roll < 0.7:
+            return b"-D" + name + b"=" + self.pick(
+                b"", b"1", b"0", b"f", b"f(", b"A", b"B", b"x", b"(", b"2+", b"a=b", b"f(A)", b"/*", b"//", b"/",
+                b"a /*b", b"a//", b"/*a*/b ", b" ", b"#", b"##", b'"', b"'", b"\\", b"A A ", b"/**")
+        if roll < 0.6:
             return b"-D" + name + b"=" + self.words(0, 4).replace(b"\0", b"")
+        if roll < 0.8:
+            self.eol = self.pick(b"\n", b"\n", b"\r\n", b"\r")
+            return b"-D" + name + b"=" + self.live_definition(name)
         self.eol = self.pick(b"\n", b"\n", b"\r\n", b"\r")
         body = self.line_end().join(self.lines(2, self.pick(1, 2, 3))).replace(b"\0", b"")
         body = self.pick(b"", self.line_end(), b"1" + self.line_end()) + body + self.pick(b"", self.line_end(),
@@ -558,6 +735,8 @@ class Generator:
 
     def project(self, folder):
         self.folder = folder
+        if self.maybe(0.03):
+            self.bring_long_tokens()
         files = {}
         headers = [b"a.h", b"b.h", b"sub/a.h", b"sub/b.h", b"sub/deep/c.h"]
         present = [name for name in headers if self.maybe(0.5)]
@@ -573,11 +752,15 @@ class Generator:
             files[name] = text
         words = []
         for _ in range(self.pick(0, 0, 0, 1, 1, 2, 3)):
-            words.append(self.definition_word())
+            word = self.definition_word()
+            # The system takes no longer one.
+            words.append(word if len(word) < 120000 else b"-DA")
         for _ in range(self.pick(0, 0, 1, 2)):
             directory = self.pick(b"sub", b".", b"sub/deep", b"no", b"sub/", folder, b"..", b"a.h")
             words += self.pick([b"-I" + directory], [b"-I", directory], [b"-I" + directory])
         main = self.text(self.pick(1, 2, 3, 4, 6, 9, 14))
+        if self.maybe(0.04):
+            main = self.bring_padding(main)
         stdin = b""
         roll = self.chance.random()
         if roll < 0.75:
@@ -593,7 +776,7 @@ class Generator:
         if self.maybe(0.03):
             words = self.odd_words(words)
         self.chance.shuffle(words) if self.maybe(0.03) else None
-        return Case(files, words, stdin)
+        return Case(files, words, stdin, self.traits)
 
     def odd_words(self, words):
         for _ in range(self.chance.randint(1, 3)):

@@ -12,6 +12,7 @@ differs, because it depends on the build.
 """
 
 import os
+import re
 import signal
 import stat
 import sys
@@ -126,6 +127,10 @@ class ArithmeticFault(Exception):
     """A divisor was zero, or the quotient does not fit: the process is to end by SIGFPE."""
 
 
+# A step is about the time that a short token takes; this many bytes of a long one take as much.
+BYTES_PER_STEP = 500
+
+
 class Streams:
     """What the run writes: the preprocessed text, standard output and standard error, and the budget of the run."""
 
@@ -140,9 +145,10 @@ class Streams:
     def write(self, text):
         self.output += text
 
-    def spend(self):
+    def spend(self, size):
+        """Counts a step for a token, and more for a long one."""
         if self.steps is not None:
-            self.steps -= 1
+            self.steps -= 1 + size // BYTES_PER_STEP
             if self.steps < 0 or len(self.output) > self.bytes_limit or len(self.stderr) > self.bytes_limit:
                 raise BudgetExceeded()
 
@@ -171,7 +177,12 @@ class Lexer:
         return self.data[index:index + 1]
 
     def next(self):
-        self.streams.spend()
+        begin = self.position
+        kind = self.scan()
+        self.streams.spend(self.position - begin)
+        return kind
+
+    def scan(self):
         if self.pushed_newline:
             self.pushed_newline = False
             return self.newline()
@@ -231,9 +242,14 @@ class Lexer:
 
     def span(self, index, characters):
         """The index behind the run of the given characters that starts at an index."""
-        while index < len(self.data) and self.at(index) in characters:
+        while index < len(self.data) and self.data[index] in characters:
             index += 1
         return index
+
+    def span_without(self, index, characters):
+        """The index behind the run of all but the given characters that starts at an index."""
+        found = re.compile(b"[" + re.escape(characters) + b"]").search(self.data, index)
+        return found.start() if found else len(self.data)
 
     def match_string(self, start):
         """The index behind a string literal, or None.  Only \\" and \\\\ are escapes here."""
@@ -249,7 +265,7 @@ class Lexer:
                     return None
                 index += 2
             else:
-                index += 1
+                index = self.span_without(index, b'"\\\n')
 
     def match_character(self, start):
         """The index behind a character literal, or None."""
@@ -278,7 +294,7 @@ class Lexer:
                 else:
                     return None
             else:
-                index += 1
+                index = self.span_without(index, b"'\\\n")
             items += 1
 
     def number(self, start):
@@ -321,7 +337,8 @@ class Lexer:
         while True:
             character = self.input()
             while character not in (b"*", b""):
-                self.comment_line_end(character)
+                if not self.comment_line_end(character):
+                    self.position = self.span_without(self.position, b"*\r\n")
                 character = self.input()
             while character == b"*":
                 character = self.input()
@@ -334,9 +351,8 @@ class Lexer:
 
     def line_comment(self):
         self.text = b" "
+        self.position = self.span_without(self.position, b"\n\r\0")
         character = self.input()
-        while character not in (b"\n", b"\r", b"\0", b""):
-            character = self.input()
         if character == b"\r" and self.at(self.position) == b"\n":
             self.position += 1
         if character != b"":
@@ -361,6 +377,30 @@ def lex_to_list(text, hide, streams):
     tokens = []
     while lexer.next() != TK_END:
         tokens.append(Token(lexer.text, frozenset(hide)))
+    return tokens
+
+
+def lex_anew(pieces, hide, streams):
+    """Lexes the text that some tokens make together into a token list.  A new token carries the given hide set and the
+    sets of all tokens in whose characters it lies, so no name comes back to life by being lexed anew."""
+    lexer = Lexer(b"".join(piece.text for piece in pieces), streams)
+    tokens = []
+    piece_end = len(pieces[0].text) if pieces else 0
+    index = 0
+    begin = 0
+    while lexer.next() != TK_END:
+        # The line end that a comment gives back has no characters of its own: it is the last one of the comment.
+        first = min(begin, lexer.position - 1)
+        while piece_end <= first:
+            index += 1
+            piece_end += len(pieces[index].text)
+        sets = set(hide) | pieces[index].hide
+        while piece_end < lexer.position:
+            index += 1
+            piece_end += len(pieces[index].text)
+            sets |= pieces[index].hide
+        tokens.append(Token(lexer.text, frozenset(sets)))
+        begin = lexer.position
     return tokens
 
 
@@ -516,7 +556,7 @@ class Value:
 
 def stringize(text):
     """Makes the text of a string literal from an argument's text."""
-    result = b'"'
+    result = bytearray(b'"')
     inside = False
     previous = b""
     for code in text:
@@ -532,12 +572,12 @@ def stringize(text):
         else:
             result += character
         previous = character
-    return result + b'"'
+    return bytes(result + b'"')
 
 
 def destringize(literal):
     """The text of a string literal with its backslashes resolved and without its quotes."""
-    result = b""
+    result = bytearray()
     index = 1
     lone_backslash = False
     while index < len(literal):
@@ -546,7 +586,7 @@ def destringize(literal):
             lone_backslash = index == len(literal)
         result += literal[index:index + 1]
         index += 1
-    return result if lone_backslash else result[:-1]
+    return bytes(result if lone_backslash else result[:-1])
 
 
 def directory_part(path):
@@ -1279,8 +1319,10 @@ class Preprocessor:
         else:
             self.push_list(self.substitute(macro, arguments, hide))
 
-    def make_argument(self, text):
-        return Argument(text, lex_to_list(text, self.source.hide_set(), self.streams))
+    def make_argument(self, pieces):
+        """The argument that the given tokens make, once the token that ends it has been taken: its set is for all."""
+        return Argument(b"".join(piece.text for piece in pieces),
+                        lex_anew(pieces, self.source.hide_set(), self.streams))
 
     def collect_arguments(self, macro):
         """The arguments of an invocation whose "(" is the next token, or None after a reported error."""
@@ -1293,7 +1335,7 @@ class Preprocessor:
             if kind == RPAREN:
                 break
             if kind == COMMA:
-                arguments.append(self.make_argument(b""))
+                arguments.append(self.make_argument([]))
             else:
                 kind = self.read_argument(kind, arguments)
             if kind == RPAREN:
@@ -1315,12 +1357,15 @@ class Preprocessor:
     def read_argument(self, kind, arguments):
         """Reads an argument that starts with the token just taken; returns the kind of the token that ended it."""
         depth = 1 if kind == LPAREN else 0
-        text = b""
-        blank = False
+        pieces = []
+        skipped = []
         while True:
             if kind != TK_END:
-                text += (b" " if blank else b"") + self.source.text
-            blank = bool(self.skip_white_space())
+                if skipped:
+                    # One blank, which came from all that was skipped.
+                    pieces.append(Token(b" ", frozenset().union(*(token.hide for token in skipped))))
+                pieces.append(self.current_token())
+            skipped = self.skip_white_space()
             kind = self.get()
             if kind == TK_END or (depth == 0 and kind in (COMMA, RPAREN)):
                 break
@@ -1328,7 +1373,7 @@ class Preprocessor:
                 depth -= 1
             elif kind == LPAREN:
                 depth += 1
-        arguments.append(self.make_argument(text))
+        arguments.append(self.make_argument(pieces))
         return kind
 
     def substitute(self, macro, arguments, hide):

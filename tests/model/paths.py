@@ -23,13 +23,11 @@ import zlib
 
 # The source tree stays free of compiled modules.
 sys.dont_write_bytecode = True
-sys.path.append(os.path.join(os.path.dirname(os.path.abspath(__file__)), os.pardir, "system"))
 
 import model  # noqa: E402
 from compare import (Runner, Skipped, keep, load, make_parser, minimise, run_with_large_stack, show_case,  # noqa: E402
                      show_results)
 from generator import Case, Generator  # noqa: E402
-from support import environment  # noqa: E402
 
 
 # --------------------------------------------------------------------------------------------------------------------
@@ -474,9 +472,9 @@ class Tester:
     def __init__(self, options, folder):
         self.program = options.program
         self.folder = folder
+        self.time_limit = options.time_limit
         self.runners = {}
         self.memory = {}
-        self.environment = environment()
         self.relations = [StandardInput(self), FinalLineEnd(self), CarriageReturnLineFeed(self), CarriageReturn(self),
                           Includes(self)]
         if options.without_shortcuts:
@@ -491,7 +489,7 @@ class Tester:
 
     def runner(self, program):
         if program not in self.runners:
-            self.runners[program] = Runner(program, self.folder)
+            self.runners[program] = Runner(program, self.folder, self.time_limit)
         return self.runners[program]
 
     def remembered(self, key, case, function):
@@ -508,7 +506,7 @@ class Tester:
         def run():
             runner = self.runner(program)
             runner.place(case)
-            return runner.run_program(case, self.environment)
+            return runner.run_program(case)
 
         return self.remembered(program, case, run)
 
@@ -574,7 +572,6 @@ def run_kept(tester, folder):
 
 
 def run_generated(options, tester):
-    keep_folder = os.path.abspath(options.keep) if options.keep else None
     started = time.monotonic()
     done = skipped = differences = 0
     for number in range(options.first, options.first + options.cases):
@@ -602,8 +599,8 @@ def run_generated(options, tester):
             other = " --%s %s" % (relation.name, relation.program) if isinstance(relation, OtherProgram) else ""
             print(" again: %s --program %s%s --relation %s --seed %d --first %d --cases 1" % (
                 sys.argv[0], options.program, other, relation.name, options.seed, number), flush=True)
-            if keep_folder:
-                keep(small, os.path.join(keep_folder, "%s-seed-%d-case-%d" % (relation.name, options.seed, number)))
+            if options.keep:
+                keep(small, os.path.join(options.keep, "%s-seed-%d-case-%d" % (relation.name, options.seed, number)))
             if differences >= options.differences:
                 break
     print("%d cases run, %d skipped as too large, %d differences" % (done, skipped, differences))

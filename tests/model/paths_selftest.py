@@ -100,7 +100,8 @@ def check_counts(checks):
 def make_tester(checks):
     project = os.path.join(checks.folder, "p")
     os.makedirs(project, exist_ok=True)
-    return paths.Tester(SimpleNamespace(program=checks.program, without_shortcuts=None, sanitized=None, relation=None),
+    return paths.Tester(SimpleNamespace(program=checks.program, without_shortcuts=None, sanitized=None, relation=None,
+                                        time_limit=20),
                         project)
 
 

@@ -39,10 +39,14 @@ class Checks:
                 os.makedirs(os.path.dirname(name), exist_ok=True)
             with open(name, "wb") as stream:
                 stream.write(data)
-        result = model.Run(list(words), lambda: stdin)
+        what = "%r %r" % (list(words), source)
+        try:
+            result = model.Run(list(words), lambda: stdin, 100000, 1000000)
+        except (model.BudgetExceeded, RecursionError):
+            self.equal("end of " + what, True, False)
+            return
         for name in everything:
             os.remove(name)
-        what = "%r %r" % (list(words), source)
         self.equal("stdout of " + what, stdout, result.stdout)
         self.equal("stderr of " + what, stderr, result.stderr)
         self.equal("status of " + what, status, result.status)
@@ -276,6 +280,58 @@ def check_macros(checks):
     checks.run(b"#define A 1\\\n2 /\\\n/ 3\nA;\n", L1 + b'#line 4 "a.c"\n12  ;\n')
 
 
+def check_hide_sets(checks):
+    """What an argument's tokens keep on their way through invocations."""
+    def after(definitions, text, output):
+        count = definitions.count(b"\n") + 1
+        checks.run(definitions + text, L1 + b'#line %d "a.c"\n' % count + output)
+
+    # A{A} goes through g's argument, whose ")" has {f}, and stays hidden.
+    after(b"#define A A+1\n#define g(x) x\n#define f(x) g(x)\n", b"f(A)\n", b"A+1\n")
+    # The ")" is the file's and has no set, the A of the argument has its own.
+    after(b"#define F(p) p\n#define A F((A)\n", b"A)\n", b"(A)\n")
+    checks.run(b"#define F(p) p\n#define A F((A)\n#if !A)\nT\n#endif\n", L1 + b'#line 4 "a.c"\nT\n\n')
+    # An argument that names its own macro is expanded once, and # sees what the outer macro has made of it.
+    after(b"#define get(n) (c++, get(n))\n#define check(e) if(!(e)) fail(#e)\n#define verify(e) check(e)\n",
+          b"verify(get(1));\n", b'if(!((c++, get(1)))) fail("(c++, get(1))");\n')
+    # The second f comes out of the first one's expansion; with f(2)(9), f's name has the set of g's invocation.
+    after(b"#define f(x) x\n", b"f(f)(1)\n", b"f(1)\n")
+    after(b"#define f(a) a*g\n#define g(a) f(a)\n", b"f(2)(9)\n", b"2*f(9)\n")
+    # Through three invocations, in both of two arguments, and by way of each other.
+    after(b"#define A B a\n#define B A b\n#define f(x) g(x,B)\n#define g(x,y) h(y|x)\n#define h(x) <x>\n",
+          b"f(A)\n", b"<B a b|A b a>\n")
+    # The terminator's set comes in addition: N, no invocation for want of a "(", is hidden by the ")" that N() made.
+    after(b"#define k(z) z\n#define f(x) x\n#define lp (\n#define N() )\n", b"k(f lp N N())()\n", b"N()\n")
+    # What # and ## make has the set of the invocation alone, whatever was in the argument.
+    after(b"#define A A+1\n#define J(x,y) x##y\n#define f(x) J(,x)\n", b"f(A)\n", b"A+1+1\n")
+
+    merging = b"#define h(x) x\n#define g(z) z\n#define k(z) g(z)\n"
+    # k hands A and B to g side by side; g's argument has one name AB.  It is hidden if either half came from AB,
+    after(merging + b"#define AB A\n", b"k(h(AB)B)\n", b"AB\n")
+    after(merging + b"#define AB B\n", b"k(h(A)h(AB))\n", b"AB\n")
+    # and from nothing else: A came from AB, which is not in the way of AC.
+    after(merging + b"#define AB A\n#define AC D\n", b"k(h(AB)C)\n", b"D\n")
+    after(merging + b"#define AB A\n", b"k(h(A)B)\n", b"A\n")
+    # Each token for itself: what hides one AB of an argument leaves the other alone.
+    after(merging + b"#define AB A\n", b"k(h(AB)B h(A)B)\n", b"AB A\n")
+    # A name in three parts, of which the middle one has the set; the names beside it are as they were.
+    after(merging + b"#define ABC B\n", b"k(h(A)h(ABC)h(C))\n", b"ABC\n")
+    after(merging + b"#define AB A\n#define C c\n", b"k(h(AB)B+C)\n", b"AB+c\n")
+    after(merging + b"#define AB A\n#define B D\n", b"k(h(AB) B)\n", b"A D\n")
+    # A number behind a word is part of the word, a number before it is not.
+    after(merging + b"#define x1 1\n", b"k(h(x)h(x1))\n", b"x1\n")
+    after(merging + b"#define x1 1\n", b"k(h(x)1)\n", b"1\n")
+    after(merging + b"#define x1 x\n", b"k(1h(x1)1)\n", b"1x1\n")
+    # A lone quote takes the quote of a literal behind it; the name A falls out of the literal, and its set with it.
+    after(merging + b'#define A "A"\n', b'k("\nA)\n', b'" "A"\n')
+    after(merging + b'#define A "B"\n#define B b\n', b'k("\nA)\n', b'" "b"\n')
+    # A literal that two lone quotes make has the sets of all that is in it, and so have the names that fall out of it
+    # when m puts another quote before it: BC is hidden because the first quote came from it.
+    fallen = merging + b'#define m(z) g(" z)\n'
+    after(fallen + b'#define BC "\n', b'm(k(h(BC)h(B)C"\n))\n', b'" "BC"\n')
+    after(fallen + b'#define Q "\n#define BC D\n', b'm(k(h(Q)h(B)C"\n))\n', b'" "D"\n')
+
+
 def check_rest(checks):
     run = checks.run
     invalid = b"Invalid characters appear before a new-line in the preprocessor directive.\n"
@@ -316,7 +372,7 @@ def main():
     here = os.getcwd()
     with tempfile.TemporaryDirectory() as folder:
         os.chdir(folder)
-        for part in (check_lexer, check_lines, check_conditionals, check_macros, check_rest):
+        for part in (check_lexer, check_lines, check_conditionals, check_macros, check_hide_sets, check_rest):
             part(checks)
         os.chdir(here)
     print("%d checks, %d failures" % (checks.count, checks.failures))

@@ -36,9 +36,20 @@ struct Name {
 /// Finds names by their text. A word of the input that is no macro is by far the commonest question, so `find` costs
 /// one hash of a view and, for most words, one look at an empty slot; it allocates nothing. Words that only the input
 /// mentions are not entered: the table grows with the macro definitions, not with the text.
+///
+/// Whoever writes the source chooses the names, so the hash depends on a secret that is drawn for each table: names
+/// that fall into one slot, of which a fixed function would have any number, cannot be found beforehand. Nothing that a
+/// run writes depends on it.
 class NameTable {
  public:
-  NameTable();
+  /// Words of random bits.
+  struct Secret {
+    std::uint64_t first;
+    std::uint64_t second;
+  };
+  static Secret drawSecret();
+
+  explicit NameTable(const Secret& secret = drawSecret());
   NameTable(const NameTable&) = delete;
   NameTable& operator=(const NameTable&) = delete;
 
@@ -67,7 +78,10 @@ class NameTable {
   void beginGeneration() { ++generation_; }
 
   /// Hash of a text; reads it in words of four or eight bytes and never outside of it.
-  static std::uint32_t hashOf(std::string_view text);
+  std::uint32_t hashOf(std::string_view text) const;
+
+  /// The most slots that finding a word may have to look at: the length of the longest row of occupied ones.
+  std::size_t longestRow() const;
 
  private:
   // Like ==, without a call: names are short.
@@ -81,6 +95,7 @@ class NameTable {
   void insertSlot(const Slot& slot);
   void grow();
 
+  Secret secret_;
   std::vector<Slot> slots_;
   std::size_t mask_;
   std::deque<Name> names_;

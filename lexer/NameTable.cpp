@@ -40,6 +40,7 @@ NameTable::Secret NameTable::drawSecret() {
     const auto place = std::uint64_t{reinterpret_cast<std::uintptr_t>(&secret)};
     secret.first = foldedProduct(time ^ 0x9E3779B97F4A7C15U, place ^ 0xD1B54A32D192ED03U);
     secret.second = foldedProduct(secret.first ^ place, time ^ 0x8CB92BA72F3D8DD7U);
+    secret.ofPriorities = foldedProduct(secret.first, secret.second);
   }
   return secret;
 }
@@ -61,6 +62,7 @@ Name* NameTable::intern(std::string_view text) {
   Name& name = names_.emplace_back();
   name.spelling = Spelling{stored.data(), static_cast<std::uint32_t>(stored.size()), TK_IDENTIFIER, &name};
   name.id = static_cast<std::uint32_t>(names_.size() - 1);
+  name.priority = drawPriority();
   insertSlot({hashOf(stored), &name});
   return &name;
 }
@@ -74,6 +76,14 @@ std::size_t NameTable::longestRow() const {
     longest = std::max(longest, current);
   }
   return longest;
+}
+
+// The generator known as SplitMix64.
+std::uint32_t NameTable::drawPriority() {
+  std::uint64_t bits = secret_.ofPriorities += 0x9E3779B97F4A7C15U;
+  bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9U;
+  bits = (bits ^ (bits >> 27)) * 0x94D049BB133111EBU;
+  return static_cast<std::uint32_t>((bits ^ (bits >> 31)) >> 32);
 }
 
 void NameTable::insertSlot(const Slot& slot) {

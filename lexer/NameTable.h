@@ -18,10 +18,11 @@ struct CppMacro;
 /// A name that a macro definition has mentioned: as a macro's name, as a parameter or in a replacement list, or one of
 /// the words with a token kind of their own. Entries are never removed, so a pointer to one stays valid.
 struct Name {
-  Spelling spelling;          ///< Its text; `spelling.name` points back here.
-  CppMacro* macro = nullptr;  ///< The current definition, owned by the CppMacroTable; null while there is none.
-  HideSet alone;              ///< The set of this name only, once it has been asked for (see HideSetCache).
-  std::uint32_t id = 0;       ///< Position in the order of appearance, from 0.
+  Spelling spelling;           ///< Its text; `spelling.name` points back here.
+  CppMacro* macro = nullptr;   ///< The current definition, owned by the CppMacroTable; null while there is none.
+  HideSet alone;               ///< The set of this name only, once it has been asked for (see HideSetCache).
+  std::uint32_t id = 0;        ///< Position in the order of appearance, from 0.
+  std::uint32_t priority = 0;  ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
 
   // What the object-like macro comes to in a text line of a file, if that is known (see NameTable::generation). The
   // bytes are the macro's.
@@ -46,6 +47,7 @@ class NameTable {
   struct Secret {
     std::uint64_t first;
     std::uint64_t second;
+    std::uint64_t ofPriorities;
   };
   static Secret drawSecret();
 
@@ -92,6 +94,7 @@ class NameTable {
     Name* name = nullptr;
   };
 
+  std::uint32_t drawPriority();
   void insertSlot(const Slot& slot);
   void grow();
 

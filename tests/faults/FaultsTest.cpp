@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Program.h"
+#include "tests/unit/support/FallingSeries.h"
 
 namespace qnpp::faults {
 namespace {
@@ -55,6 +56,30 @@ TEST_F(FaultsTest, aTinyStackIsEnough) {
   EXPECT_EQ(outcome.status, "1");
   EXPECT_EQ(outcome.messages,
             "input.c:2: Invalid characters appear before a new-line in the preprocessor directive.\n");
+}
+
+TEST_F(FaultsTest, noChainOfMacrosMakesADeepTree) {
+  if (isSanitized()) {
+    GTEST_SKIP() << "sanitizers make stack frames larger";
+  }
+  // All names are defined in the order of their numbers first. Then the chosen ones lead to one another.
+  constexpr std::size_t kNames = 400'000;
+  const std::vector<std::size_t> series = fallingSeries(kNames, kKeywords + kPredefinedMacros);
+  ASSERT_GT(series.size(), 1'200U);
+  const auto nameOf = [](std::size_t index) { return 'n' + std::to_string(index); };
+  std::string source;
+  for (std::size_t index = 0; index < kNames; ++index) {
+    source += "#define " + nameOf(index) + '\n';
+  }
+  for (std::size_t at = 0; at + 1 < series.size(); ++at) {
+    source += "#undef " + nameOf(series[at]) + "\n#define " + nameOf(series[at]) + ' ' + nameOf(series[at + 1]) + '\n';
+  }
+  source += "#undef " + nameOf(series.back()) + '\n';
+  folder_.write("input.c", source + nameOf(series.front()) + '\n');
+  const Outcome outcome = runWith("ulimit -s 160");
+  EXPECT_EQ(outcome.status, "0");
+  EXPECT_EQ(outcome.messages, "");
+  EXPECT_TRUE(outcome.output.ends_with('\n' + nameOf(series.back()) + '\n')) << shortened(outcome.output);
 }
 
 TEST_F(FaultsTest, whereMemoryEndsThereIsOneLine) {

@@ -269,7 +269,7 @@ TEST(NameTableTest, NamesThatDifferLittleSpread) {
 }
 
 TEST(NameTableTest, HashesFollowFromTheSecret) {
-  const NameTable::Secret secret{0x0123456789ABCDEFU, 0xFEDCBA9876543210U};
+  const NameTable::Secret secret{0x0123456789ABCDEFU, 0xFEDCBA9876543210U, 1};
   const NameTable names(secret);
   const NameTable likewise(secret);
   const NameTable drawn;

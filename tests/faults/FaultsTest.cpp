@@ -113,6 +113,22 @@ TEST_F(FaultsTest, whereMemoryEndsThereIsOneLine) {
   EXPECT_TRUE(hasTooLittle);
 }
 
+TEST_F(FaultsTest, aCommandLineOfQuestionsIsNotKeptForEachOfThem) {
+  if (isSanitized()) {
+    GTEST_SKIP() << "sanitizers need an address space of their own";
+  }
+  // Each of the words leaves all others unread, and says so: 48 MB of messages.
+  constexpr std::size_t kWords = 4'000;
+  const Outcome outcome = runWith("ulimit -v 32768; exec 2>messages", std::vector<std::string>(kWords, "-h"));
+  EXPECT_EQ(outcome.status, "1");
+  EXPECT_TRUE(outcome.output.starts_with("Usage: ")) << shortened(outcome.output);
+  const std::string others = repeat(kWords - 2, "-h ");
+  const std::string middle = "qnpp: argument(s) '" + others + "-h' is(are) ignored\n";
+  // The last one keeps the blank behind the word before it.
+  expectSame(folder_.read("messages"),
+             repeat(kWords - 1, middle) + "qnpp: argument(s) '" + others + "-h ' is(are) ignored\n");
+}
+
 // ---- Descriptors ----
 
 // What the includer says when the last file could not be opened, and the lines of all the files that could be.

@@ -65,7 +65,7 @@ void OptionParser::parse() {
 
     const OptionEntry* entry = findEntry(withoutDash(word));
     if (entry == nullptr) {
-      events_.push_back({kUnknownOption, std::string(word)});
+      events_.push_back({kUnknownOption, word});
       ++position;
     } else if (entry->argumentCount == OptionEntry::kTakesNoValue) {
       recordValueless(*entry, position);
@@ -90,11 +90,9 @@ const OptionEntry* OptionParser::findEntry(std::string_view option) const {
 }
 
 void OptionParser::recordValueless(const OptionEntry& entry, std::size_t position) {
-  events_.push_back({entry.name, std::string()});
-  std::string ignored = joinOtherWords(words_, position);
-  if (!ignored.empty()) {
-    events_.push_back({kIgnoredWords, std::move(ignored)});
-  }
+  events_.push_back({entry.name, {}});
+  // Joined only when they are reported, one text after the other: each is nearly as long as the command line.
+  events_.push_back({kIgnoredWords, {}, position});
 }
 
 // The next word may serve as the value of a letter option that allows it, but a word with a dash only if it begins like
@@ -126,7 +124,7 @@ std::size_t OptionParser::recordLetter(const OptionEntry& entry, std::size_t pos
 std::size_t OptionParser::recordNamed(const OptionEntry& entry, std::size_t position) {
   const auto [record, isNew] = values_.try_emplace(entry.name);
   if (!isNew) {
-    events_.push_back({kRepeatedOption, std::string(entry.name)});
+    events_.push_back({kRepeatedOption, entry.name});
     record->second.clear();
   }
   ++position;
@@ -146,7 +144,7 @@ void OptionParser::misplacePlainArguments() {
     return;
   }
   for (const std::string_view word : plain->second) {
-    events_.push_back({kMisplacedArgument, std::string(word)});
+    events_.push_back({kMisplacedArgument, word});
   }
   values_.erase(plain);
 }
@@ -155,15 +153,15 @@ template <typename Visitor>
 void OptionParser::forEachEvent(std::string_view key, Visitor visit) const {
   for (const Event& event : events_) {
     if (event.key == key) {
-      visit(event.value);
+      visit(event);
     }
   }
 }
 
 bool OptionParser::reportUnknownOptions() const {
   bool found = false;
-  forEachEvent(kUnknownOption, [&](const std::string& word) {
-    messages_ << prefix_ << "unknown option '" << word << "' ('-h' for help)\n";
+  forEachEvent(kUnknownOption, [&](const Event& event) {
+    messages_ << prefix_ << "unknown option '" << event.value << "' ('-h' for help)\n";
     found = true;
   });
   return found;
@@ -171,22 +169,26 @@ bool OptionParser::reportUnknownOptions() const {
 
 bool OptionParser::reportMisplacedArguments() const {
   bool found = false;
-  forEachEvent(kMisplacedArgument, [&](const std::string& word) {
-    messages_ << prefix_ << "'" << word << "' argument is misplaced ('-h' for help)\n";
+  forEachEvent(kMisplacedArgument, [&](const Event& event) {
+    messages_ << prefix_ << "'" << event.value << "' argument is misplaced ('-h' for help)\n";
     found = true;
   });
   return found;
 }
 
 void OptionParser::warnAboutRepeatedOptions() const {
-  forEachEvent(kRepeatedOption, [&](const std::string& name) {
-    messages_ << prefix_ << "'-" << name << "' option appears more than once\n\tonly the last one will be considered\n";
+  forEachEvent(kRepeatedOption, [&](const Event& event) {
+    messages_ << prefix_ << "'-" << event.value
+              << "' option appears more than once\n\tonly the last one will be considered\n";
   });
 }
 
 void OptionParser::warnAboutIgnoredWords() const {
-  forEachEvent(kIgnoredWords, [&](const std::string& text) {
-    messages_ << prefix_ << "argument(s) '" << text << "' is(are) ignored\n";
+  forEachEvent(kIgnoredWords, [&](const Event& event) {
+    const std::string text = joinOtherWords(words_, event.position);
+    if (!text.empty()) {
+      messages_ << prefix_ << "argument(s) '" << text << "' is(are) ignored\n";
+    }
   });
 }
 

@@ -70,7 +70,8 @@ class OptionParser {
   // Something that happened on the way; the key is the name of a valueless option or one of the special keys.
   struct Event {
     std::string_view key;
-    std::string value;
+    std::string_view value;    // The word or name to be reported, if it is one.
+    std::size_t position = 0;  // The place among the words, where all the others are to be reported.
   };
 
   // One occurrence of a letter option; no value if it lacks one.

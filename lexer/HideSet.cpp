@@ -1,28 +1,20 @@
-// A persistent treap: a binary search tree by name id that is a heap by priority at the same time. The priority is a
-// scrambled id, so the shape of a tree is determined by its set of names; that is what makes joining cheap, because
-// equal parts of two sets have equal shapes and usually are the same nodes.
+// A persistent treap: a binary search tree by name id that is a heap by priority at the same time. The shape of a tree
+// is determined by its set of names; that is what makes joining cheap, because equal parts of two sets have equal
+// shapes and usually are the same nodes.
 //
-// Nodes are counted by the trees and sets that point at them. Depth is logarithmic for any names a source can choose
-// (ids follow the order of appearance, and the scrambling leaves no long monotone runs), so plain recursion will do.
+// Nodes are counted by the trees and sets that point at them. Every operation recurses as deep as the trees are. A set
+// of n names is as deep as a search tree into which they came in random order, some 50 levels for a million: the
+// priorities are random numbers that the name table draws anew in each run, so a source that chose names with falling
+// priorities, whose tree would be a list, would have to guess them.
 #include "lexer/HideSet.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
 #include "lexer/NameTable.h"
 
 namespace qnpp {
-namespace {
-
-std::uint32_t priorityOf(const Name& name) {
-  std::uint32_t bits = name.id + 0x9E3779B9U;
-  bits = (bits ^ (bits >> 16)) * 0x85EBCA6BU;
-  bits = (bits ^ (bits >> 13)) * 0xC2B2AE35U;
-  return bits ^ (bits >> 16);
-}
-
-}  // namespace
-
 // Every function borrows the nodes it is given and returns sets that own what they hold.
 struct HideSet::Operations {
   static HideSet share(Node* node) {
@@ -30,8 +22,8 @@ struct HideSet::Operations {
     return HideSet(node);
   }
 
-  static HideSet make(const Name& name, std::uint32_t priority, HideSet left, HideSet right) {
-    auto node = std::make_unique<Node>(Node{&name, left.root_, right.root_, priority, 1});
+  static HideSet make(const Name& name, HideSet left, HideSet right) {
+    auto node = std::make_unique<Node>(Node{&name, left.root_, right.root_, name.priority, 1});
     left.root_ = right.root_ = nullptr;  // The node has taken over both references.
     return HideSet(node.release());
   }
@@ -50,10 +42,10 @@ struct HideSet::Operations {
     }
     if (tree->name->id < pivot.id) {
       auto [middle, above] = split(tree->right, pivot);
-      return {make(*tree->name, tree->priority, share(tree->left), std::move(middle)), std::move(above)};
+      return {make(*tree->name, share(tree->left), std::move(middle)), std::move(above)};
     }
     auto [below, middle] = split(tree->left, pivot);
-    return {std::move(below), make(*tree->name, tree->priority, std::move(middle), share(tree->right))};
+    return {std::move(below), make(*tree->name, std::move(middle), share(tree->right))};
   }
 
   static HideSet join(Node* a, Node* b) {
@@ -76,7 +68,7 @@ struct HideSet::Operations {
     if (b->name == a->name && left.root_ == b->left && right.root_ == b->right) {
       return share(b);
     }
-    return make(*a->name, a->priority, std::move(left), std::move(right));
+    return make(*a->name, std::move(left), std::move(right));
   }
 };
 
@@ -97,11 +89,15 @@ bool HideSet::find(const Name& name) const {
   return node != nullptr;
 }
 
+std::size_t HideSet::depthOf(const Node* node) {
+  return node == nullptr ? 0 : 1 + std::max(depthOf(node->left), depthOf(node->right));
+}
+
 HideSet HideSet::with(const Name& name) const {
   if (contains(name)) {
     return *this;
   }
-  return joined(Operations::make(name, priorityOf(name), {}, {}));
+  return joined(Operations::make(name, {}, {}));
 }
 
 HideSet HideSet::joined(const HideSet& other) const { return Operations::join(root_, other.root_); }

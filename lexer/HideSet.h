@@ -47,6 +47,9 @@ class HideSet {
   /// True when both are the same object in memory; equal sets may differ here, so this only ever saves work.
   bool isSameObject(const HideSet& other) const { return root_ == other.root_; }
 
+  /// How many nodes lie on the longest way down: how deep the operations above may recurse.
+  std::size_t depth() const { return depthOf(root_); }
+
   /// A number for tables of sets, the same for the same object in memory.
   std::size_t identity() const { return reinterpret_cast<std::uintptr_t>(root_) / sizeof(void*); }
 
@@ -68,6 +71,7 @@ class HideSet {
   }
   static void addReference(Node& node);
   static void dropReference(Node& node);
+  static std::size_t depthOf(const Node* node);
   bool find(const Name& name) const;
 
   Node* root_ = nullptr;
@@ -77,7 +81,7 @@ struct HideSet::Node {
   const Name* name;
   Node* left;
   Node* right;
-  std::uint32_t priority;
+  std::uint32_t priority;  // That of the name.
   std::uint32_t references;
 };
 

@@ -1,6 +1,10 @@
 #include "lexer/NameTable.h"
 
+#include <sys/random.h>
+
+#include <algorithm>
 #include <array>
+#include <chrono>
 #include <utility>
 
 namespace qnpp {
@@ -28,7 +32,20 @@ constexpr std::size_t kInitialSlots = 256;
 
 }  // namespace
 
-NameTable::NameTable() : slots_(kInitialSlots), mask_(kInitialSlots - 1) {
+NameTable::Secret NameTable::drawSecret() {
+  Secret secret{};
+  if (::getrandom(&secret, sizeof secret, GRND_NONBLOCK) != ssize_t{sizeof secret}) {
+    // An old system, or one that has only just started: where the process lies in memory and the time will have to do.
+    const auto time = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
+    const auto place = std::uint64_t{reinterpret_cast<std::uintptr_t>(&secret)};
+    secret.first = foldedProduct(time ^ 0x9E3779B97F4A7C15U, place ^ 0xD1B54A32D192ED03U);
+    secret.second = foldedProduct(secret.first ^ place, time ^ 0x8CB92BA72F3D8DD7U);
+    secret.ofPriorities = foldedProduct(secret.first, secret.second);
+  }
+  return secret;
+}
+
+NameTable::NameTable(const Secret& secret) : secret_(secret), slots_(kInitialSlots), mask_(kInitialSlots - 1) {
   for (const auto& [text, kind] : kKeywords) {
     intern(text)->spelling.kind = static_cast<std::int16_t>(kind);
   }
@@ -45,8 +62,28 @@ Name* NameTable::intern(std::string_view text) {
   Name& name = names_.emplace_back();
   name.spelling = Spelling{stored.data(), static_cast<std::uint32_t>(stored.size()), TK_IDENTIFIER, &name};
   name.id = static_cast<std::uint32_t>(names_.size() - 1);
+  name.priority = drawPriority();
   insertSlot({hashOf(stored), &name});
   return &name;
+}
+
+std::size_t NameTable::longestRow() const {
+  std::size_t longest = 0;
+  std::size_t current = 0;
+  // Twice around, since a row may go on behind the last slot with the first. Half of the slots are free at least.
+  for (std::size_t at = 0; at < 2 * slots_.size(); ++at) {
+    current = slots_[at & mask_].name == nullptr ? 0 : current + 1;
+    longest = std::max(longest, current);
+  }
+  return longest;
+}
+
+// The generator known as SplitMix64.
+std::uint32_t NameTable::drawPriority() {
+  std::uint64_t bits = secret_.ofPriorities += 0x9E3779B97F4A7C15U;
+  bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9U;
+  bits = (bits ^ (bits >> 27)) * 0x94D049BB133111EBU;
+  return static_cast<std::uint32_t>((bits ^ (bits >> 31)) >> 32);
 }
 
 void NameTable::insertSlot(const Slot& slot) {

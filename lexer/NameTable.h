@@ -28,11 +28,12 @@ struct SettledText {
 /// A name that a macro definition has mentioned: as a macro's name, as a parameter or in a replacement list, or one of
 /// the words with a token kind of their own. Entries are never removed, so a pointer to one stays valid.
 struct Name {
-  Spelling spelling;          ///< Its text; `spelling.name` points back here.
-  CppMacro* macro = nullptr;  ///< The current definition, owned by the CppMacroTable; null while there is none.
-  HideSet alone;              ///< The set of this name only, once it has been asked for (see HideSetCache).
-  std::uint32_t id = 0;       ///< Position in the order of appearance, from 0.
-  SettledText settled;        ///< Of the macro.
+  Spelling spelling;           ///< Its text; `spelling.name` points back here.
+  CppMacro* macro = nullptr;   ///< The current definition, owned by the CppMacroTable; null while there is none.
+  HideSet alone;               ///< The set of this name only, once it has been asked for (see HideSetCache).
+  std::uint32_t id = 0;        ///< Position in the order of appearance, from 0.
+  std::uint32_t priority = 0;  ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
+  SettledText settled;         ///< Of the macro.
 
   std::string_view text() const { return spelling.text(); }
 };
@@ -40,9 +41,21 @@ struct Name {
 /// Finds names by their text. A word of the input that is no macro is by far the commonest question, so `find` costs
 /// one hash of a view and, for most words, one look at an empty slot; it allocates nothing. Words that only the input
 /// mentions are not entered: the table grows with the macro definitions, not with the text.
+///
+/// Whoever writes the source chooses the names, so the hash depends on a secret that is drawn for each table: names
+/// that fall into one slot, of which a fixed function would have any number, cannot be found beforehand. Nothing that a
+/// run writes depends on it.
 class NameTable {
  public:
-  NameTable();
+  /// Words of random bits.
+  struct Secret {
+    std::uint64_t first;
+    std::uint64_t second;
+    std::uint64_t ofPriorities;
+  };
+  static Secret drawSecret();
+
+  explicit NameTable(const Secret& secret = drawSecret());
   NameTable(const NameTable&) = delete;
   NameTable& operator=(const NameTable&) = delete;
 
@@ -71,7 +84,10 @@ class NameTable {
   void beginGeneration() { ++generation_; }
 
   /// Hash of a text; reads it in words of four or eight bytes and never outside of it.
-  static std::uint32_t hashOf(std::string_view text);
+  std::uint32_t hashOf(std::string_view text) const;
+
+  /// The most slots that finding a word may have to look at: the length of the longest row of occupied ones.
+  std::size_t longestRow() const;
 
  private:
   // Like ==, without a call: names are short.
@@ -82,9 +98,11 @@ class NameTable {
     Name* name = nullptr;
   };
 
+  std::uint32_t drawPriority();
   void insertSlot(const Slot& slot);
   void grow();
 
+  Secret secret_;
   std::vector<Slot> slots_;
   std::size_t mask_;
   std::deque<Name> names_;

@@ -5,34 +5,55 @@
 
 namespace qnpp {
 
-inline std::uint32_t NameTable::hashOf(std::string_view text) {
-  constexpr std::uint64_t kMultiplier = 0x9E3779B97F4A7C15U;
-  const char* at = text.data();
-  std::size_t left = text.size();
-  std::uint64_t hash = left * kMultiplier;
-  const auto mix = [&hash](std::uint64_t word) {
-    hash = (hash ^ word) * kMultiplier;
-    hash ^= hash >> 32;
+/// The two halves of the product of 128 bits, one laid over the other: every bit of either factor counts in all places.
+inline std::uint64_t foldedProduct(std::uint64_t a, std::uint64_t b) {
+#if defined(__SIZEOF_INT128__)
+  __extension__ using Wide = unsigned __int128;
+  const Wide product = static_cast<Wide>(a) * b;
+  return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+#else
+  constexpr std::uint64_t kLowHalf = 0xFFFFFFFFU;
+  const std::uint64_t low = (a & kLowHalf) * (b & kLowHalf);
+  const std::uint64_t cross = (a >> 32) * (b & kLowHalf) + (low >> 32);  // Neither of these two can overflow.
+  const std::uint64_t middle = (a & kLowHalf) * (b >> 32) + (cross & kLowHalf);
+  const std::uint64_t high = (a >> 32) * (b >> 32) + (cross >> 32) + (middle >> 32);
+  return ((middle << 32) | (low & kLowHalf)) ^ high;
+#endif
+}
+
+// Sixteen bytes at a time, the two halves are multiplied, each behind a secret: who does not know it can neither make a
+// factor zero nor tell which texts have a product in common. The last multiplication spreads what texts that differ
+// little have in common still.
+inline std::uint32_t NameTable::hashOf(std::string_view text) const {
+  const auto wordAt = [](const char* at, auto word) {
+    std::memcpy(&word, at, sizeof word);
+    return std::uint64_t{word};
   };
-  for (; left > 8; left -= 8, at += 8) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, at, 8);
-    mix(word);
+  const auto byteAt = [text](std::size_t at) { return std::uint64_t{static_cast<unsigned char>(text[at])}; };
+  const std::size_t size = text.size();
+  std::uint64_t state = secret_.first;
+  // The last one to sixteen bytes: loads that overlap, so that nothing outside of the text is read.
+  std::uint64_t low = 0;
+  std::uint64_t high = 0;
+  if (size > 16) {
+    const char* at = text.data();
+    const char* const last = at + size - 16;
+    for (; at < last; at += 16) {
+      state = foldedProduct(wordAt(at, std::uint64_t{}) ^ secret_.second, wordAt(at + 8, std::uint64_t{}) ^ state);
+    }
+    low = wordAt(last, std::uint64_t{});
+    high = wordAt(last + 8, std::uint64_t{});
+  } else if (size >= 8) {
+    low = wordAt(text.data(), std::uint64_t{});
+    high = wordAt(text.data() + size - 8, std::uint64_t{});
+  } else if (size >= 4) {
+    low = wordAt(text.data(), std::uint32_t{});
+    high = wordAt(text.data() + size - 4, std::uint32_t{});
+  } else if (size > 0) {
+    low = byteAt(0) | (byteAt(size / 2) << 8) | (byteAt(size - 1) << 16);
   }
-  // The last one to eight bytes: two loads that overlap, so that nothing behind the text is read.
-  std::uint64_t word = 0;
-  if (left >= 4) {
-    std::uint32_t low = 0;
-    std::uint32_t high = 0;
-    std::memcpy(&low, at, 4);
-    std::memcpy(&high, at + left - 4, 4);
-    word = (std::uint64_t{high} << 32) | low;
-  } else if (left > 0) {
-    word = static_cast<unsigned char>(at[0]) | (std::uint64_t{static_cast<unsigned char>(at[left / 2])} << 8) |
-           (std::uint64_t{static_cast<unsigned char>(at[left - 1])} << 16);
-  }
-  mix(word);
-  return static_cast<std::uint32_t>(hash);
+  const std::uint64_t product = foldedProduct(low ^ secret_.second, high ^ state);
+  return static_cast<std::uint32_t>(foldedProduct(product ^ size, secret_.second));
 }
 
 inline bool NameTable::isEqual(std::string_view a, std::string_view b) {

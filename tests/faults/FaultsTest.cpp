@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Program.h"
+#include "tests/unit/support/FallingSeries.h"
 
 namespace qnpp::faults {
 namespace {
@@ -57,6 +58,30 @@ TEST_F(FaultsTest, aTinyStackIsEnough) {
             "input.c:2: Invalid characters appear before a new-line in the preprocessor directive.\n");
 }
 
+TEST_F(FaultsTest, noChainOfMacrosMakesADeepTree) {
+  if (isSanitized()) {
+    GTEST_SKIP() << "sanitizers make stack frames larger";
+  }
+  // All names are defined in the order of their numbers first. Then the chosen ones lead to one another.
+  constexpr std::size_t kNames = 400'000;
+  const std::vector<std::size_t> series = fallingSeries(kNames, kKeywords + kPredefinedMacros);
+  ASSERT_GT(series.size(), 1'200U);
+  const auto nameOf = [](std::size_t index) { return 'n' + std::to_string(index); };
+  std::string source;
+  for (std::size_t index = 0; index < kNames; ++index) {
+    source += "#define " + nameOf(index) + '\n';
+  }
+  for (std::size_t at = 0; at + 1 < series.size(); ++at) {
+    source += "#undef " + nameOf(series[at]) + "\n#define " + nameOf(series[at]) + ' ' + nameOf(series[at + 1]) + '\n';
+  }
+  source += "#undef " + nameOf(series.back()) + '\n';
+  folder_.write("input.c", source + nameOf(series.front()) + '\n');
+  const Outcome outcome = runWith("ulimit -s 160");
+  EXPECT_EQ(outcome.status, "0");
+  EXPECT_EQ(outcome.messages, "");
+  EXPECT_TRUE(outcome.output.ends_with('\n' + nameOf(series.back()) + '\n')) << shortened(outcome.output);
+}
+
 TEST_F(FaultsTest, whereMemoryEndsThereIsOneLine) {
   if (isSanitized()) {
     GTEST_SKIP() << "sanitizers need an address space of their own";
@@ -86,6 +111,22 @@ TEST_F(FaultsTest, whereMemoryEndsThereIsOneLine) {
   }
   EXPECT_TRUE(hasEnough);
   EXPECT_TRUE(hasTooLittle);
+}
+
+TEST_F(FaultsTest, aCommandLineOfQuestionsIsNotKeptForEachOfThem) {
+  if (isSanitized()) {
+    GTEST_SKIP() << "sanitizers need an address space of their own";
+  }
+  // Each of the words leaves all others unread, and says so: 48 MB of messages.
+  constexpr std::size_t kWords = 4'000;
+  const Outcome outcome = runWith("ulimit -v 32768; exec 2>messages", std::vector<std::string>(kWords, "-h"));
+  EXPECT_EQ(outcome.status, "1");
+  EXPECT_TRUE(outcome.output.starts_with("Usage: ")) << shortened(outcome.output);
+  const std::string others = repeat(kWords - 2, "-h ");
+  const std::string middle = "qnpp: argument(s) '" + others + "-h' is(are) ignored\n";
+  // The last one keeps the blank behind the word before it.
+  expectSame(folder_.read("messages"),
+             repeat(kWords - 1, middle) + "qnpp: argument(s) '" + others + "-h ' is(are) ignored\n");
 }
 
 // ---- Descriptors ----

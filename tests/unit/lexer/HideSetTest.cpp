@@ -13,6 +13,7 @@
 
 #include "lexer/HideSetCache.h"
 #include "lexer/NameTable.h"
+#include "tests/unit/support/FallingSeries.h"
 #include "tests/unit/support/Timing.h"
 
 namespace qnpp {
@@ -171,11 +172,30 @@ TEST(HideSetTest, AnyOrderOfNamesWillDo) {
     shuffled = shuffled.with(*name);
   }
   const HideSet both = downwards.joined(shuffled);
+  // The search tree of as many names in random order is 40 deep.
+  EXPECT_LT(downwards.depth(), 150U);
+  EXPECT_LT(shuffled.depth(), 150U);
+  EXPECT_LT(both.depth(), 150U);
   for (std::size_t index = 0; index < kLength; index += 101) {
     EXPECT_TRUE(downwards.contains(names[index]));
     EXPECT_TRUE(shuffled.contains(names[index]));
     EXPECT_TRUE(both.contains(names[index]));
   }
+}
+
+TEST(HideSetTest, NobodyCanChooseNamesThatMakeADeepTree) {
+  constexpr std::size_t kNames = 200000;
+  Names names(kNames);
+  ASSERT_EQ(names[0].id, kKeywords);
+  const std::vector<std::size_t> series = fallingSeries(kNames, kKeywords);
+  ASSERT_GT(series.size(), 800U);
+  HideSet set;
+  for (const std::size_t index : series) {
+    set = set.with(names[index]);
+  }
+  // In random order about twice as many names as are chosen here come to a depth of 28; a depth of 100 has not a
+  // chance.
+  EXPECT_LT(set.depth(), 100U);
 }
 
 TEST(HideSetCacheTest, GivesTheResultsOfTheSets) {

@@ -3,12 +3,16 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
+#include <random>
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace qnpp {
@@ -133,20 +137,152 @@ TEST(NameTableTest, HashAndComparisonStayInsideTheText) {
     std::memset(exact.get(), 'q', size);
     const std::string surrounded = "XYZ" + std::string(size, 'q') + "UVW";
     const std::string_view inside = std::string_view(surrounded).substr(3, size);
-    EXPECT_EQ(NameTable::hashOf({exact.get(), size}), NameTable::hashOf(inside));
     NameTable names;
+    EXPECT_EQ(names.hashOf({exact.get(), size}), names.hashOf(inside));
     names.intern(inside);
     EXPECT_NE(names.find({exact.get(), size}), nullptr);
   }
 }
 
 TEST(NameTableTest, HashesSpread) {
+  const NameTable names;
   std::set<std::uint32_t> lowBits;
   for (int index = 0; index < 4096; ++index) {
-    lowBits.insert(NameTable::hashOf("CONFIG_OPTION_" + std::to_string(index)) & 0xFFFU);
+    lowBits.insert(names.hashOf("CONFIG_OPTION_" + std::to_string(index)) & 0xFFFU);
   }
   // Random values would hit about 63 in a hundred of as many places.
   EXPECT_GT(lowBits.size(), 4096U / 2);
+}
+
+// ---- Names that somebody chose in order to make the table slow ----
+
+// A hash that depends on the text alone, one word of eight bytes at a time; what is true of it is true of its like.
+std::uint64_t fixedHashStep(std::uint64_t hash, std::uint64_t word) {
+  hash = (hash ^ word) * 0x9E3779B97F4A7C15U;
+  return hash ^ (hash >> 32);
+}
+
+std::uint64_t fixedHash(std::string_view text) {
+  std::uint64_t hash = text.size() * 0x9E3779B97F4A7C15U;
+  for (std::size_t at = 0; at < text.size(); at += 8) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, text.data() + at, 8);
+    hash = fixedHashStep(hash, word);
+  }
+  return hash;
+}
+
+// A letter, digit or underscore that is one still when `bits` are turned over; a NUL if there is none.
+char letterThatDiffersBy(unsigned char bits) {
+  constexpr std::string_view kLetters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
+  for (const char letter : kLetters) {
+    if (kLetters.find(static_cast<char>(static_cast<unsigned char>(letter) ^ bits)) != std::string_view::npos) {
+      return letter;
+    }
+  }
+  return '\0';
+}
+
+// Eight of them, for the bits of a word; empty if there are none.
+std::string lettersThatDifferBy(std::uint64_t bits) {
+  std::array<unsigned char, 8> bytes{};
+  std::memcpy(bytes.data(), &bits, bytes.size());
+  std::string letters;
+  for (const unsigned char byte : bytes) {
+    letters += letterThatDiffersBy(byte);
+  }
+  return letters.find('\0') == std::string::npos ? letters : std::string();
+}
+
+struct Pair {
+  std::string one;
+  std::string other;
+};
+
+// Two texts of sixteen letters that take `hash` to the same value: the second halves make good for what the first ones
+// differ in. That takes some ten thousand tries.
+Pair pairThatMeets(std::uint64_t& hash, std::mt19937_64& random) {
+  const auto wordOf = [](const std::string& text) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, text.data(), 8);
+    return word;
+  };
+  const std::string half = "FirstHal";
+  const std::uint64_t after = fixedHashStep(hash, wordOf(half));
+  for (;;) {
+    std::string other(8, '\0');
+    for (char& letter : other) {
+      letter = static_cast<char>('a' + random() % 26);
+    }
+    const std::uint64_t difference = after ^ fixedHashStep(hash, wordOf(other));
+    const std::string letters = difference == 0 ? std::string() : lettersThatDifferBy(difference);
+    if (!letters.empty()) {
+      const std::uint64_t turned = wordOf(letters) ^ difference;
+      std::string otherLetters(8, '\0');
+      std::memcpy(otherLetters.data(), &turned, 8);
+      hash = fixedHashStep(after, wordOf(letters));
+      return {half + letters, other + otherLetters};
+    }
+  }
+}
+
+// Two to the power of `pairs` names.
+std::vector<std::string> namesOfOneFixedHash(std::size_t pairs) {
+  std::mt19937_64 random(1);
+  std::uint64_t hash = pairs * 16 * 0x9E3779B97F4A7C15U;
+  std::vector<std::string> names{""};
+  for (; pairs > 0; --pairs) {
+    const Pair pair = pairThatMeets(hash, random);
+    std::vector<std::string> longer;
+    for (const std::string& name : names) {
+      longer.push_back(name + pair.one);
+      longer.push_back(name + pair.other);
+    }
+    names = std::move(longer);
+  }
+  return names;
+}
+
+TEST(NameTableTest, NobodyCanChooseNamesThatMeet) {
+  const std::vector<std::string> chosen = namesOfOneFixedHash(15);
+  ASSERT_EQ(std::set<std::string>(chosen.begin(), chosen.end()).size(), 32768U);
+  for (const std::string& name : chosen) {
+    ASSERT_EQ(fixedHash(name), fixedHash(chosen.front()));
+  }
+  NameTable names;
+  for (const std::string& name : chosen) {
+    names.intern(name);
+  }
+  // Random values in slots of which half are taken give rows of up to sixty or so.
+  EXPECT_LT(names.longestRow(), 300U);
+}
+
+// Nor do the forms that names usually have meet.
+TEST(NameTableTest, NamesThatDifferLittleSpread) {
+  for (const char* const head : {"", "a", "name", "CONFIG_", "CONFIG_OPTION_", "A_RATHER_LONG_NAME_FOR_A_MACRO_"}) {
+    NameTable names;
+    for (int index = 0; index < 60000; ++index) {
+      names.intern(head + std::to_string(index));
+    }
+    EXPECT_LT(names.longestRow(), 300U) << head;
+  }
+}
+
+TEST(NameTableTest, HashesFollowFromTheSecret) {
+  const NameTable::Secret secret{0x0123456789ABCDEFU, 0xFEDCBA9876543210U, 1};
+  const NameTable names(secret);
+  const NameTable likewise(secret);
+  const NameTable drawn;
+  const NameTable drawnToo;
+  int same = 0;
+  int sameAsDrawn = 0;
+  for (std::size_t size = 0; size < 100; ++size) {
+    const std::string text(size, 'n');
+    same += names.hashOf(text) == likewise.hashOf(text) ? 1 : 0;
+    sameAsDrawn += drawn.hashOf(text) == drawnToo.hashOf(text) ? 1 : 0;
+  }
+  EXPECT_EQ(same, 100);
+  EXPECT_LT(sameAsDrawn, 3);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "lexer/HideSet.h"
+#include "lexer/NameFilter.h"
 #include "lexer/Spelling.h"
 #include "lexer/TextArena.h"
 
@@ -34,6 +35,7 @@ struct Name {
   std::uint32_t id = 0;        ///< Position in the order of appearance, from 0.
   std::uint32_t priority = 0;  ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
   SettledText settled;         ///< Of the macro.
+  bool wasMacro = false;       ///< There is a definition, or has been.
 
   std::string_view text() const { return spelling.text(); }
 };
@@ -78,6 +80,12 @@ class NameTable {
 
   std::size_t size() const { return names_.size(); }
 
+  /// To be called when `name` gets a definition.
+  void noteMacro(Name& name);
+  /// False for most words that have no macro definition and are not `_Pragma`: these are looked at by the lexer only. The
+  /// three bytes behind `word` may be read.
+  bool mayBeMacro(std::string_view word) const { return macroNames_.mayHold(word); }
+
   /// Counts the changes of macro definitions, from 1. Whatever has been found out about expansions holds in one
   /// generation: any definition may change what any macro comes to.
   std::uint64_t generation() const { return generation_; }
@@ -107,6 +115,7 @@ class NameTable {
   std::size_t mask_;
   std::deque<Name> names_;
   TextArena texts_;
+  NameFilter macroNames_;
   std::uint64_t generation_ = 1;
 };
 

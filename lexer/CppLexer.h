@@ -67,8 +67,8 @@ class CppLexer final : public yyCppFlexLexer {
 
   /// Text of the token handed out last; valid until the next token is asked for.
   std::string_view text() const { return text_; }
-  /// Where in the input that token begins. Not to be asked for a comment.
-  std::uint64_t offset() const { return offsetOf(yytext); }
+  /// How much of the input it and the tokens before it are.
+  std::uint64_t endOffset() const { return offsetOf(yytext) + static_cast<std::uint64_t>(yyleng); }
 
   /// Number of the line being read, from 1: the line ends of all tokens and comments matched so far count.
   std::int32_t line() const { return line_; }

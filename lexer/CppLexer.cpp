@@ -122,13 +122,14 @@ class CppLexer::TextCopy {
   }
 
  private:
-  // Goes through the 64 bytes at `at_`, or up to one behind which the buffer has to be looked at anew. A word never goes on
-  // into a block: if one begins it, it is one of its own, perhaps the name behind a number.
+  // Goes through the 64 bytes at `at_`, or up to one at which the buffer changes.
   void copyBlock() {
     const Block block(at_);
     const std::uint64_t words = block.words();
+    const std::uint64_t begins = words & ~(words << 1U | (wordBegin_ != nullptr ? 1U : 0U));
     const std::uint64_t ends = block.find<'\n'>();
-    std::uint64_t left = block.find<'"', '\'', '/', '\\', '\r', '\0'>() | ends | (words & ~(words << 1U));
+    std::uint64_t left = begins | ends | block.find<'"', '\'', '/', '\\', '\r', '\0'>();
+    const NameTable& names = lexer_.context_.names;
     char* const begin = at_;
     at_ += 64;
     while (left != 0) {
@@ -136,39 +137,31 @@ class CppLexer::TextCopy {
       const std::uint64_t bit = left & (~left + 1);
       char* const found = begin + place;
       left &= left - 1;
-      if ((words & bit) != 0) {
+      char* next = nullptr;  // Where to go on; null where the block is no longer what the buffer holds.
+      if ((begins & bit) != 0) {
+        if (!names.mayHoldMacro(found)) {
+          continue;
+        }
         const std::uint64_t behind = ~words & bitsFrom(static_cast<std::size_t>(place));
-        char* const end = behind != 0 ? begin + std::countr_zero(behind) : passWord(begin + 64);
-        if (!passPlainWord(found, end)) {
-          return;
-        }
-        if (behind == 0) {
-          at_ = end;
-        }
-      } else if ((ends & bit) != 0) {
-        char* const first = passLineEnd(found, found + 1);
-        if (first == nullptr) {
-          return;
-        }
-        if (*first == '\n' && first != found + 1) {
-          writeUpTo(found + 1);
-          from_ = first;
-        }
-        if (first >= begin + 64) {
-          at_ = first;
-          return;
-        }
-        left &= bitsFrom(static_cast<std::size_t>(first - begin));
-      } else if (!passByte(found)) {
+        next = copyWord(found, behind != 0 ? begin + std::countr_zero(behind) : passWord(begin + 64));
+      } else {
+        next = (ends & bit) != 0 ? copyLineEnd(found) : copyByte(found, begin);
+      }
+      if (next == nullptr || next >= begin + 64) {
+        at_ = next == nullptr ? at_ : next;
+        wordBegin_ = nullptr;
         return;
       }
+      left &= bitsFrom(static_cast<std::size_t>(next - begin));
+    }
+    if (words >> 63U == 0) {
+      wordBegin_ = nullptr;
+    } else if (begins != 0) {
+      wordBegin_ = begin + (63 - std::countl_zero(begins));
     }
   }
 
   void writeUpTo(const char* to) { lexer_.context_.output.write(from_, static_cast<std::size_t>(to - from_)); }
-
-  // Goes on at `at`, with what is before it written.
-  void goOnAt(char* at) { from_ = at_ = at; }
 
   void handOut(CppTokenKind kind) {
     kind_ = kind;
@@ -186,51 +179,89 @@ class CppLexer::TextCopy {
     writeUpTo(at);
     lexer_.yytext = at;
     const bool isMore = lexer_.refill(end);
-    goOnAt(lexer_.yytext);
+    from_ = at_ = lexer_.yytext;
     return isMore;
   }
 
-  // True when the word is written like the bytes around it. Otherwise it has been dealt with.
-  bool passPlainWord(char* word, char* end) {
-    if (*end == '\0' && lexer_.atBufferEnd(end)) {
-      const auto size = end - word;
-      if (!refill(word, end) && !replaceName(from_, from_ + size)) {
-        at_ = from_ + size;  // The input ends behind the word.
-      }
-      return false;
+  // At the end of the buffer: gets more input, keeping a word that may go on in it. `block` is where the block begins.
+  void refillAtWord(char* end, const char* block) {
+    char* word = end;
+    while (word > from_ && isWordByte(word[-1])) {
+      word = word == block && wordBegin_ != nullptr ? wordBegin_ : word - 1;
     }
-    return !replaceName(word, end);
+    const auto size = end - word;
+    if (!refill(word, end)) {
+      handOutTokenAt(from_ + size);
+    }
   }
 
-  // True when there is the name of a macro in the word, or `_Pragma`: its settled text has been written, or it is handed
-  // out.
-  bool replaceName(char* word, const char* end) {
+  // The functions that follow return where to go on, or null.
+
+  char* copyWord(char* word, char* end) {
+    if (*end == '\0' && lexer_.atBufferEnd(end)) {
+      const auto size = end - word;
+      if (!refill(word, end)) {
+        char* const next = replaceName(from_, from_ + size);  // The input ends behind the word.
+        at_ = next == nullptr ? at_ : next;
+      }
+      return nullptr;
+    }
+    return replaceName(word, end);
+  }
+
+  // If there is the name of a macro in the word, or `_Pragma`, its settled text is written or it is handed out.
+  char* replaceName(char* word, char* end) {
     while (word != end && has(kDigits, *word)) {
       word += passNumber(word) - word;  // Behind a number a name may follow directly.
     }
     const std::string_view text(word, static_cast<std::size_t>(end - word));
     const NameTable& names = lexer_.context_.names;
     Name* const name = text.empty() || !names.mayBeMacro(text) ? nullptr : names.find(text);
-    const bool isPragma = name != nullptr && name->spelling.kind == TK_PRAGMA_OP;
-    if (name == nullptr || (name->macro == nullptr && !isPragma)) {
-      return false;
+    if (name == nullptr || (name->macro == nullptr && name->spelling.kind != TK_PRAGMA_OP)) {
+      return end;
     }
     writeUpTo(word);
-    if (name->settled.generation == names.generation() && name->macro != nullptr) {
+    if (name->settled.generation == names.generation()) {
       lexer_.context_.output.write(name->settled.text());
-      goOnAt(word + text.size());
-      return true;
+      from_ = end;
+      return end;
     }
     lexer_.name_ = name;
     lexer_.yytext = word;
-    lexer_.endScan(word + text.size());
+    lexer_.endScan(end);
     handOut(lexer_.token(name->spelling.kind));
-    return true;
+    return nullptr;
+  }
+
+  char* copyLineEnd(char* end) {
+    char* const next = end + 1;
+    char* const first = countLineEnd(end, next);
+    if (first != nullptr && *first == '\n' && first != next) {
+      writeUpTo(next);
+      from_ = first;  // The blanks of a line with nothing else on it are not written.
+    }
+    return first;
+  }
+
+  // A line end that comes out as "\n".
+  char* copyCarriageReturn(char* at) {
+    char* const next = at[1] == '\n' ? at + 2 : at + 1;
+    if (*next == '\0') {
+      handOutTokenAt(at);  // Perhaps the buffer ends here, and there is a "\n" behind it.
+      return nullptr;
+    }
+    char* const first = countLineEnd(at, next);
+    if (first != nullptr) {
+      writeUpTo(at);
+      lexer_.context_.output.write('\n');
+      from_ = *first == '\n' ? first : next;
+    }
+    return first;
   }
 
   // At the line end at `end`, with the next line at `next`: returns the first byte behind the blanks of that, or null when
   // the line end is handed out. It has to be when the next line may be a directive or needs a line directive.
-  char* passLineEnd(char* end, char* next) {
+  char* countLineEnd(char* end, char* next) {
     OutputBuffer& output = lexer_.context_.output;
     char* const first = passAll(kBlanks, next);
     if (output.line() != lexer_.line_ || has(kUnsureLineStart, *first)) {
@@ -242,71 +273,63 @@ class CppLexer::TextCopy {
     return first;
   }
 
-  // True when the byte is written like others. Otherwise it has been dealt with, and what begins there.
-  bool passByte(char* at) {
+  // A byte that is more than itself, perhaps.
+  char* copyByte(char* at, const char* block) {
     const char next = at[1];
     if (next == '\0' && isOneOf(*at, '/', '\\') && lexer_.atBufferEnd(at + 1)) {
       if (!refill(at, at + 1)) {
         at_ = from_ + 1;  // The input ends behind it.
       }
-      return false;
+      return nullptr;
     }
     switch (*at) {
       case '/':
-        if (isOneOf(next, '*', '/')) {
-          writeUpTo(at);
-          at = next == '*' ? lexer_.passBlockComment(at + 2) : lexer_.passLineComment(at + 2);
-          lexer_.context_.output.write(' ');
-          goOnAt(at);
-          return false;
-        }
-        return true;
+        return isOneOf(next, '*', '/') ? copyComment(at) : at + 1;
       case '\\':
-        if (isOneOf(next, '\n', '\r')) {
-          writeUpTo(at);
-          static_cast<void>(lexer_.scanAt(at));
-          lexer_.context_.output.write(lexer_.text_);
-          goOnAt(lexer_.beginScan());
-          return false;
-        }
-        return true;
+        return isOneOf(next, '\n', '\r') ? copyContinuation(at) : at + 1;
       case '\r':
-        passCarriageReturn(at);
-        return false;
+        return copyCarriageReturn(at);
       case '\0':
         if (!lexer_.atBufferEnd(at)) {
-          return true;
+          return at + 1;
         }
-        if (!refill(at, at)) {
-          handOutTokenAt(from_);
-        }
-        return false;
+        refillAtWord(at, block);
+        return nullptr;
       default:
-        writeUpTo(at);
-        lexer_.yytext = at++;
-        static_cast<void>(lexer_.passLiteral(at));
-        from_ = lexer_.yytext;
-        at_ = at;
-        return false;
+        return copyLiteral(at);
     }
   }
 
-  // A line end that comes out as "\n".
-  void passCarriageReturn(char* at) {
-    char* const next = at[1] == '\n' ? at + 2 : at + 1;
-    if (*next == '\0') {
-      handOutTokenAt(at);  // Perhaps the buffer ends here, and there is a "\n" behind it.
-    } else if (char* const first = passLineEnd(at, next)) {
-      writeUpTo(at);
-      lexer_.context_.output.write('\n');
-      from_ = *first == '\n' ? first : next;
-      at_ = first;
-    }
+  char* copyComment(char* at) {
+    writeUpTo(at);
+    at = at[1] == '*' ? lexer_.passBlockComment(at + 2) : lexer_.passLineComment(at + 2);
+    lexer_.context_.output.write(' ');
+    from_ = at_ = at;
+    return nullptr;
+  }
+
+  char* copyContinuation(char* at) {
+    writeUpTo(at);
+    static_cast<void>(lexer_.scanAt(at));
+    lexer_.context_.output.write(lexer_.text_);
+    from_ = at_ = lexer_.beginScan();
+    return nullptr;
+  }
+
+  char* copyLiteral(char* at) {
+    const std::uint64_t refills = lexer_.refillCount_;
+    writeUpTo(at);
+    lexer_.yytext = at++;
+    static_cast<void>(lexer_.passLiteral(at));
+    from_ = lexer_.yytext;
+    at_ = refills == lexer_.refillCount_ ? at_ : at;
+    return refills == lexer_.refillCount_ ? at : nullptr;
   }
 
   CppLexer& lexer_;
-  char* from_;  // The first byte that has not been written.
-  char* at_;    // The first byte that has not been looked at.
+  char* from_;                 // The first byte that has not been written.
+  char* at_;                   // The first byte that has not been looked at.
+  char* wordBegin_ = nullptr;  // Of the word that goes on there, if one does.
   bool isDone_ = false;
   CppTokenKind kind_ = TK_END;
 };

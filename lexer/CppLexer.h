@@ -181,6 +181,7 @@ class CppLexer final : public yyCppFlexLexer {
   Name* name_ = nullptr;
   bool inputEnded_ = false;
   std::uint64_t bytesRead_ = 0;
+  std::uint64_t refillCount_ = 0;  // How often the buffer may have moved.
   // Up to these offsets no string or character literal closes: a quote before it need not be tried again.
   std::uint64_t stringUnclosedUntil_ = 0;
   std::uint64_t characterUnclosedUntil_ = 0;

@@ -82,8 +82,10 @@ class NameTable {
 
   /// To be called when `name` gets a definition.
   void noteMacro(Name& name);
-  /// False for most words that have no macro definition and are not `_Pragma`: these are looked at by the lexer only. The
-  /// three bytes behind `word` may be read.
+  /// Both are false for most words that hold no name with a macro definition and not `_Pragma`. The first looks at the
+  /// first two bytes and says yes for numbers: a name may follow one directly. The second is for names; the three bytes
+  /// behind `word` may be read.
+  bool mayHoldMacro(const char* word) const { return macroNames_.mayBegin(word); }
   bool mayBeMacro(std::string_view word) const { return macroNames_.mayHold(word); }
 
   /// Counts the changes of macro definitions, from 1. Whatever has been found out about expansions holds in one

@@ -290,7 +290,7 @@ def selected(names: str | None) -> list[Workload]:
 def selected_constructs(options: argparse.Namespace) -> list[Construct]:
     constructs = by_construct.selected(options.only, options.growth)
     if not constructs:
-        sys.exit(f"scripts/bench: no construct matches {options.only}; scripts/bench --constructs --list names them all")
+        sys.exit(f"scripts/bench: no construct matches {options.only}; --constructs --list names them all")
     return constructs
 
 

@@ -24,7 +24,7 @@ GROWTH_FACTORS = (1, 2, 4, 8)
 MOST_AT_FIRST = 0.06  # seconds; a construct that takes longer at its own size begins at a smaller one
 SLOW = 2.0  # seconds; a size that takes longer is run once
 TOO_FAST = 0.02  # seconds; if the largest size takes less, the exponent says little
-SUPERLINEAR = 1.3
+TOLERANCE = 0.3  # an exponent is too large if it is so much above 1, or above 2 where the square is due
 MOST_OPTIONS = 1_900_000  # bytes of all words of a command line, and of one: what Linux takes
 LONGEST_OPTION = 131_000
 
@@ -47,6 +47,11 @@ def run_source(launcher: Launcher, program: Program, folder: pathlib.Path, sourc
 def was_stopped(run: Run) -> bool:
     """By a signal or the time limit. Errors that a program reports are its own way to go through."""
     return run.failure is not None and not run.failure.startswith(("status", "error"))
+
+
+def inputs_below(data: pathlib.Path) -> tempfile.TemporaryDirectory:
+    """A folder for the inputs of this run, which are written and read at once."""
+    return tempfile.TemporaryDirectory(prefix="constructs-", dir=data)
 
 
 def startups(launcher: Launcher, programs: list[Program], folder: pathlib.Path) -> dict[str, float]:
@@ -164,9 +169,10 @@ def side_by_side_text(rows: list[dict], startup: dict[str, float]) -> str:
 
 def run_side_by_side(launcher: Launcher, programs: list[Program], constructs: list[Construct], data: pathlib.Path,
                      rounds: int, scale: float, note: Note) -> tuple[str, list[dict], bool]:
-    side_by_side = SideBySide(launcher, programs, data / "construct", rounds)
     memory = pathlib.Path("/dev/shm")
-    with tempfile.TemporaryDirectory(prefix="qnpp-bench-", dir=memory if memory.is_dir() else None) as folder:
+    with (inputs_below(data) as inputs,
+          tempfile.TemporaryDirectory(prefix="qnpp-bench-", dir=memory if memory.is_dir() else None) as folder):
+        side_by_side = SideBySide(launcher, programs, pathlib.Path(inputs) / "input", rounds)
         rows = []
         for construct in constructs:
             note(f"{construct.name} ...")
@@ -198,51 +204,58 @@ def first_size(launcher: Launcher, qnpp: Program, construct: Construct, folder: 
     return n
 
 
-def growth_row(launcher: Launcher, qnpp: Program, construct: Construct, data: pathlib.Path, startup: float,
+def growth_row(launcher: Launcher, qnpp: Program, construct: Construct, inputs: pathlib.Path, startup: float,
                rounds: int) -> dict:
-    n = first_size(launcher, qnpp, construct, data / "construct", startup)
-    folders = {n * factor: data / f"construct-x{factor}" for factor in GROWTH_FACTORS}
+    n = first_size(launcher, qnpp, construct, inputs / "input", startup)
+    folders = {n * factor: inputs / f"input-x{factor}" for factor in GROWTH_FACTORS}
     sources = {size: construct.prepare(size, folder) for size, folder in folders.items()}
     series = measure(list(folders), rounds,
                      lambda size: run_source(launcher, qnpp, folders[size], sources[size]),
                      lambda run: not was_stopped(run) and run.cpu <= SLOW)
     seconds = {size: arithmetic.net(one.fastest, startup if sources[size].runs == 1 else 0)
-               for size, one in series.items()}
+               for size, one in series.items() if not was_stopped(one.runs[-1])}
+    exponent = arithmetic.exponent(list(seconds), list(seconds.values())) if len(seconds) > 1 else None
     stopped = next((run.failure for one in series.values() for run in one.runs if was_stopped(run)), None)
     return {
         "construct": construct.name,
+        "n": n,
         "more": construct.more,
         "stopped": stopped,
-        "seconds": {str(size): value for size, value in seconds.items()},
-        "exponent": None if stopped else arithmetic.exponent(list(seconds), list(seconds.values())),
-        "clear": max(seconds.values()) >= TOO_FAST,
+        "seconds": {str(size): seconds.get(size) for size in folders},
+        "exponent": exponent,
+        "too_large": exponent is None or exponent > (2 if construct.more else 1) + TOLERANCE,
+        "clear": max(seconds.values(), default=0) >= TOO_FAST,
         "peak_mb": {str(size): one.peak for size, one in series.items()},
         "runs": {str(size): [vars(run) for run in one.runs] for size, one in series.items()},
     }
 
 
 def growth_text(rows: list[dict], startup: float) -> str:
-    def shown(row: dict) -> str:
-        return row["stopped"] or f"{row['exponent']:.2f}" + ("" if row["clear"] else " ?")
+    def exponent(row: dict) -> str:
+        return report.number(row["exponent"]) + ("" if row["clear"] else " ?")
+
+    def listed(chosen: list[dict]) -> str:
+        return "".join(f"- {row['construct']}: {exponent(row)}{' and ' + row['stopped'] if row['stopped'] else ''}"
+                       f"{', since ' + row['more'] if row['more'] else ''}\n" for row in chosen) or "None.\n"
 
     table = report.table(
-        ["construct", "n", *(f"x{factor}" for factor in GROWTH_FACTORS), "exponent"],
-        [[row["construct"], f"{int(next(iter(row['seconds']))):,}", *map(report.seconds, row["seconds"].values()),
-          shown(row)] for row in rows])
-    above = [row for row in rows if row["stopped"] or row["exponent"] > SUPERLINEAR]
-    unexplained = "".join(f"- {row['construct']}: {shown(row)}\n" for row in above if not row["more"])
-    explained = "".join(f"- {row['construct']}: {shown(row)}, since {row['more']}\n" for row in above if row["more"])
+        ["construct", "n", *(f"x{factor}" for factor in GROWTH_FACTORS), "exponent", ""],
+        [[row["construct"], f"{row['n']:,}", *map(report.seconds, row["seconds"].values()), exponent(row),
+          row["stopped"] or ("TOO LARGE" if row["too_large"] else "")] for row in rows])
+    above = [row for row in rows if row["too_large"] or row["stopped"]]
+    square = [row for row in rows if row not in above and row["exponent"] > 1 + TOLERANCE]
     return (f"User and system seconds of qnpp at n, 2n, 4n and 8n, fastest run, without the {1000 * startup:.1f} ms to "
             f"start.\nThe exponent e is that of size^e, fitted to the three largest; with a ? the largest took under "
-            f"{TOO_FAST:g} s.\n\n{table}\n\nOver {SUPERLINEAR:g}\n\n{unexplained or 'None.' + chr(10)}\n"
-            f"Over {SUPERLINEAR:g} because of what they mean\n\n{explained or 'None.' + chr(10)}")
+            f"{TOO_FAST:g} s.\n\n{table}\n\nToo large: over {1 + TOLERANCE:g}, or over {2 + TOLERANCE:g} where the "
+            f"square of n is due\n\n{listed(above)}\nThe square of n, or nearly, where it is due\n\n{listed(square)}")
 
 
 def run_growth(launcher: Launcher, qnpp: Program, constructs: list[Construct], data: pathlib.Path, rounds: int,
                note: Note) -> tuple[str, list[dict], bool]:
-    startup = startups(launcher, [qnpp], data / "construct")[qnpp.name]
-    rows = []
-    for construct in constructs:
-        note(f"{construct.name} ...")
-        rows.append(growth_row(launcher, qnpp, construct, data, startup, rounds))
+    with inputs_below(data) as inputs:
+        startup = startups(launcher, [qnpp], pathlib.Path(inputs) / "input")[qnpp.name]
+        rows = []
+        for construct in constructs:
+            note(f"{construct.name} ...")
+            rows.append(growth_row(launcher, qnpp, construct, pathlib.Path(inputs), startup, rounds))
     return growth_text(rows, startup), rows, not any(row["stopped"] for row in rows)

@@ -83,9 +83,9 @@ class Launcher:
     def run(self, program: Program, folder: pathlib.Path, output: str = os.devnull,
             options: Sequence[str] = ()) -> Run:
         try:
-            result = subprocess.run([str(self._path), str(self._time_limit), output, str(self._errors), *program.command,
-                                     *options, "input.c"], cwd=folder, env=environment(), stdin=subprocess.DEVNULL,
-                                    stdout=subprocess.PIPE, check=True, text=True)
+            launch = (str(self._path), str(self._time_limit), output, str(self._errors))
+            result = subprocess.run([*launch, *program.command, *options, "input.c"], cwd=folder, env=environment(),
+                                    stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=True, text=True)
             with open(self._errors, "rb") as errors:
                 said = errors.read(_STDERR_READ)
         finally:

@@ -63,10 +63,10 @@ TEST_F(TokenListTest, AppendsListsWithAnAdditionalSet) {
   other.append(setting.spell("b"), HideSet());
   other.append(setting.spell("c"), setting.hideSetOf("XB"));
   list.append(setting.spell("z"), setting.hideSetOf("Z"));
-  list.append(other, setting.hideSetOf("XY"), hideSets);
+  list.append(other.all(), setting.hideSetOf("XY"), hideSets);
   EXPECT_EQ(setting.dumpList(list), "z{Z} a{AXY} b{XY} c{BXY}");
   EXPECT_EQ(setting.dumpList(other), "a{A} b c{BX}");
-  list.append(TokenList(), setting.hideSetOf("Q"), hideSets);
+  list.append(TokenList().all(), setting.hideSetOf("Q"), hideSets);
   EXPECT_EQ(list.size(), 4U);
 }
 
@@ -75,7 +75,7 @@ TEST_F(TokenListTest, AppendsWithoutAnAdditionalSet) {
   TokenList other;
   other.append(setting.spell("a"), setting.hideSetOf("A"));
   other.append(setting.spell("b"), HideSet());
-  list.append(other, HideSet(), hideSets);
+  list.append(other.all(), HideSet(), hideSets);
   EXPECT_EQ(setting.dumpList(list), "a{A} b");
 }
 

@@ -57,7 +57,7 @@ std::string dumpSteps(const Replacement& replacement) {
         break;
       }
       case Replacement::Step::Kind::Misuse:
-        steps += "\"" + std::string(Replacement::misuse(step.begin)) + "\"";
+        steps += "\"" + textOf(Replacement::misuse(step), "") + "\"";
         break;
     }
   }
@@ -233,7 +233,7 @@ TEST_F(ReplacementTest, NamesOfTheListBecomeKnown) {
 
 struct PropertyRow {
   const char* text;
-  bool opensComment;
+  bool hasEffects;
   bool isFixedText;
 };
 
@@ -241,11 +241,12 @@ TEST_F(ReplacementTest, KnowsWhatItsTextDoesWhenItIsRead) {
   const PropertyRow rows[] = {
       {"", false, true},         {"1 + 2", false, true}, {"\"s\" 'c' ;", false, true}, {"# ##", false, true},
       {"\"//\"", false, true},   {"x", false, false},    {"1 if", false, false},       {"defined", false, false},
-      {"_Pragma", false, false}, {"1\n", false, false},  {"/**/", true, false},        {"1 // x", true, false},
+      {"_Pragma", false, false}, {"1\n", false, false},  {"/**/", false, false},       {"1 // x", false, false},
+      {"1 /*\n*/", true, false}, {"/* x", true, false},  {"\\\r\n", false, true},      {"\r\n", false, false},
   };
   for (const PropertyRow& row : rows) {
     const Replacement replacement(row.text, setting.names, setting.lexer);
-    EXPECT_EQ(replacement.opensComment(), row.opensComment) << row.text;
+    EXPECT_EQ(replacement.hasEffects(), row.hasEffects) << row.text;
     EXPECT_EQ(replacement.isFixedText(), row.isFixedText) << row.text;
   }
 }

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "tests/unit/support/RunRows.h"
-#include "tests/unit/support/Spellings.h"
+#include "tests/unit/support/Streams.h"
 
 namespace qnpp {
 namespace {
@@ -53,8 +53,8 @@ TEST(SettledTextTest, LongTextsAndManyTokensAreNotKept) {
 }
 
 TEST(SettledTextTest, EachChangeOfADefinitionBeginsAGeneration) {
-  SpellingSetting setting;
-  CppMacroTable table(setting.names, setting.pool);
+  StreamSetting setting;
+  CppMacroTable table(setting.names, setting.stream);
   const auto begins = [&setting](auto change) {
     const std::uint64_t before = setting.names.generation();
     change();

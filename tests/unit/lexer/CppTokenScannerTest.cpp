@@ -378,5 +378,92 @@ TEST_F(CppTokenScannerTest, TakingElementsMakesTheLastOneCurrent) {
   }
 }
 
+// ---- A set for each token ----
+
+TEST_F(CppTokenScannerTest, ABorrowedPartHasItsOwnSetsAndThatOfTheRange) {
+  const TokenList list = fourElements();
+  TokenRange part = list.all().part(1, 3);
+  part.hideSet = setting.hideSetOf("X");
+  scanner.read(part, nullptr);
+  EXPECT_EQ(setting.lettersOf(scanner.hideSet()), "BX");  // Before the first token, that of the first element.
+  EXPECT_TRUE(scanner.isHidden(setting.name("B")));
+  EXPECT_EQ(dumpRest(), "+{BX} IDENTIFIER:b{BX} IDENTIFIER:c{ADX}");
+  EXPECT_TRUE(scanner.isHidden(setting.name("X")));
+  EXPECT_TRUE(scanner.isHidden(setting.name("D")));
+  EXPECT_FALSE(scanner.isHidden(setting.name("B")));
+}
+
+TEST_F(CppTokenScannerTest, CurrentTokensAreAppendedWithTheirSets) {
+  TokenList list = fourElements();
+  TokenRange range = list.all();
+  range.hideSet = setting.hideSetOf("X");
+  scanner.read(range, nullptr);
+  TokenList copied;
+  while (scanner.get() != TK_END) {
+    scanner.appendCurrent(copied, false, hideSets);
+  }
+  EXPECT_EQ(setting.dumpList(copied), "a{AX} +{BX} b{BX} c{ADX}");
+  scanner.reset();
+  scanner.read({range.tokens, setting.hideSetOf("Y")}, nullptr);
+  TokenList plain;
+  while (scanner.get() != TK_END) {
+    scanner.appendCurrent(plain, true, hideSets);
+  }
+  EXPECT_EQ(setting.dumpList(plain), "a{Y} +{Y} b{Y} c{Y}");
+}
+
+TEST_F(CppTokenScannerTest, SetsOfNestedRunsAreFound) {
+  TokenList elements;
+  for (const char letter : std::string("ABCDEF")) {
+    const TokenList one = setting.listOf({"x", "y"}, setting.hideSetOf({&letter, 1}));
+    elements.appendSettled(one.all(), setting.names.generation(), hideSets);
+  }
+  TokenList nested;
+  nested.append(elements.all(), setting.hideSetOf("X"), hideSets);
+  ASSERT_EQ(nested.runs().size(), 1U);
+  scanner.read(nested.all().part(3, 4), nullptr);
+  EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
+  EXPECT_TRUE(scanner.isHidden(setting.name("B")));
+  EXPECT_FALSE(scanner.isHidden(setting.name("C")));
+  EXPECT_EQ(dumpRest(), "IDENTIFIER:x{CX} IDENTIFIER:y{CX} IDENTIFIER:x{DX}");
+}
+
+// A name with a definition that is hidden is settled: it is passed over with those around it, which a plain list would
+// stop at. Any change of a definition ends that.
+TEST_F(CppTokenScannerTest, MarksOfAnOlderGenerationAreNotTrusted) {
+  CppMacro macro;
+  setting.name("MACRO").macro = &macro;
+  const HideSet hidden = HideSet().with(setting.name("MACRO")).joined(setting.hideSetOf("H"));
+  TokenList list = setting.listOf({"a"});
+  list.appendSettled(setting.listOf({"MACRO", "b"}, hidden).all(), setting.names.generation(), hideSets);
+  list.append(setting.spell("c"), HideSet());
+  list.append(setting.spell("MACRO"), setting.hideSetOf("M"));
+  for (const bool isSameGeneration : {true, false}) {
+    scanner.reset();
+    scanner.read(list.all(), nullptr);
+    TokenList taken;
+    scanner.takeSettled(taken, hideSets);
+    EXPECT_EQ(setting.dumpList(taken), isSameGeneration ? "a MACRO{H} b{H} c" : "a");
+    EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
+    EXPECT_EQ(scanner.text(), "MACRO");
+    EXPECT_EQ(setting.lettersOf(scanner.hideSet()), isSameGeneration ? "M" : "H");
+    setting.names.beginGeneration();
+  }
+}
+
+TEST_F(CppTokenScannerTest, OneOldMarkMakesAllOfAListOld) {
+  CppMacro macro;
+  setting.name("MACRO").macro = &macro;
+  const HideSet hidden = HideSet().with(setting.name("MACRO"));
+  TokenList list;
+  list.appendSettled(setting.listOf({"MACRO"}, hidden).all(), setting.names.generation(), hideSets);
+  setting.names.beginGeneration();
+  list.appendSettled(setting.listOf({"MACRO"}, hidden).all(), setting.names.generation(), hideSets);
+  scanner.read(list.all(), nullptr);
+  TokenList taken;
+  scanner.takeSettled(taken, hideSets);
+  EXPECT_TRUE(taken.empty());
+}
+
 }  // namespace
 }  // namespace qnpp

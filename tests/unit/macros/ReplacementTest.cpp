@@ -231,6 +231,32 @@ TEST_F(ReplacementTest, NamesOfTheListBecomeKnown) {
   EXPECT_EQ(replacement.tokens()[2], &setting.names.find("if")->spelling);
 }
 
+struct AgainRow {
+  const char* text;
+  std::vector<bool> isWantedAgain;  // For each step that expands an argument.
+};
+
+TEST_F(ReplacementTest, KnowsWhichArgumentsAreExpandedAgain) {
+  const AgainRow rows[] = {
+      {"a", {false}},         {"a a", {true, false}},     {"a b a b a", {true, true, true, false, false}},
+      {"a #a a##b", {false}}, {"#a a b", {false, false}}, {"a a #", {true, false}},
+      {"a ## a a", {false}},
+  };
+  for (const AgainRow& row : rows) {
+    for (const std::string_view parameter : {"a", "b"}) {
+      setting.names.intern(parameter);
+    }
+    const Replacement replacement(row.text, {"a", "b"}, setting.names, setting.lexer);
+    std::vector<bool> isWantedAgain;
+    for (const Replacement::Step& step : replacement.steps()) {
+      if (step.kind == Replacement::Step::Kind::Expand) {
+        isWantedAgain.push_back(step.isWantedAgain);
+      }
+    }
+    EXPECT_EQ(isWantedAgain, row.isWantedAgain) << row.text;
+  }
+}
+
 struct PropertyRow {
   const char* text;
   bool hasEffects;

@@ -51,7 +51,7 @@ struct SpellingSetting : LexerSetting {
   }
 
   /// Texts of tokens with their hide sets: "a{A} +b{AB}". An empty set is left out.
-  std::string dumpRange(const TokenRange& range) {
+  std::string dumpRange(const TokenRange& range, std::string_view separator = " ") {
     std::string dumped;
     for (std::size_t index = 0; index < range.tokens.size(); ++index) {
       HideSet set = range.hideSet;
@@ -59,7 +59,7 @@ struct SpellingSetting : LexerSetting {
         const std::size_t position = range.position + index;
         set = set.joined(range.list->hideSetAt(position, range.list->runAt(position)));
       }
-      dumped += (index == 0 ? "" : " ") + visible(range.tokens[index]->text());
+      dumped.append(index == 0 ? "" : separator).append(visible(range.tokens[index]->text()));
       dumped += set.empty() ? "" : "{" + lettersOf(set) + "}";
     }
     return dumped;

@@ -18,7 +18,7 @@ namespace qnpp {
 
 /// A stream, and one file in it that holds the text. Spellings made by `spell` live as long as the setting; those that
 /// the stream is to own are made by `stream.spell`.
-struct StreamSetting : SpellingSetting, TokenStream::Listener {
+struct StreamSetting final : SpellingSetting, TokenStream::Listener {
   explicit StreamSetting(std::string_view text = "") { pushText(text); }
 
   /// Makes `text`, which is borrowed, a file of the stream.
@@ -64,7 +64,7 @@ struct StreamSetting : SpellingSetting, TokenStream::Listener {
 };
 
 /// Keeps the identifiers of messages: "too-few-arguments missing-file(a.h)".
-struct MessageList : MessageSink {
+struct MessageList final : MessageSink {
   std::string identifiers;
 
  private:

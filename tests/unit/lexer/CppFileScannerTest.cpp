@@ -188,6 +188,7 @@ TEST(CppFileScannerTest, CopyingHandsOutMacrosWithTheirEntries) {
   CppMacro macro;
   Name* const entry = reading.setting.names.intern("MACRO");
   entry->macro = &macro;
+  reading.setting.names.noteMacro(*entry);
   EXPECT_EQ(reading.scanner.get(), TK_IDENTIFIER);
   EXPECT_EQ(reading.scanner.name(), nullptr);
   EXPECT_EQ(reading.scanner.copyText(), TK_IDENTIFIER);

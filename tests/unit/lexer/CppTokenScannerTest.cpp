@@ -43,7 +43,7 @@ struct CppTokenScannerTest : testing::Test {
 
   SpellingSetting setting;
   HideSetCache hideSets;
-  CppTokenScanner scanner{setting.pool, setting.context};
+  CppTokenScanner scanner{setting.pool, setting.context, hideSets};
 };
 
 struct Row {
@@ -298,33 +298,33 @@ TEST_F(CppTokenScannerTest, TakesSettledTokensWithTheirHideSets) {
   scanner.read(list);
 
   TokenList taken;
-  scanner.takeSettled(taken, hideSets);
+  scanner.takeSettled(taken);
   EXPECT_EQ(setting.dumpList(taken), "a{A}  {B} <LF>{B}");
-  scanner.takeSettled(taken, hideSets);
+  scanner.takeSettled(taken);
   EXPECT_EQ(taken.size(), 3U);
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
   EXPECT_EQ(scanner.text(), "MACRO");
   EXPECT_EQ(setting.lettersOf(scanner.hideSet()), "C");
 
   taken.clear();
-  scanner.takeSettled(taken, hideSets);
+  scanner.takeSettled(taken);
   EXPECT_EQ(setting.dumpList(taken), "b{D}");
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
   EXPECT_EQ(scanner.text(), "c");
   EXPECT_EQ(setting.lettersOf(scanner.hideSet()), "D");
-  scanner.takeSettled(taken, hideSets);  // Inside of an element nothing is taken.
+  scanner.takeSettled(taken);  // Inside of an element nothing is taken.
   EXPECT_EQ(setting.dumpList(taken), "b{D}");
   EXPECT_EQ(scanner.get(), '+');
   EXPECT_EQ(scanner.peek(), TK_IDENTIFIER);
-  scanner.takeSettled(taken, hideSets);  // Nor behind a look-ahead.
+  scanner.takeSettled(taken);  // Nor behind a look-ahead.
   EXPECT_EQ(setting.dumpList(taken), "b{D}");
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
 
   taken.clear();
-  scanner.takeSettled(taken, hideSets);
+  scanner.takeSettled(taken);
   EXPECT_EQ(setting.dumpList(taken), "e{D}");
   EXPECT_EQ(scanner.get(), TK_DEFINED);
-  scanner.takeSettled(taken, hideSets);
+  scanner.takeSettled(taken);
   EXPECT_EQ(setting.dumpList(taken), "e{D} if{E}");
   EXPECT_EQ(scanner.get(), TK_END);
 }
@@ -333,30 +333,30 @@ TEST_F(CppTokenScannerTest, TakesSettledTokensOfABorrowedRange) {
   const TokenList list = setting.listOf({"a", "b"});
   scanner.read({list.spellings(), setting.hideSetOf("X")}, nullptr);
   TokenList taken;
-  scanner.takeSettled(taken, hideSets);
+  scanner.takeSettled(taken);
   EXPECT_EQ(setting.dumpList(taken), "a{X} b{X}");
   EXPECT_TRUE(scanner.isExhausted());
 }
 
 TEST_F(CppTokenScannerTest, TheRestBeginsAtTheNextElement) {
   read({"a", "b", "c+d", "e"});
-  EXPECT_EQ(scanner.rest().tokens.size(), 4U);
+  EXPECT_EQ(scanner.rest().size(), 4U);
   EXPECT_EQ(scanner.peek(), TK_IDENTIFIER);
-  EXPECT_EQ(scanner.rest().tokens.size(), 4U);  // A token that has been looked at is the first of them.
-  EXPECT_EQ(scanner.rest().tokens[0]->text(), "a");
+  EXPECT_EQ(scanner.rest().size(), 4U);  // A token that has been looked at is the first of them.
+  EXPECT_EQ(scanner.rest()[0]->text(), "a");
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
-  EXPECT_EQ(scanner.rest().tokens.size(), 3U);
-  EXPECT_EQ(scanner.rest().tokens[0]->text(), "b");
+  EXPECT_EQ(scanner.rest().size(), 3U);
+  EXPECT_EQ(scanner.rest()[0]->text(), "b");
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);  // "c", inside of an element.
-  EXPECT_EQ(scanner.rest().tokens.size(), 0U);
+  EXPECT_EQ(scanner.rest().size(), 0U);
   EXPECT_EQ(scanner.get(), '+');
   EXPECT_EQ(scanner.peek(), TK_IDENTIFIER);  // "d": no element by itself.
-  EXPECT_EQ(scanner.rest().tokens.size(), 0U);
+  EXPECT_EQ(scanner.rest().size(), 0U);
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
-  EXPECT_EQ(scanner.rest().tokens.size(), 1U);
+  EXPECT_EQ(scanner.rest().size(), 1U);
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
-  EXPECT_EQ(scanner.rest().tokens.size(), 0U);
+  EXPECT_EQ(scanner.rest().size(), 0U);
 }
 
 TEST_F(CppTokenScannerTest, TakingElementsMakesTheLastOneCurrent) {
@@ -370,7 +370,8 @@ TEST_F(CppTokenScannerTest, TakingElementsMakesTheLastOneCurrent) {
     if (lookAhead) {
       scanner.peek();
     }
-    scanner.take(2);
+    const TokenRange taken = scanner.take(0, 1, 2);
+    EXPECT_EQ(setting.dumpRange(taken), "a{AB}");  // What is taken last adds its set.
     EXPECT_EQ(scanner.text(), ",");
     EXPECT_EQ(scanner.spelling(), characterSpelling(','));
     EXPECT_EQ(setting.lettersOf(scanner.hideSet()), "B");
@@ -400,14 +401,14 @@ TEST_F(CppTokenScannerTest, CurrentTokensAreAppendedWithTheirSets) {
   scanner.read(range, nullptr);
   TokenList copied;
   while (scanner.get() != TK_END) {
-    scanner.appendCurrent(copied, false, hideSets);
+    scanner.appendCurrent(copied);
   }
   EXPECT_EQ(setting.dumpList(copied), "a{AX} +{BX} b{BX} c{ADX}");
   scanner.reset();
   scanner.read({range.tokens, setting.hideSetOf("Y")}, nullptr);
   TokenList plain;
   while (scanner.get() != TK_END) {
-    scanner.appendCurrent(plain, true, hideSets);
+    scanner.appendCurrent(plain, true);
   }
   EXPECT_EQ(setting.dumpList(plain), "a{Y} +{Y} b{Y} c{Y}");
 }
@@ -442,7 +443,7 @@ TEST_F(CppTokenScannerTest, MarksOfAnOlderGenerationAreNotTrusted) {
     scanner.reset();
     scanner.read(list.all(), nullptr);
     TokenList taken;
-    scanner.takeSettled(taken, hideSets);
+    scanner.takeSettled(taken);
     EXPECT_EQ(setting.dumpList(taken), isSameGeneration ? "a MACRO{H} b{H} c" : "a");
     EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
     EXPECT_EQ(scanner.text(), "MACRO");
@@ -461,7 +462,7 @@ TEST_F(CppTokenScannerTest, OneOldMarkMakesAllOfAListOld) {
   list.appendSettled(setting.listOf({"MACRO"}, hidden).all(), setting.names.generation(), hideSets);
   scanner.read(list.all(), nullptr);
   TokenList taken;
-  scanner.takeSettled(taken, hideSets);
+  scanner.takeSettled(taken);
   EXPECT_TRUE(taken.empty());
 }
 

@@ -39,7 +39,9 @@ std::string makeText(std::mt19937& random) {
 // A scanner over a text that arrives in pieces, as standard input, and what it works with.
 struct Reading {
   Reading(std::string_view text, std::size_t step) : input(text, step), scanner("", input, setting.context) {
-    setting.names.intern("MACRO")->macro = &macro;
+    Name& name = *setting.names.intern("MACRO");
+    name.macro = &macro;
+    setting.names.noteMacro(name);
     setting.names.intern("other");
   }
 
@@ -201,7 +203,7 @@ TEST(SkippingTest, ASkippedLineIsGoneWithItsTokens) {
   }
 }
 
-// Goes through a skipped group: a line that begins with "#" is shown, any other leaves an empty line.
+// Goes through a skipped group: a line with a directive of a conditional is shown, any other leaves an empty line.
 template <typename PassPlainLines>
 std::string skipGroup(Reading& reading, PassPlainLines passPlainLines) {
   CppFileScanner& scanner = reading.scanner;
@@ -215,9 +217,15 @@ std::string skipGroup(Reading& reading, PassPlainLines passPlainLines) {
     if (kind == TK_END) {
       return reading.state();
     }
-    const bool isDirective = kind == '#';
+    bool isShown = kind == '#';
+    if (isShown) {
+      do {
+        kind = scanner.get();
+      } while (isBlank(kind));
+      isShown = kind >= TK_IF && kind <= TK_ENDIF;
+    }
     while (kind != TK_NEWLINE) {
-      if (isDirective) {
+      if (isShown) {
         output.write(dumpToken(kind, scanner.text()) + " ");
       }
       kind = scanner.get();
@@ -271,7 +279,9 @@ TEST(SkippingTest, CopyingStopsAtWhatTheEngineHasToSee) {
     input.reset(row.text);
     LexerSetting setting;
     CppMacro macro;
-    setting.names.intern("MACRO")->macro = &macro;
+    Name& name = *setting.names.intern("MACRO");
+    name.macro = &macro;
+    setting.names.noteMacro(name);
     setting.names.intern("other");
     CppLexer lexer(input, setting.context);
     EXPECT_EQ(lexer.next(), TK_IDENTIFIER);
@@ -293,6 +303,7 @@ TEST(SkippingTest, CopyingWritesWhatAMacroIsKnownToComeTo) {
     CppMacro macro;
     Name& name = *setting.names.intern("MACRO");
     name.macro = &macro;
+    setting.names.noteMacro(name);
     name.settled = {"12", 2, setting.names.generation()};
     if (!isStillKnown) {
       setting.names.beginGeneration();
@@ -316,8 +327,19 @@ TEST(SkippingTest, PlainLinesEndAtALineThatMayBeADirective) {
       {"\n", "", ""},
       {"\na\nb\n", "\n\n", ""},
       {"\na\nb", "\n\n", ""},
-      {"\na\n#b\nc\n", "\n", "# IDENTIFIER:b NEWLINE IDENTIFIER:c NEWLINE"},
-      {"\na\n  #b\n", "\n", "SPACE SPACE # IDENTIFIER:b NEWLINE"},
+      {"\na\n#if b\nc\n", "\n", "# IF SPACE IDENTIFIER:b NEWLINE IDENTIFIER:c NEWLINE"},
+      {"\na\n  #else\n", "\n", "SPACE SPACE # ELSE NEWLINE"},
+      {"\n# \tendif\n", "", "# SPACE SPACE:<TAB> ENDIF NEWLINE"},
+      {"\n#ifdef\n", "", "# IFDEF NEWLINE"},
+      {"\n#ifndef\n", "", "# IFNDEF NEWLINE"},
+      {"\n#elif\n", "", "# ELIF NEWLINE"},
+      // Any other word behind a "#" is no directive here.
+      {"\na\n#b\nc\n", "\n\n\n", ""},
+      {"\n  # \tdefine a \\\n#if\n#iff\n#endi\n#1\n", "\n\n\n\n", ""},
+      // Without a word it is looked at: alone it takes the next line with it.
+      {"\na\n# \n", "\n", "# SPACE NEWLINE"},
+      {"\n#\"\n", "", "# OTHER:\" NEWLINE"},
+      {"\n##if\n", "", "PASTE IF NEWLINE"},
       {"\n\\\n#b\n", "", "CONTINUATION # IDENTIFIER:b NEWLINE"},
       {"\n/* */#b\n", "", "SPACE # IDENTIFIER:b NEWLINE"},
       {"\na /*\n# */ b\n#\n", "\n\n", "# NEWLINE"},

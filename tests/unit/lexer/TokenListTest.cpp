@@ -160,8 +160,7 @@ TEST_F(NestedRunsTest, SlicesAndCutsFindTheirTokens) {
   twice.cutTo(3);
   EXPECT_EQ(setting.dumpList(twice), "- b{BXY} c{CXY}");
   twice.append(setting.spell("new"), setting.hideSetOf("N"));
-  twice.appendUnasked(setting.spell("blank"));
-  EXPECT_EQ(setting.dumpList(twice), "- b{BXY} c{CXY} new{N} blank{N}");
+  EXPECT_EQ(setting.dumpList(twice), "- b{BXY} c{CXY} new{N}");
   nested.clear();
   twice.clear();
   EXPECT_EQ(setting.dumpList(list), "c{CXYZ} d{DXYZ} e{EXYZ}");  // It holds what it shares.
@@ -169,10 +168,9 @@ TEST_F(NestedRunsTest, SlicesAndCutsFindTheirTokens) {
 
 TEST_F(NestedRunsTest, ATokenBehindANestedRunDoesNotJoinIt) {
   list.append(settledTokens(5).all(), HideSet(), hideSets);
-  list.appendUnasked(setting.spell("blank"));
   list.append(setting.spell("x"), HideSet());
   list.append(setting.spell("y"), setting.hideSetOf("Y"));
-  EXPECT_EQ(setting.dumpList(list), "a{A} b{B} c{C} d{D} e{E} blank x y{Y}");
+  EXPECT_EQ(setting.dumpList(list), "a{A} b{B} c{C} d{D} e{E} x y{Y}");
 }
 
 // Neighbouring slices of one list are one run again.
@@ -302,11 +300,6 @@ class RandomLists {
 
   void appendSingle(ModelledList& to) {
     const Spelling* const spelling = characterSpelling("+-*/%;"[random_() % 6]);
-    if (!to.model.empty() && random_() % 4 == 0) {
-      to.list.appendUnasked(spelling);
-      to.model.push_back({spelling, std::nullopt});
-      return;
-    }
     const unsigned letters = pickLetters();
     if (random_() % 2 == 0) {
       to.list.append(spelling, setOf(letters));

@@ -1,5 +1,5 @@
-// The search for the next byte that matters.
-#include "lexer/ByteScan.h"
+// Looking at 64 bytes at a time.
+#include "lexer/Block.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ struct ScannedText {
   std::unique_ptr<char[]> bytes;
 };
 
-TEST(ByteScanTest, FindsTheFirstStopFromAnyPlace) {
+TEST(BlockTest, FindsTheFirstStopFromAnyPlace) {
   for (std::size_t start = 0; start < 20; ++start) {
     for (std::size_t stop = start; stop < 70; ++stop) {
       std::string text(80, 'x');
@@ -36,14 +36,14 @@ TEST(ByteScanTest, FindsTheFirstStopFromAnyPlace) {
   }
 }
 
-TEST(ByteScanTest, StopsAtTheEnd) {
+TEST(BlockTest, StopsAtTheEnd) {
   for (std::size_t size = 0; size < 70; ++size) {
     const ScannedText scanned(std::string(size, 'x'));
     EXPECT_EQ((findAny<'*', '\0'>(scanned.at(0))), scanned.at(size));
   }
 }
 
-TEST(ByteScanTest, EveryStopCountsAndNothingElse) {
+TEST(BlockTest, EveryStopCountsAndNothingElse) {
   for (int code = 1; code < 256; ++code) {
     const ScannedText scanned(std::string(5, static_cast<char>(code)));
     const bool isStop = code == '"' || code == '\\' || code == 0xFF;

@@ -3,29 +3,39 @@
 // What must hold, besides no fault: value, success and messages are those of a reader written straight from the
 // grammar, one function for each of its rules; and a division by zero ends the evaluation where that reader meets one.
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <new>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "FuzzSupport.h"
-#include "engine/CppPreprocessor.h"
+#include "directives/ExpressionEvaluator.h"
 #include "lexer/CppLexer.h"
-#include "lexer/NameTable.h"
-#include "lexer/OutputBuffer.h"
+#include "lexer/TokenStream.h"
+#include "macros/CppMacroTable.h"
+#include "tests/support/PiecewiseInput.h"
 
 namespace {
 
 using qnpp::CppTokenKind;
 
-// The name that is defined beside those that always are.
-constexpr std::string_view kDefinedName = "D";
+constexpr std::array<std::string_view, 2> kDefinedNames = {"D", "__FILE__"};
 
-bool isDefined(std::string_view name) {
-  return name == kDefinedName || name == "__FILE__" || name == "__LINE__" || name == "__DATE__" || name == "__TIME__";
-}
+// What a lexer works with.
+struct LexerSurroundings {
+  LexerSurroundings() { output.attach(sink); }
+
+  qnpp::fuzz::LimitedSink sink{SIZE_MAX};
+  qnpp::OutputBuffer output;
+  qnpp::NameTable names;
+  std::uint64_t effectCount = 0;
+  qnpp::LexerContext context{output, sink, names, effectCount};
+};
 
 struct Token {
   CppTokenKind kind;
@@ -34,13 +44,9 @@ struct Token {
 
 // The tokens between which no white space is left; a last line end is supplied, as it is for every file.
 std::vector<Token> tokensOf(std::string_view text) {
-  qnpp::fuzz::PiecewiseInput input(text, qnpp::fuzz::kWhole);
-  qnpp::fuzz::LimitedSink sink(SIZE_MAX);
-  qnpp::OutputBuffer output;
-  output.attach(sink);
-  const qnpp::NameTable names;
-  std::uint64_t effectCount = 0;
-  qnpp::CppLexer lexer(input, {output, sink, names, effectCount});
+  qnpp::PiecewiseInput input(text, qnpp::fuzz::kWhole);
+  LexerSurroundings surroundings;
+  qnpp::CppLexer lexer(input, surroundings.context);
   std::vector<Token> tokens;
   CppTokenKind last = qnpp::TK_NEWLINE;
   for (CppTokenKind kind = lexer.next(); kind != qnpp::TK_END; kind = lexer.next()) {
@@ -270,7 +276,7 @@ class Reader {
       get();
     }
     const Token name = get();
-    Value value{isDefined(name.text), true};
+    Value value{std::count(kDefinedNames.begin(), kDefinedNames.end(), name.text) > 0, true};
     if (name.kind != qnpp::TK_IDENTIFIER) {
       value = fail("Identifier expected for 'defined' operator");
     }
@@ -346,18 +352,16 @@ class Reader {
   std::vector<std::string> messages_;
 };
 
-// "e:LINE: MESSAGE.\n" for each message; the line is not looked at.
-std::vector<std::string> messagesOf(const std::string& diagnostics) {
-  std::vector<std::string> messages;
-  std::size_t at = 0;
-  while (at < diagnostics.size()) {
-    const std::size_t begin = diagnostics.find(": ", at) + 2;
-    const std::size_t end = diagnostics.find(".\n", begin);
-    messages.push_back(diagnostics.substr(begin, end - begin));
-    at = end + 2;
+// Keeps the messages, and lets files end silently.
+struct Watcher final : qnpp::MessageSink, qnpp::TokenStream::Listener {
+  void deliver(qnpp::Message message, std::string_view detail) override {
+    messages.push_back(qnpp::textOf(message, detail));
   }
-  return messages;
-}
+  void fileEnded() override {}
+  void fileResumed() override {}
+
+  std::vector<std::string> messages;
+};
 
 }  // namespace
 
@@ -371,18 +375,19 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Reader reader(tokensOf(text));
   const Value expected = reader.readConditional();
 
-  qnpp::fuzz::PiecewiseInput input(text, qnpp::fuzz::kWhole);
-  qnpp::fuzz::LimitedSink output(SIZE_MAX);
-  qnpp::fuzz::LimitedSink diagnostics(SIZE_MAX);
-  qnpp::CppPreprocessor preprocessor(diagnostics, input);
-  preprocessor.macroTable().defineFromCommandLine(kDefinedName, "1");
-  preprocessor.setOutput(output);
-  preprocessor.openSource("", "e");
-  qnpp::CppExprValue value;
-  bool ok = true;
+  LexerSurroundings surroundings;
+  Watcher watcher;
+  qnpp::TokenStream stream(surroundings.names, surroundings.context, watcher);
+  qnpp::CppMacroTable macros(surroundings.names, stream);
+  for (const std::string_view name : kDefinedNames) {
+    macros.defineFromCommandLine(name, "1");
+  }
+  qnpp::PiecewiseInput input(text, qnpp::fuzz::kWhole);
+  stream.pushFile(std::make_unique<qnpp::CppFileScanner>("", input, surroundings.context));
+  qnpp::ExpressionEvaluator::Result result;
   bool dividesByZero = false;
   try {
-    preprocessor.evaluate(value, ok);
+    result = qnpp::ExpressionEvaluator(stream, watcher).evaluate();
   } catch (const qnpp::DivisionByZero&) {
     dividesByZero = true;
   }
@@ -391,8 +396,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (dividesByZero) {
     return 0;
   }
-  require(messagesOf(diagnostics.text()) == reader.messages(), "the messages are those of the grammar");
-  require(ok == reader.ok(), "an expression fails when the grammar says so");
-  require(value.value == expected.bits && value.isSigned == expected.isSigned, "the value is that of the grammar");
+  require(watcher.messages == reader.messages(), "the messages are those of the grammar");
+  require(result.isOk == reader.ok(), "an expression fails when the grammar says so");
+  require(result.value.value == expected.bits && result.value.isSigned == expected.isSigned,
+          "the value is that of the grammar");
   return 0;
 }

@@ -1,32 +1,17 @@
 #include "FuzzSupport.h"
 
-#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <new>
 
-#include "engine/CppPreprocessor.h"
-#include "lexer/CppLexer.h"
+#include "tests/support/LimitedAllocation.h"
+#include "tests/support/PiecewiseInput.h"
 
 namespace qnpp::fuzz {
 namespace {
 
-// Bytes that may still be allocated; no limit while it is at its largest.
-std::size_t allocationBudget = SIZE_MAX;
-
-void* allocate(std::size_t size) {
-  if (allocationBudget != SIZE_MAX) {
-    if (size > allocationBudget) {
-      throw std::bad_alloc();
-    }
-    allocationBudget -= size;
-  }
-  void* const made = std::malloc(size > 0 ? size : 1);
-  if (made == nullptr) {
-    throw std::bad_alloc();
-  }
-  return made;
-}
+constexpr std::size_t kMostOutput = std::size_t{1} << 20;
+constexpr std::size_t kMostAllocated = std::size_t{256} << 20;
 
 void print(std::string_view title, std::string_view text) {
   std::cerr << "---- " << title << " ----\n" << text << "\n";
@@ -34,20 +19,14 @@ void print(std::string_view title, std::string_view text) {
 
 }  // namespace
 
-AllocationBudget::AllocationBudget(std::size_t bytes) { allocationBudget = bytes; }
-AllocationBudget::~AllocationBudget() { allocationBudget = SIZE_MAX; }
-
-RunResult preprocess(std::string_view source, std::size_t piece) {
+RunResult runWithLimits(std::string_view source, std::size_t piece, const Run& run) {
   RunResult result;
   PiecewiseInput input(source, piece);
   LimitedSink output(kMostOutput);
-  LimitedSink diagnostics(kMostOutput);
+  LimitedSink messages(kMostOutput);
   try {
-    const AllocationBudget budget(kMostAllocated);
-    CppPreprocessor preprocessor(diagnostics, input);
-    preprocessor.setOutput(output);
-    preprocessor.openSource("", "");
-    result.hasError = preprocessor.run();
+    const LimitedAllocation limited({.bytes = kMostAllocated});
+    result.hasError = run(input, output, messages);
   } catch (const DivisionByZero&) {
     result.dividesByZero = true;
   } catch (const OutputLimitReached&) {
@@ -56,9 +35,16 @@ RunResult preprocess(std::string_view source, std::size_t piece) {
     return {};
   }
   result.output = output.text();
-  result.diagnostics = diagnostics.text();
+  result.messages = messages.text();
   result.isComplete = true;
   return result;
+}
+
+RunResult preprocess(std::string_view source, std::size_t piece) {
+  return runWithLimits(source, piece, [](std::istream& input, std::ostream& output, std::ostream& messages) {
+    CppPreprocessor preprocessor(messages, input);
+    return qnpp::preprocess(preprocessor, output);
+  });
 }
 
 void require(bool holds, std::string_view rule) {
@@ -72,8 +58,8 @@ void requireEqual(const RunResult& a, const RunResult& b, std::string_view rule)
   if (a != b) {
     print("one output", a.output);
     print("the other", b.output);
-    print("messages of the one", a.diagnostics);
-    print("messages of the other", b.diagnostics);
+    print("messages of the one", a.messages);
+    print("messages of the other", b.messages);
     require(false, rule);
   }
 }
@@ -86,15 +72,3 @@ void show(std::string_view source) {
 }
 
 }  // namespace qnpp::fuzz
-
-// All forms that a sanitizer's run-time library would otherwise supply, so that none of its own meets one of these.
-void* operator new(std::size_t size) { return qnpp::fuzz::allocate(size); }
-void* operator new[](std::size_t size) { return qnpp::fuzz::allocate(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size > 0 ? size : 1); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size > 0 ? size : 1); }
-void operator delete(void* old) noexcept { std::free(old); }
-void operator delete[](void* old) noexcept { std::free(old); }
-void operator delete(void* old, std::size_t) noexcept { std::free(old); }
-void operator delete[](void* old, std::size_t) noexcept { std::free(old); }
-void operator delete(void* old, const std::nothrow_t&) noexcept { std::free(old); }
-void operator delete[](void* old, const std::nothrow_t&) noexcept { std::free(old); }

@@ -1,14 +1,17 @@
-// What the fuzz targets share: streams with a limit, inputs in pieces, and a run of the preprocessor in memory.
+// What the fuzz targets share: a run of the preprocessor with limits, and rules to be held.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <istream>
 #include <ostream>
 #include <streambuf>
 #include <string>
 #include <string_view>
+
+#include "tests/support/Preprocess.h"
 
 namespace qnpp::fuzz {
 
@@ -56,54 +59,19 @@ class LimitedSink : public std::ostream {
   Buffer buffer_;
 };
 
-/// A stream over bytes in memory that delivers at most `piece` of them at a time, as a pipe or a terminal may. Each
-/// border between two pieces is a place where the scanner has to refill its buffer in the middle of something.
-class PiecewiseInput : public std::istream {
- public:
-  PiecewiseInput(std::string_view text, std::size_t piece) : std::istream(nullptr), buffer_(text, piece) {
-    rdbuf(&buffer_);
-  }
-
- private:
-  class Buffer : public std::streambuf {
-   public:
-    Buffer(std::string_view text, std::size_t piece) : text_(text), piece_(piece) {}
-
-   protected:
-    std::streamsize xsgetn(char* to, std::streamsize size) override {
-      const std::size_t count = text_.substr(0, piece_).copy(to, static_cast<std::size_t>(size));
-      text_.remove_prefix(count);
-      return static_cast<std::streamsize>(count);
-    }
-
-   private:
-    std::string_view text_;
-    std::size_t piece_;
-  };
-
-  Buffer buffer_;
-};
-
-/// While one lives, the sum of all allocations by `operator new` is limited; std::bad_alloc is thrown beyond, so that
-/// an input that stands for an expansion without end comes to one.
-class AllocationBudget {
- public:
-  explicit AllocationBudget(std::size_t bytes);
-  AllocationBudget(const AllocationBudget&) = delete;
-  AllocationBudget& operator=(const AllocationBudget&) = delete;
-  ~AllocationBudget();
-};
-
 /// What a run has left behind.
-struct RunResult {
-  std::string output;
-  std::string diagnostics;
-  bool hasError = false;
+struct RunResult : Preprocessed {
   bool dividesByZero = false;  ///< This ended the run, as it must; output and messages are those up to there.
   bool isComplete = false;     ///< False when one of the limits ended the run.
 
   bool operator==(const RunResult&) const = default;
 };
+
+/// Calls `run(input, output, messages)`, which returns whether an error was reported, with `source` as the input,
+/// delivered in pieces of at most `piece` bytes. The sum of its allocations is limited too, so that an input that
+/// stands for an expansion without end comes to one.
+using Run = std::function<bool(std::istream&, std::ostream&, std::ostream&)>;
+RunResult runWithLimits(std::string_view source, std::size_t piece, const Run& run);
 
 /// Preprocesses `source` as standard input, delivered in pieces of at most `piece` bytes, without any options.
 RunResult preprocess(std::string_view source, std::size_t piece);
@@ -112,9 +80,6 @@ RunResult preprocess(std::string_view source, std::size_t piece);
 /// after each of them would take its time.
 constexpr std::size_t kWhole = SIZE_MAX;
 constexpr std::size_t smallPiece(std::size_t size) { return 1 + size / 4096; }
-
-constexpr std::size_t kMostOutput = std::size_t{1} << 20;
-constexpr std::size_t kMostAllocated = std::size_t{256} << 20;
 
 /// Ends the process, which is how a fuzz target reports a finding, unless `holds`.
 void require(bool holds, std::string_view rule);

@@ -15,6 +15,7 @@
 #include "lexer/CppLexer.h"
 #include "lexer/NameTable.h"
 #include "lexer/OutputBuffer.h"
+#include "tests/support/PiecewiseInput.h"
 
 namespace {
 
@@ -39,7 +40,7 @@ class Bench {
   }
 
  private:
-  qnpp::fuzz::PiecewiseInput input_;
+  qnpp::PiecewiseInput input_;
   qnpp::fuzz::LimitedSink sink_;
   qnpp::fuzz::LimitedSink diagnostics_;
   qnpp::OutputBuffer output_;

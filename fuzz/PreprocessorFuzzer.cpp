@@ -13,12 +13,12 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <new>
+#include <istream>
+#include <ostream>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -26,7 +26,7 @@
 #include "driver/Driver.h"
 #include "driver/OptionParser.h"
 #include "engine/CppPreprocessor.h"
-#include "lexer/CppLexer.h"
+#include "tests/support/Files.h"
 
 namespace {
 
@@ -102,42 +102,33 @@ std::vector<std::string> harmless(const std::vector<std::string>& words) {
   return result;
 }
 
-// The include directory: in memory where the system has such a place. Removed at the end.
+// The include directory: in memory where the system has such a place.
 class HeaderFolder {
  public:
-  HeaderFolder() {
-    const fs::path memory = "/dev/shm";
-    std::error_code none;
-    const fs::path base = fs::is_directory(memory, none) ? memory : fs::temp_directory_path();
-    std::string pattern = (base / "qnpp-fuzz-XXXXXX").string();
-    qnpp::fuzz::require(::mkdtemp(pattern.data()) != nullptr, "a folder can be made");
-    path_ = pattern;
-  }
-  HeaderFolder(const HeaderFolder&) = delete;
-  HeaderFolder& operator=(const HeaderFolder&) = delete;
-  ~HeaderFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-
-  const std::string& path() const { return path_; }
+  const std::string& path() const { return folder_.path(); }
 
   void fill(const std::vector<std::string>& headers) {
     for (std::size_t index = 0; index < kHeaderNames.size(); ++index) {
       const bool isWanted = index < headers.size();
-      const std::string name = path_ + '/' + std::string(kHeaderNames.at(index));
+      const std::string name(kHeaderNames.at(index));
       if (isWanted && (!exists_.at(index) || contents_.at(index) != headers[index])) {
-        std::ofstream(name, std::ios::binary) << headers[index];
+        folder_.write(name, headers[index]);
         contents_.at(index) = headers[index];
       } else if (!isWanted && exists_.at(index)) {
-        fs::remove(name);
+        fs::remove(folder_.path(name));
       }
       exists_.at(index) = isWanted;
     }
   }
 
  private:
-  std::string path_;
+  static fs::path parent() {
+    const fs::path memory = "/dev/shm";
+    std::error_code none;
+    return fs::is_directory(memory, none) ? memory : fs::temp_directory_path();
+  }
+
+  qnpp::TemporaryFolder folder_{parent()};
   std::array<bool, kHeaderNames.size()> exists_{};
   std::array<std::string, kHeaderNames.size()> contents_;
 };
@@ -173,33 +164,17 @@ std::vector<const char*> pointersTo(const std::vector<std::string>& words) {
 }
 
 RunResult run(const Input& input, const std::vector<std::string>& words, std::size_t piece) {
-  RunResult result;
-  qnpp::fuzz::PiecewiseInput source(input.source, piece);
-  qnpp::fuzz::LimitedSink output(qnpp::fuzz::kMostOutput);
-  qnpp::fuzz::LimitedSink diagnostics(qnpp::fuzz::kMostOutput);
-  try {
+  const auto runDriver = [&words](std::istream& source, std::ostream& output, std::ostream& messages) {
     const FileLimit fileLimit;
-    const qnpp::fuzz::AllocationBudget budget(qnpp::fuzz::kMostAllocated);
-    qnpp::Driver driver(output, diagnostics);
-    qnpp::CppPreprocessor preprocessor(diagnostics, source);
+    qnpp::Driver driver(output, messages);
+    qnpp::CppPreprocessor preprocessor(messages, source);
     // Both runs of an input may stand on either side of a second.
     preprocessor.macroTable().undefine("__TIME__");
     preprocessor.macroTable().undefine("__DATE__");
     const std::vector<const char*> pointers = pointersTo(words);
-    if (driver.prepare(static_cast<int>(pointers.size()), pointers.data(), preprocessor)) {
-      result.hasError = preprocessor.run();
-    }
-  } catch (const qnpp::DivisionByZero&) {
-    result.dividesByZero = true;
-  } catch (const qnpp::fuzz::OutputLimitReached&) {
-    return {};
-  } catch (const std::bad_alloc&) {
-    return {};
-  }
-  result.output = output.text();
-  result.diagnostics = diagnostics.text();
-  result.isComplete = true;
-  return result;
+    return driver.prepare(static_cast<int>(pointers.size()), pointers.data(), preprocessor) && preprocessor.run();
+  };
+  return qnpp::fuzz::runWithLimits(input.source, piece, runDriver);
 }
 
 // Words as they are: the parser opens nothing.

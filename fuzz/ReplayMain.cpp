@@ -12,23 +12,16 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "FuzzSupport.h"
+#include "lexer/Sanitizer.h"
+#include "tests/support/Files.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define QNPP_HAS_SANITIZER 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define QNPP_HAS_SANITIZER 1
-#endif
-#endif
-#if defined(QNPP_HAS_SANITIZER)
+#if defined(QNPP_ADDRESS_SANITIZER)
 extern "C" void __sanitizer_set_death_callback(void (*callback)());
 #endif
 
@@ -56,7 +49,7 @@ void nameInputAndEnd(int signal) {
 void watchForTheEnd() {
   std::signal(SIGABRT, nameInputAndEnd);
   std::signal(SIGFPE, nameInputAndEnd);
-#if defined(QNPP_HAS_SANITIZER)
+#if defined(QNPP_ADDRESS_SANITIZER)
   __sanitizer_set_death_callback(nameInput);
 #else
   std::signal(SIGSEGV, nameInputAndEnd);
@@ -79,9 +72,8 @@ std::vector<fs::path> inputsOf(const fs::path& place) {
 
 void replay(const fs::path& file) {
   currentInput = file.string();
-  std::ifstream stream(file, std::ios::binary);
-  qnpp::fuzz::require(stream.is_open(), "the input can be opened");
-  const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+  qnpp::fuzz::require(fs::is_regular_file(file), "the input is a file");
+  const std::string bytes = qnpp::readFile(currentInput);
   // A copy of the exact size, so that a sanitizer sees a read behind its end.
   std::vector<std::uint8_t> data(bytes.size());
   std::transform(bytes.begin(), bytes.end(), data.begin(), [](char byte) { return static_cast<std::uint8_t>(byte); });

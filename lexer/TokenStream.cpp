@@ -198,10 +198,10 @@ TokenStream::Closed::Closed(TokenStream& stream, TokenList& tokens) : stream_(st
   stream.pushClosed(std::move(list));
 }
 
-TokenStream::Closed::Closed(TokenStream& stream, const TokenRange& tokens, NormalizedTokens& surroundings)
+TokenStream::Closed::Closed(TokenStream& stream, const TokenRange& tokens, NormalizedTokens* surroundings)
     : stream_(stream), floor_(stream.floor_) {
   std::unique_ptr<CppTokenScanner> list = stream.spareList();
-  list->read(tokens, &surroundings);
+  list->read(tokens, surroundings);
   stream.pushClosed(std::move(list));
 }
 

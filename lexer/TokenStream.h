@@ -155,8 +155,8 @@ class TokenStream {
    public:
     /// Takes the tokens out of `tokens`.
     Closed(TokenStream& stream, TokenList& tokens);
-    /// Borrows `tokens`, which are a part of `surroundings`.
-    Closed(TokenStream& stream, const TokenRange& tokens, NormalizedTokens& surroundings);
+    /// Borrows `tokens`, which are a part of `surroundings`, see CppTokenScanner::read.
+    Closed(TokenStream& stream, const TokenRange& tokens, NormalizedTokens* surroundings);
     Closed(const Closed&) = delete;
     Closed& operator=(const Closed&) = delete;
     ~Closed();

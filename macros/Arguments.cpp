@@ -14,6 +14,18 @@ void appendTexts(SpellingRange tokens, std::string& text) {
   }
 }
 
+// Whether the white space among the tokens is single blanks between two others.
+bool areNormalized(SpellingRange tokens) {
+  const Spelling* before = blankSpelling();
+  for (const Spelling* const token : tokens) {
+    if (isWhiteSpace(token->kind) && (token != blankSpelling() || before == blankSpelling())) {
+      return false;
+    }
+    before = token;
+  }
+  return tokens.empty() || before != blankSpelling();
+}
+
 }  // namespace
 
 bool mayMerge(const Spelling& before, const Spelling& token) {
@@ -64,7 +76,8 @@ void Arguments::add(TokenStream& stream, CppTokenKind kind) {
 
 void Arguments::finish(TokenStream& stream, const HideSet& hideSet) {
   std::string_view text;
-  if (mustLex_ || !kShortcuts) {
+  const bool isLexedAnew = mustLex_ || !kShortcuts;
+  if (isLexedAnew) {
     std::string joined;
     appendTexts(collected_.spellings().subspan(begin_), joined);
     text = stream.keep(joined);
@@ -76,6 +89,7 @@ void Arguments::finish(TokenStream& stream, const HideSet& hideSet) {
   argument.begin = begin_;
   argument.count = collected_.size() - begin_;
   argument.text = text;
+  argument.isNormalized = !isLexedAnew || areNormalized(collected_.spellings().subspan(begin_));
   begin_ = collected_.size();
 }
 
@@ -137,19 +151,20 @@ void Arguments::Argument::clear() {
   }
   text = {};
   surroundings = nullptr;
+  isNormalized = true;
   if (isExpanded) {
     isExpanded = false;
     expanded.clear();
   }
 }
 
-NormalizedTokens& Arguments::surroundings(std::size_t index) {
+NormalizedTokens* Arguments::surroundings(std::size_t index) {
   Argument& argument = arguments_[index];
-  if (argument.surroundings == nullptr) {
+  if (argument.surroundings == nullptr && argument.isNormalized) {
     argument.own.reset(tokens(index).tokens);
     argument.surroundings = &argument.own;
   }
-  return *argument.surroundings;
+  return argument.surroundings;
 }
 
 }  // namespace qnpp

@@ -26,8 +26,8 @@ class Arguments {
  public:
   std::size_t count() const { return count_; }
 
-  /// Tokens of an argument: single tokens, one blank where white space stands between two. Valid until the arguments
-  /// change.
+  /// Tokens of an argument: single tokens, one blank where white space stands between two, but for what comes out of a
+  /// literal that falls apart. Valid until the arguments change.
   TokenRange tokens(std::size_t index) const {
     const Argument& argument = arguments_[index];
     if (argument.isInPlace) {
@@ -39,8 +39,9 @@ class Arguments {
             haveSets ? &collected_ : nullptr, argument.begin};
   }
 
-  /// The tokens that those of an argument are a part of. Valid until the arguments change.
-  NormalizedTokens& surroundings(std::size_t index);
+  /// The tokens that those of an argument are a part of; null when they are not normalized. Valid until the arguments
+  /// change.
+  NormalizedTokens* surroundings(std::size_t index);
 
   /// Appends the normalized text of an argument to `text`.
   void appendText(std::size_t index, std::string& text) const;
@@ -74,6 +75,7 @@ class Arguments {
     std::string_view text;                     // The normalized text, when it is more than the tokens' texts.
     NormalizedTokens* surroundings = nullptr;  // Null: `own`, once it has been asked for.
     NormalizedTokens own;
+    bool isNormalized = true;
     bool isExpanded = false;
     TokenList expanded;
 

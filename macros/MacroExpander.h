@@ -62,7 +62,6 @@ class MacroExpander {
   void expandObjectLikeInText(Name& name);
   std::size_t writePlain(SpellingRange tokens);
   void pushObjectLike(const Name& name, const HideSet& hideSet);
-  void pushRefreshed(const Name& name, const HideSet& hideSet);
   const Replacement& replacementOf(const Name& name);
 
   void run(std::size_t base);

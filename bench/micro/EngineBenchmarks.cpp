@@ -8,19 +8,19 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <ostream>
 #include <sstream>
 #include <streambuf>
 #include <string>
 
-#include "engine/CppPreprocessor.h"
-#include "macros/CppMacroTable.h"
+#include "tests/support/Preprocess.h"
+#include "tests/support/Text.h"
 
 namespace {
 
 using qnpp::CppPreprocessor;
+using qnpp::repeat;
 
 // Takes everything and keeps only how much it was.
 class CountingSink : public std::streambuf {
@@ -41,20 +41,9 @@ class CountingSink : public std::streambuf {
   std::int64_t written_ = 0;
 };
 
-std::string repeat(std::size_t times, const std::string& text) {
-  std::string result;
-  result.reserve(times * text.size());
-  for (std::size_t i = 0; i < times; ++i) {
-    result += text;
-  }
-  return result;
-}
-
 // Runs `source` once per iteration. A source that the engine finds fault with, or that leaves nothing to write, does
 // not measure what it was made for.
-void preprocess(
-    benchmark::State& state, const std::string& source,
-    const std::function<void(CppPreprocessor&)>& prepare = [](CppPreprocessor&) {}) {
+void preprocess(benchmark::State& state, const std::string& source, const qnpp::PreprocessOptions& options = {}) {
   std::int64_t written = 0;
   for (auto _ : state) {
     state.PauseTiming();
@@ -63,11 +52,10 @@ void preprocess(
     CountingSink sink;
     std::ostream output(&sink);
     auto preprocessor = std::make_unique<CppPreprocessor>(diagnostics, input);
-    preprocessor->setOutput(output);
-    prepare(*preprocessor);
+    qnpp::prepare(*preprocessor, output, options);
     state.ResumeTiming();
 
-    preprocessor->openSource("", "source");
+    preprocessor->openSource(options.fileName, options.sourceName);
     const bool failed = preprocessor->run();
     output.flush();
 
@@ -105,11 +93,11 @@ void nameLookUp(benchmark::State& state) {
   for (int i = 0; i < 12; ++i) {
     line += "name_" + std::to_string(i * 7919) + ' ';
   }
-  preprocess(state, repeat(2000, line + '\n'), [&state](CppPreprocessor& preprocessor) {
-    for (std::int64_t i = 0; i < state.range(0); ++i) {
-      preprocessor.macroTable().defineFromCommandLine("MACRO_" + std::to_string(i), "1");
-    }
-  });
+  qnpp::PreprocessOptions options;
+  for (std::int64_t i = 0; i < state.range(0); ++i) {
+    options.definitions.emplace_back("MACRO_" + std::to_string(i), "1");
+  }
+  preprocess(state, repeat(2000, line + '\n'), options);
 }
 BENCHMARK(nameLookUp)->Arg(0)->Arg(1000)->Arg(100'000)->Unit(benchmark::kMillisecond);
 
@@ -132,11 +120,11 @@ BENCHMARK(substitution)->Unit(benchmark::kMillisecond);
 // A chain of macros, each naming the next: the hide set gains one name with each step.
 void hideSetGrowth(benchmark::State& state) {
   const std::int64_t links = state.range(0);
-  preprocess(state, repeat(10, "LINK_0\n"), [links](CppPreprocessor& preprocessor) {
-    for (std::int64_t i = 0; i < links; ++i) {
-      preprocessor.macroTable().defineFromCommandLine("LINK_" + std::to_string(i), "LINK_" + std::to_string(i + 1));
-    }
-  });
+  qnpp::PreprocessOptions options;
+  for (std::int64_t i = 0; i < links; ++i) {
+    options.definitions.emplace_back("LINK_" + std::to_string(i), "LINK_" + std::to_string(i + 1));
+  }
+  preprocess(state, repeat(10, "LINK_0\n"), options);
   state.SetComplexityN(links);
 }
 BENCHMARK(hideSetGrowth)->RangeMultiplier(4)->Range(256, 65'536)->Complexity()->Unit(benchmark::kMillisecond);

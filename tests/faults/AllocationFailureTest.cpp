@@ -7,6 +7,7 @@
 #include <string>
 
 #include "Program.h"
+#include "tests/support/Text.h"
 
 namespace qnpp::faults {
 namespace {
@@ -60,7 +61,7 @@ class AllocationFailureTest : public testing::Test {
   void failEach(const std::string& alsoThoseBehind, const std::vector<std::string>& words, bool toFile) {
     constexpr int kMostAllocations = 20'000;
     constexpr int kMostShown = 10;
-    const std::string mark = (folder_.path() / "mark").string();
+    const std::string mark = folder_.path("mark");
     int number = 0;
     int wrong = 0;
     bool happened = true;
@@ -74,7 +75,7 @@ class AllocationFailureTest : public testing::Test {
           words);
       happened = std::filesystem::exists(mark);
       const std::string output = toFile ? folder_.read("result") : outcome.output;
-      std::filesystem::remove(folder_.path() / "result");
+      std::filesystem::remove(folder_.path("result"));
       const std::string fault = happened ? faultOf(outcome, output) : faultOfComplete(outcome, output);
       if (!fault.empty() && wrong++ < kMostShown) {
         ADD_FAILURE() << "allocation " << number << " fails: " << fault << "\nstatus " << outcome.status
@@ -123,7 +124,7 @@ class AllocationFailureTest : public testing::Test {
     return complete_.messages.starts_with(before) ? "" : "the messages before are wrong";
   }
 
-  ScratchFolder folder_;
+  TemporaryFolder folder_;
   Outcome complete_;
 };
 

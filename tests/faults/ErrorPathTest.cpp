@@ -5,55 +5,20 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstdlib>
+#include <cstdint>
 #include <new>
 #include <sstream>
 #include <string>
 
-#include "engine/CppPreprocessor.h"
-#include "lexer/CppLexer.h"
-
-namespace {
-
-// Allocations until one fails; none does while it is negative.
-long allocationsLeft = -1;
-
-bool allocationFails() {
-  if (allocationsLeft < 0) {
-    return false;
-  }
-  if (allocationsLeft == 0) {
-    return true;
-  }
-  --allocationsLeft;
-  return false;
-}
-
-void* allocate(std::size_t size) {
-  void* const made = allocationFails() ? nullptr : std::malloc(size > 0 ? size : 1);
-  if (made == nullptr) {
-    throw std::bad_alloc();
-  }
-  return made;
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) { return allocate(size); }
-void* operator new[](std::size_t size) { return allocate(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size > 0 ? size : 1); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return std::malloc(size > 0 ? size : 1); }
-void operator delete(void* old) noexcept { std::free(old); }
-void operator delete[](void* old) noexcept { std::free(old); }
-void operator delete(void* old, std::size_t) noexcept { std::free(old); }
-void operator delete[](void* old, std::size_t) noexcept { std::free(old); }
-void operator delete(void* old, const std::nothrow_t&) noexcept { std::free(old); }
-void operator delete[](void* old, const std::nothrow_t&) noexcept { std::free(old); }
+#include "tests/support/LimitedAllocation.h"
+#include "tests/support/Preprocess.h"
 
 // The scanner's buffers come from realloc; the linker sends its calls here.
 extern "C" {
 void* __real_realloc(void* old, std::size_t size);
-void* __wrap_realloc(void* old, std::size_t size) { return allocationFails() ? nullptr : __real_realloc(old, size); }
+void* __wrap_realloc(void* old, std::size_t size) {
+  return qnpp::LimitedAllocation::allows(size) ? __real_realloc(old, size) : nullptr;
+}
 }
 
 namespace qnpp {
@@ -85,23 +50,20 @@ struct Result {
   std::string messages;
 };
 
-Result runWith(long allocations) {
+Result runWith(std::size_t allocations) {
   std::istringstream input(kSource);
   std::ostringstream output;
   std::ostringstream messages;
   // The strings of the streams grow with what is written; that is none of the engine's business.
   output.str(std::string(1 << 16, ' '));
   messages.str(std::string(1 << 16, ' '));
+  const PreprocessOptions options{.definitions = {{"OUTSIDE", "far"}}, .includeDirectories = {"/nowhere"}};
   Result result;
-  allocationsLeft = allocations;
   try {
+    const LimitedAllocation limited({.count = allocations});
     CppPreprocessor preprocessor(messages, input);
-    preprocessor.setOutput(output);
     try {
-      preprocessor.macroTable().defineFromCommandLine("OUTSIDE", "far");
-      preprocessor.addIncludeDirectory("/nowhere");
-      preprocessor.openSource("", "input.c");
-      preprocessor.run();
+      preprocess(preprocessor, output, options);
       result.isComplete = true;
     } catch (const std::bad_alloc&) {
       preprocessor.reportOutOfMemory();
@@ -109,17 +71,16 @@ Result runWith(long allocations) {
   } catch (const std::bad_alloc&) {
     messages << "FATAL ERROR: out of memory.\n";  // In the constructor.
   }
-  allocationsLeft = -1;
   result.output = output.str().substr(0, static_cast<std::size_t>(output.tellp()));
   result.messages = messages.str().substr(0, static_cast<std::size_t>(messages.tellp()));
   return result;
 }
 
 TEST(ErrorPathTest, givesBackWhatItHoldsWhereverMemoryRunsOut) {
-  const Result complete = runWith(-1);
+  const Result complete = runWith(SIZE_MAX);
   ASSERT_TRUE(complete.isComplete);
-  constexpr long kMostAllocations = 100'000;
-  long allocations = 0;
+  constexpr std::size_t kMostAllocations = 100'000;
+  std::size_t allocations = 0;
   for (Result result; !result.isComplete; ++allocations) {
     ASSERT_LT(allocations, kMostAllocations);
     result = runWith(allocations);
@@ -129,7 +90,7 @@ TEST(ErrorPathTest, givesBackWhatItHoldsWhereverMemoryRunsOut) {
       EXPECT_TRUE(result.messages.ends_with("FATAL ERROR: out of memory.\n")) << result.messages;
     }
   }
-  EXPECT_GT(allocations, 20) << "hardly any allocation failed";
+  EXPECT_GT(allocations, 20U) << "hardly any allocation failed";
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 
 #include "Program.h"
 #include "driver/MemoryBudget.h"
+#include "tests/support/Text.h"
 #include "tests/unit/support/FallingSeries.h"
 
 namespace qnpp::faults {
@@ -32,7 +33,7 @@ class FaultsTest : public testing::Test {
     return "export LD_PRELOAD=" QNPP_FAULTY_READ " QNPP_READ_FAULT=" + fault;
   }
 
-  ScratchFolder folder_;
+  TemporaryFolder folder_;
 };
 
 // For texts that are too long to be shown.
@@ -338,7 +339,7 @@ TEST_F(FaultsTest, aFileSizeLimitChangesNothingElse) {
 
 TEST_F(FaultsTest, anOutputFileThatCannotBeMadeEndsTheRun) {
   folder_.write("input.c", "x\n");
-  std::filesystem::create_directory(folder_.path() / "folder");
+  std::filesystem::create_directory(folder_.path("folder"));
   for (const std::string name : {"folder", "nowhere/result", "input.c/result"}) {
     SCOPED_TRACE(name);
     const Outcome outcome = runWith("", {"-o", name, "input.c"});
@@ -350,7 +351,7 @@ TEST_F(FaultsTest, anOutputFileThatCannotBeMadeEndsTheRun) {
 
 TEST_F(FaultsTest, aFolderWithoutPermissionTakesNoOutputFile) {
   folder_.write("input.c", "x\n");
-  const std::filesystem::path closed = folder_.path() / "closed";
+  const std::filesystem::path closed = folder_.path("closed");
   std::filesystem::create_directory(closed);
   std::filesystem::permissions(closed, std::filesystem::perms::owner_read | std::filesystem::perms::owner_exec);
   std::string preparation;

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "Program.h"
+#include "tests/support/Text.h"
 
 namespace qnpp::faults {
 namespace {

@@ -7,6 +7,7 @@
 
 #include "HostileInputs.h"
 #include "Program.h"
+#include "tests/support/Text.h"
 
 namespace qnpp::faults {
 namespace {
@@ -37,7 +38,7 @@ class HostileInputTest : public testing::TestWithParam<NamedInput> {
   }
 
   HostileInput input_;
-  ScratchFolder folder_;
+  TemporaryFolder folder_;
 };
 
 TEST_P(HostileInputTest, meansWhatItSays) { expectMeaning(runWith(isSanitized() ? "" : "ulimit -v 4194304")); }

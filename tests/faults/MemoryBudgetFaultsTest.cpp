@@ -13,6 +13,7 @@
 
 #include "Program.h"
 #include "driver/MemoryBudget.h"
+#include "tests/support/Text.h"
 
 namespace qnpp::faults {
 namespace {
@@ -27,7 +28,7 @@ class MemoryBudgetFaultsTest : public testing::Test {
     }
   }
 
-  ScratchFolder folder_;
+  TemporaryFolder folder_;
 };
 
 // ---- Within a process that is told what there is ----
@@ -57,7 +58,7 @@ std::size_t takeAll() {
 }
 
 TEST_F(MemoryBudgetFaultsTest, theLimitRisesToWhatIsLeft) {
-  std::filesystem::create_directories(folder_.path() / "proc/self");
+  std::filesystem::create_directories(folder_.path() + "/proc/self");
   folder_.write("proc/meminfo", "MemTotal: 1048576 kB\nMemAvailable: " + std::to_string(164 * 1024) + " kB\n");
   folder_.write("proc/self/statm", std::to_string(10 * kMebibyte / static_cast<std::size_t>(::sysconf(_SC_PAGESIZE))) +
                                        " 2560 0 0 0 0 0\n");

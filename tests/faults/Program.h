@@ -2,28 +2,12 @@
 #pragma once
 
 #include <chrono>
-#include <filesystem>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "tests/support/Files.h"
+
 namespace qnpp::faults {
-
-// A fresh folder that is removed with everything in it.
-class ScratchFolder {
- public:
-  ScratchFolder();
-  ScratchFolder(const ScratchFolder&) = delete;
-  ScratchFolder& operator=(const ScratchFolder&) = delete;
-  ~ScratchFolder();
-
-  const std::filesystem::path& path() const { return path_; }
-  std::filesystem::path write(const std::string& name, std::string_view bytes) const;
-  std::string read(const std::string& name) const;
-
- private:
-  std::filesystem::path path_;
-};
 
 // One run of the program.
 struct Invocation {
@@ -42,13 +26,7 @@ struct Outcome {
 
 // Runs the program in `folder`. Its output goes to a file there, "the.output", unless the preparation sends it
 // elsewhere.
-Outcome run(const ScratchFolder& folder, const Invocation& invocation);
-
-// `text`, `count` times.
-std::string repeat(std::size_t count, std::string_view text);
-
-// For messages of a test: the beginning of a text that may be very long, and its length.
-std::string shortened(const std::string& text);
+Outcome run(const TemporaryFolder& folder, const Invocation& invocation);
 
 // Whether the program is built with sanitizers. They want an address space and stack frames of their own, so limits on
 // these say nothing there, and their allocation functions cannot be replaced.

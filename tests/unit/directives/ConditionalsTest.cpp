@@ -4,8 +4,9 @@
 #include <cstddef>
 #include <string>
 
-#include "tests/unit/support/Preprocess.h"
-#include "tests/unit/support/TemporaryFolder.h"
+#include "tests/support/Files.h"
+#include "tests/support/Preprocess.h"
+#include "tests/support/Text.h"
 #include "tests/unit/support/Timing.h"
 
 namespace qnpp {

@@ -7,9 +7,9 @@
 #include <string_view>
 
 #include "directives/ExpressionEvaluator.h"
-#include "engine/CppPreprocessor.h"
 #include "macros/CppMacro.h"
-#include "tests/unit/support/Preprocess.h"
+#include "tests/support/Preprocess.h"
+#include "tests/support/Text.h"
 #include "tests/unit/support/Streams.h"
 #include "tests/unit/support/Timing.h"
 
@@ -257,15 +257,10 @@ TEST(ExpressionTest, ADivisionWithoutAResultIsThrown) {
   for (const char* const expression : {"1/0", "1%0", "(-2147483647-1) / -1", "1 ? 2 : 1/0"}) {
     EXPECT_THROW(evaluate(expression), DivisionByZero) << expression;
   }
-  std::istringstream input("text\n#if (1 + 1/0\nmore\n");
-  std::ostringstream output;
-  std::ostringstream messages;
-  CppPreprocessor preprocessor(messages, input);
-  preprocessor.setOutput(output);
-  preprocessor.openSource("", "a.c");
-  EXPECT_THROW(preprocessor.run(), DivisionByZero);
-  EXPECT_EQ(output.str(), std::string(kFirstLine) + "text\n");
-  EXPECT_EQ(messages.str(), "");
+  EngineInMemory engine("text\n#if (1 + 1/0\nmore\n");
+  EXPECT_THROW(preprocess(engine.preprocessor, engine.output), DivisionByZero);
+  EXPECT_EQ(engine.output.str(), std::string(kFirstLine) + "text\n");
+  EXPECT_EQ(engine.messages.str(), "");
 }
 
 // ---- Depth ----

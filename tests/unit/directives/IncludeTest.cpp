@@ -1,12 +1,11 @@
 // #include: which file is read.
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "tests/unit/support/Preprocess.h"
-#include "tests/unit/support/TemporaryFolder.h"
+#include "tests/support/Files.h"
+#include "tests/support/Preprocess.h"
 
 namespace qnpp {
 namespace {
@@ -16,17 +15,7 @@ struct IncludeTest : testing::Test {
   Preprocessed run(const std::string& source, const std::vector<std::string>& directories = {},
                    const std::string& sourceName = "") {
     const WorkingDirectory here(folder);
-    std::istringstream input;
-    std::ostringstream output;
-    std::ostringstream messages;
-    CppPreprocessor preprocessor(messages, input);
-    for (const std::string& directory : directories) {
-      preprocessor.addIncludeDirectory(directory);
-    }
-    preprocessor.setOutput(output);
-    preprocessor.openSource(source, sourceName);
-    const bool hasError = preprocessor.run();
-    return {output.str(), messages.str(), hasError};
+    return preprocess("", {.fileName = source, .sourceName = sourceName, .includeDirectories = directories});
   }
 
   // The name of the file that `#include operand` in main.c finds; none if there is no such file.

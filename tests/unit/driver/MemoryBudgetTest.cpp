@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "tests/unit/support/TemporaryFolder.h"
+#include "tests/support/Files.h"
 
 namespace qnpp {
 namespace {

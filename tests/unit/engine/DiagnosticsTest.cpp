@@ -7,8 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/support/Preprocess.h"
-#include "tests/unit/support/TemporaryFolder.h"
+#include "tests/support/Files.h"
+#include "tests/support/Preprocess.h"
+#include "tests/support/Text.h"
 
 namespace qnpp {
 namespace {
@@ -89,39 +90,28 @@ TEST(DiagnosticsTest, EachMessageIsFlushedAtOnceInOnePiece) {
   std::istringstream input("#error 1\n#error 2\n");
   std::ostringstream output;
   CppPreprocessor preprocessor(messages, input);
-  preprocessor.setOutput(output);
-  preprocessor.openSource("", "a.c");
-  EXPECT_TRUE(preprocessor.run());
+  EXPECT_TRUE(preprocess(preprocessor, output));
   EXPECT_EQ(buffer.pieces,
             (std::vector<std::string>{"a.c:1: #error directive:  1.\n", "a.c:2: #error directive:  2.\n"}));
   EXPECT_EQ(buffer.flushedPieces, (std::vector<std::size_t>{1, 2}));
 }
 
 TEST(DiagnosticsTest, AFailedMessageStreamIsNotLookedAt) {
-  std::ostringstream messages;
-  messages.setstate(std::ios_base::badbit);
-  std::istringstream input("#foo\nx\n");
-  std::ostringstream output;
-  CppPreprocessor preprocessor(messages, input);
-  preprocessor.setOutput(output);
-  preprocessor.openSource("", "a.c");
-  EXPECT_TRUE(preprocessor.run());
-  EXPECT_EQ(output.str(), std::string(kFirstLine) + "#line 2 \"a.c\"\nx\n");
+  EngineInMemory engine("#foo\nx\n");
+  engine.messages.setstate(std::ios_base::badbit);
+  EXPECT_TRUE(preprocess(engine.preprocessor, engine.output));
+  EXPECT_EQ(engine.output.str(), std::string(kFirstLine) + "#line 2 \"a.c\"\nx\n");
 }
 
 TEST(DiagnosticsTest, RunningOutOfMemoryIsSaidWithThePlace) {
-  std::istringstream input("x\n#error 1\n");
-  std::ostringstream output;
-  std::ostringstream messages;
-  CppPreprocessor preprocessor(messages, input);
-  preprocessor.setOutput(output);
-  preprocessor.reportOutOfMemory();
-  EXPECT_TRUE(preprocessor.hasError());
-  EXPECT_EQ(messages.str(), "FATAL ERROR: out of memory.\n");
-  preprocessor.openSource("", "a.c");
-  preprocessor.reportOutOfMemory();
-  EXPECT_EQ(messages.str(), "FATAL ERROR: out of memory.\na.c:1: FATAL ERROR: out of memory.\n");
-  EXPECT_EQ(output.str(), kFirstLine);  // What had been written has arrived.
+  EngineInMemory engine("x\n#error 1\n");
+  engine.preprocessor.reportOutOfMemory();
+  EXPECT_TRUE(engine.preprocessor.hasError());
+  EXPECT_EQ(engine.messages.str(), "FATAL ERROR: out of memory.\n");
+  engine.preprocessor.openSource("", "a.c");
+  engine.preprocessor.reportOutOfMemory();
+  EXPECT_EQ(engine.messages.str(), "FATAL ERROR: out of memory.\na.c:1: FATAL ERROR: out of memory.\n");
+  EXPECT_EQ(engine.output.str(), kFirstLine);  // What had been written has arrived.
 }
 
 }  // namespace

@@ -5,8 +5,9 @@
 #include <cstddef>
 #include <string>
 
+#include "tests/support/Preprocess.h"
+#include "tests/support/Text.h"
 #include "tests/unit/support/Memory.h"
-#include "tests/unit/support/Preprocess.h"
 #include "tests/unit/support/Timing.h"
 
 namespace qnpp {

@@ -1,12 +1,11 @@
 // The run loop: text lines, directive lines, and the line directives that keep the output in step.
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <string_view>
 
-#include "tests/unit/support/Preprocess.h"
-#include "tests/unit/support/TemporaryFolder.h"
+#include "tests/support/Files.h"
+#include "tests/support/Preprocess.h"
 #include "tests/unit/support/TokenDump.h"
 
 namespace qnpp {
@@ -131,31 +130,22 @@ TEST(RunLoopTest, StandardInputIsCalledStdin) {
 TEST(RunLoopTest, OpensFilesByName) {
   const TemporaryFolder folder;
   const std::string name = folder.write("a.c", "x\n#foo\n");
-  std::istringstream none("never read");
   for (const bool named : {false, true}) {
-    std::ostringstream output;
-    std::ostringstream messages;
-    CppPreprocessor preprocessor(messages, none);
-    preprocessor.setOutput(output);
-    preprocessor.openSource(name, named ? "name" : "");
-    EXPECT_TRUE(preprocessor.run());
+    const Preprocessed run = preprocess("never read", {.fileName = name, .sourceName = named ? "name" : ""});
+    EXPECT_TRUE(run.hasError);
     const std::string shown = named ? "name" : name;
-    EXPECT_EQ(output.str(), "#line 1 \"" + shown + "\"\nx\n");
-    EXPECT_EQ(messages.str(), shown + ":2: the indicated directive is not a recognized preprocessing directive.\n");
+    EXPECT_EQ(run.output, "#line 1 \"" + shown + "\"\nx\n");
+    EXPECT_EQ(run.messages, shown + ":2: the indicated directive is not a recognized preprocessing directive.\n");
   }
 }
 
 TEST(RunLoopTest, ASourceThatCannotBeOpenedIsFatal) {
-  std::istringstream none;
-  std::ostringstream output;
-  std::ostringstream messages;
-  CppPreprocessor preprocessor(messages, none);
-  preprocessor.setOutput(output);
-  EXPECT_FALSE(preprocessor.hasError());
-  preprocessor.openSource("no/such/file.c", "name");
-  EXPECT_TRUE(preprocessor.hasError());
-  EXPECT_EQ(output.str(), "");
-  EXPECT_EQ(messages.str(), "FATAL ERROR: cannot open no/such/file.c.\n");
+  EngineInMemory engine("");
+  EXPECT_FALSE(engine.preprocessor.hasError());
+  engine.preprocessor.openSource("no/such/file.c", "name");
+  EXPECT_TRUE(engine.preprocessor.hasError());
+  EXPECT_EQ(engine.output.str(), "");
+  EXPECT_EQ(engine.messages.str(), "FATAL ERROR: cannot open no/such/file.c.\n");
 }
 
 TEST(RunLoopTest, CallersMayAskForDefinitionsBeforehand) {

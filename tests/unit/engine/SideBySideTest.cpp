@@ -2,59 +2,47 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
-#include "tests/unit/support/Preprocess.h"
+#include "tests/support/Preprocess.h"
 
 namespace qnpp {
 namespace {
 
-// One preprocessor with its streams.
-struct Bench {
-  explicit Bench(const std::string& source) : input(source), preprocessor(messages, input) {
-    preprocessor.setOutput(output);
-  }
-  std::istringstream input;
-  std::ostringstream output;
-  std::ostringstream messages;
-  CppPreprocessor preprocessor;
-};
-
 TEST(SideBySideTest, NothingIsShared) {
   constexpr int kCount = 50;
-  std::vector<std::unique_ptr<Bench>> benches;
+  std::vector<std::unique_ptr<EngineInMemory>> engines;
   for (int index = 0; index < kCount; ++index) {
     const std::string number = std::to_string(index);
     // Each has a definition of its own name, of a name that all share, and errors in some.
     std::string source = "#define ONLY" + number + " own\nONLY" + number + " ONLY" + std::to_string(index + 1) +
                          " ALL\n#if ALL % 2\n#error odd\n#endif\n__LINE__ __FILE__\n";
-    benches.push_back(std::make_unique<Bench>(source));
-    benches.back()->preprocessor.macroTable().defineFromCommandLine("ALL", number);
+    engines.push_back(std::make_unique<EngineInMemory>(source));
+    engines.back()->preprocessor.macroTable().defineFromCommandLine("ALL", number);
   }
   for (int index = kCount - 1; index >= 0; --index) {
-    benches[static_cast<std::size_t>(index)]->preprocessor.openSource("", "file" + std::to_string(index));
+    engines[static_cast<std::size_t>(index)]->preprocessor.openSource("", "file" + std::to_string(index));
   }
   for (int index = 0; index < kCount; ++index) {
-    Bench& bench = *benches[static_cast<std::size_t>(index)];
-    EXPECT_EQ(bench.preprocessor.run(), index % 2 == 1);
+    EngineInMemory& engine = *engines[static_cast<std::size_t>(index)];
+    EXPECT_EQ(engine.preprocessor.run(), index % 2 == 1);
   }
   for (int index = 0; index < kCount; ++index) {
-    const Bench& bench = *benches[static_cast<std::size_t>(index)];
+    const EngineInMemory& engine = *engines[static_cast<std::size_t>(index)];
     const std::string number = std::to_string(index);
     const std::string name = "file" + number;
     // A skipped line and the line end of #endif leave empty lines, an #error leaves none.
     const std::string group = index % 2 == 1 ? "\n" : "\n\n";
-    EXPECT_EQ(bench.output.str(), "#line 1 \"" + name + "\"\n#line 2 \"" + name + "\"\nown ONLY" +
-                                      std::to_string(index + 1) + " " + number + "\n" + group + "#line 6 \"" + name +
-                                      "\"\n6 \"" + name + "\"\n");
-    EXPECT_EQ(bench.messages.str(), index % 2 == 1 ? name + ":4: #error directive:  odd.\n" : "");
+    EXPECT_EQ(engine.output.str(), "#line 1 \"" + name + "\"\n#line 2 \"" + name + "\"\nown ONLY" +
+                                       std::to_string(index + 1) + " " + number + "\n" + group + "#line 6 \"" + name +
+                                       "\"\n6 \"" + name + "\"\n");
+    EXPECT_EQ(engine.messages.str(), index % 2 == 1 ? name + ":4: #error directive:  odd.\n" : "");
   }
 }
 
 TEST(SideBySideTest, OneMayRunInsideTheLifeOfAnother) {
-  Bench outer("#define X outer\nX\n");
+  EngineInMemory outer("#define X outer\nX\n");
   outer.preprocessor.openSource("", "a.c");
   EXPECT_EQ(preprocess("X\n").output, std::string(kFirstLine) + "X\n");
   EXPECT_FALSE(outer.preprocessor.run());
@@ -63,9 +51,9 @@ TEST(SideBySideTest, OneMayRunInsideTheLifeOfAnother) {
 }
 
 TEST(SideBySideTest, OneThatNeverRunsLeavesNothingBehind) {
-  Bench bench("#define X 1\nX\n");
-  bench.preprocessor.openSource("", "a.c");
-  EXPECT_EQ(bench.messages.str(), "");
+  EngineInMemory engine("#define X 1\nX\n");
+  engine.preprocessor.openSource("", "a.c");
+  EXPECT_EQ(engine.messages.str(), "");
 }
 
 }  // namespace

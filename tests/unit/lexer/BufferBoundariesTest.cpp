@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/support/PiecewiseInput.h"
 #include "tests/unit/support/TokenDump.h"
 
 namespace qnpp {
@@ -84,7 +85,7 @@ TEST(BufferBoundariesTest, ConstructsSurviveTheEndOfTheBuffer) {
 TEST(BufferBoundariesTest, ConstructsSurviveInputInSmallPieces) {
   for (const Construct& construct : kConstructs) {
     for (std::size_t step = 1; step <= 8; ++step) {
-      SteppedText input(construct.text, step);
+      PiecewiseInput input(construct.text, step);
       const Lexed lexed = lexFully(input);
       EXPECT_EQ(lexed.tokens, construct.tokens) << visible(construct.text) << " by " << step;
       EXPECT_EQ(lexed.line, 1 + construct.lines) << visible(construct.text) << " by " << step;
@@ -117,7 +118,7 @@ TEST(BufferBoundariesTest, MixturesGiveTheSameTokensInPieces) {
     }
     const Lexed whole = lexFully(text);
     for (const std::size_t step : {1U, 2U, 3U, 5U, 7U, 64U}) {
-      SteppedText input(text, step);
+      PiecewiseInput input(text, step);
       ASSERT_EQ(lexFully(input), whole) << visible(text) << " by " << step;
     }
   }

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "macros/CppMacro.h"
-#include "tests/unit/support/TemporaryFolder.h"
+#include "tests/support/Files.h"
 #include "tests/unit/support/TokenDump.h"
 
 namespace qnpp {

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "tests/unit/support/TemporaryFolder.h"
+#include "tests/support/Files.h"
 
 namespace qnpp {
 namespace {

@@ -6,7 +6,9 @@
 #include <string>
 #include <string_view>
 
-#include "tests/unit/support/Preprocess.h"
+#include "tests/support/PiecewiseInput.h"
+#include "tests/support/Preprocess.h"
+#include "tests/support/Text.h"
 #include "tests/unit/support/Timing.h"
 #include "tests/unit/support/TokenDump.h"
 
@@ -60,14 +62,14 @@ TEST(LongTokensTest, CommentsAndSkippedLinesNeedNoBuffer) {
       "//" + std::string(kMegabyte, '-') + "\n",
   };
   for (const std::string& text : texts) {
-    SteppedText input(text, kMegabyte);
+    PiecewiseInput input(text, kMegabyte);
     LexerSetting setting;
     CppLexer lexer(input, setting.context);
     EXPECT_EQ(lexer.next(), TK_SPACE);
     EXPECT_LE(input.mostAskedFor(), 16384U) << visible(text.substr(0, 10));
   }
   const std::string line = "x" + repeat(kMegabyte / 8, " a + b\\;") + "\n";
-  SteppedText input(line, kMegabyte);
+  PiecewiseInput input(line, kMegabyte);
   LexerSetting setting;
   CppLexer lexer(input, setting.context);
   EXPECT_EQ(lexer.next(), TK_IDENTIFIER);

@@ -11,6 +11,7 @@
 
 #include "lexer/CppFileScanner.h"
 #include "macros/CppMacro.h"
+#include "tests/support/PiecewiseInput.h"
 #include "tests/unit/support/TokenDump.h"
 
 namespace qnpp {
@@ -62,7 +63,7 @@ struct Reading {
   }
 
   LexerSetting setting;
-  SteppedText input;
+  PiecewiseInput input;
   CppMacro macro;
   CppFileScanner scanner;
 };

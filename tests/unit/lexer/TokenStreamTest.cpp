@@ -188,7 +188,7 @@ TEST(TokenStreamTest, ClosedSourcesNest) {
   {
     TokenRange part = inner.all().part(1, 2);
     part.hideSet = setting.hideSetOf("A");
-    const TokenStream::Closed second(setting.stream, part, surroundings);
+    const TokenStream::Closed second(setting.stream, part, &surroundings);
     EXPECT_EQ(setting.stream.listSource().surroundings(), &surroundings);
     TokenList none;
     {

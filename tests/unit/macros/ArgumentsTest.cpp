@@ -196,10 +196,25 @@ TEST_F(ArgumentsTest, SurroundingsAreThoseGivenOrTheArgumentItself) {
   outer.reset(list.spellings());
   arguments.addInPlace(list.all().part(1, 3), &outer);
   arguments.addInPlace(list.all().part(1, 3), nullptr);
-  EXPECT_EQ(&arguments.surroundings(0), &outer);
-  NormalizedTokens& own = arguments.surroundings(1);
-  EXPECT_NE(&own, &outer);
-  EXPECT_EQ(own.closing(&arguments.tokens(1).tokens[0]), &arguments.tokens(1).tokens[2]);
+  EXPECT_EQ(arguments.surroundings(0), &outer);
+  NormalizedTokens* const own = arguments.surroundings(1);
+  ASSERT_NE(own, nullptr);
+  EXPECT_NE(own, &outer);
+  EXPECT_EQ(own->closing(&arguments.tokens(1).tokens[0]), &arguments.tokens(1).tokens[2]);
+}
+
+// The blanks and line ends of a literal that falls apart are still to be normalized in an argument inside of this one.
+TEST_F(ArgumentsTest, ALiteralThatFallsApartLeavesWhatIsNotNormalized) {
+  read({{"\""}, {"\"a b\""}});
+  read({{"\""}, {"\"a  b\""}});
+  read({{"\""}, {"\"a\rb\""}});
+  read({{"\""}, {"\"a\tb\""}});
+  read({{"\""}, {"\" a\""}});
+  EXPECT_NE(arguments.surroundings(0), nullptr);
+  for (std::size_t index = 1; index < 4; ++index) {
+    EXPECT_EQ(arguments.surroundings(index), nullptr) << index;
+  }
+  EXPECT_NE(arguments.surroundings(4), nullptr);
 }
 
 TEST(NormalizedTokensTest, FindsTheClosingParenthesis) {

@@ -62,6 +62,8 @@ TEST(MacroExpanderTest, TokensOfAResultCarryTheSetOfTheInvocation) {
       {{"F(x) x"}, "F(F(1))", "1{F}"},
       // The name's set counts, not that of the parenthesis behind it.
       {{"F(x) x", "A F("}, "A 1)", "1{AF}"},
+      // Tokens of an argument get the set of the token behind it: ")" came out of R.
+      {{"F(x) x", "G(x) x", "L (", "R )"}, "G(F L 1 R)", "1{FGR}"},
       {{"F(x) [x F]", "A F(1"}, "A)", "[{AF}1{AF} {AF}F{AF}]{AF}"},
   });
 }

@@ -5,8 +5,8 @@
 #include <ctime>
 #include <string>
 
+#include "tests/support/Files.h"
 #include "tests/unit/support/RunRows.h"
-#include "tests/unit/support/TemporaryFolder.h"
 
 namespace qnpp {
 namespace {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/Text.h"
 #include "tests/unit/support/Definitions.h"
 #include "tests/unit/support/RunRows.h"
 

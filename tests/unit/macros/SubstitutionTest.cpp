@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 
+#include "tests/support/Text.h"
 #include "tests/unit/support/MacroRows.h"
 
 namespace qnpp {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/support/Preprocess.h"
+#include "tests/support/Preprocess.h"
 
 namespace qnpp {
 

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-#include "tests/unit/support/Preprocess.h"
+#include "tests/support/Preprocess.h"
 
 namespace qnpp {
 

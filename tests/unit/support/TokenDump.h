@@ -1,14 +1,12 @@
-// Tokens of a text in one line, and inputs that arrive in small pieces.
+// Tokens of a text in one line.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <istream>
 #include <ostream>
 #include <sstream>
-#include <streambuf>
 #include <string>
 #include <string_view>
 
@@ -131,31 +129,6 @@ struct LexerSetting {
     output.flush();
     return sink.str();
   }
-};
-
-/// A stream over borrowed bytes that hands out `step` of them at a time, and remembers the most it was asked for: that
-/// is the room the reader had, so it tells how much the reader holds on to.
-class SteppedText : public std::istream {
- public:
-  SteppedText(std::string_view text, std::size_t step) : std::istream(nullptr), buffer_(text, step) { rdbuf(&buffer_); }
-
-  std::size_t mostAskedFor() const { return buffer_.mostAskedFor; }
-
- private:
-  struct Buffer : std::streambuf {
-    Buffer(std::string_view bytes, std::size_t bytesAtATime) : left(bytes), step(bytesAtATime) {}
-    std::streamsize xsgetn(char* to, std::streamsize size) override {
-      const auto asked = static_cast<std::size_t>(size);
-      mostAskedFor = std::max(mostAskedFor, asked);
-      const std::size_t count = left.copy(to, std::min(asked, step));
-      left.remove_prefix(count);
-      return static_cast<std::streamsize>(count);
-    }
-    std::string_view left;
-    std::size_t step;
-    std::size_t mostAskedFor = 0;
-  };
-  Buffer buffer_;
 };
 
 /// The tokens from where `lexer` stands to the end, in one line.

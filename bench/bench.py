@@ -11,17 +11,19 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import unittest
 
+import by_construct
 import compare
 import report
-from programs import Launcher, Program, Series, installed_peers, version
+from constructs import Construct
+from programs import Launcher, Program, Series, installed_peers, measure, version
 from workloads import MB, STARTUP, WORKLOADS, Workload, prepare
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 DATA = ROOT / "build" / "bench-data"
 RESULTS = ROOT / "bench" / "results"
 
-SLOW = 10.0  # seconds of one run after which a peer is measured once only
 GROWTH_FACTORS = (1, 2, 4)
 GROWTH_TOLERANCE = 0.10
 
@@ -89,18 +91,10 @@ def setting_text(facts: dict) -> str:
 # Side by side
 
 
-def measure(launcher: Launcher, programs: list[Program], folder: pathlib.Path, rounds: int) -> dict[str, Series]:
-    """Each round runs every program once, beginning with another one each time, so that whatever disturbs the machine
-    disturbs them alike."""
-    series = {program.name: Series() for program in programs}
-    for round_number in range(rounds):
-        start = round_number % len(programs)
-        for program in programs[start:] + programs[:start]:
-            runs = series[program.name].runs
-            if runs and (series[program.name].failure or runs[0].wall > SLOW):
-                continue
-            runs.append(launcher.run(program, folder))
-    return series
+def measure_programs(launcher: Launcher, programs: list[Program], folder: pathlib.Path,
+                     rounds: int) -> dict[str, Series]:
+    by_name = {program.name: program for program in programs}
+    return measure(list(by_name), rounds, lambda name: launcher.run(by_name[name], folder))
 
 
 def side_by_side_row(workload: Workload, bytes_read: int, series: dict[str, Series], factor: float) -> dict:
@@ -179,7 +173,8 @@ def run_side_by_side(launcher, programs, workloads, options) -> tuple[str, list[
         note(f"{workload.name} ...")
         written = prepare(workload, options.scale, DATA)
         rows.append(side_by_side_row(workload, written.bytes_read,
-                                     measure(launcher, programs, written.folder, options.rounds), options.scale))
+                                     measure_programs(launcher, programs, written.folder, options.rounds),
+                                     options.scale))
         rows[-1]["input_sha256"] = written.sha256
     return (side_by_side_tables(rows, [program.name for program in programs]), rows,
             all("qnpp" not in row["failure"] for row in rows))
@@ -192,16 +187,12 @@ def run_side_by_side(launcher, programs, workloads, options) -> tuple[str, list[
 def run_growth(launcher, qnpp, workloads, options) -> tuple[str, list[dict], bool]:
     """The fastest run of each size counts: what disturbs a run can only make it slower."""
     startup_input = prepare(STARTUP, 1, DATA)
-    startup = measure(launcher, [qnpp], startup_input.folder, max(options.rounds, 20))[qnpp.name].fastest
+    startup = measure_programs(launcher, [qnpp], startup_input.folder, max(options.rounds, 20))[qnpp.name].fastest
     rows = []
     for workload in workloads:
         note(f"{workload.name} ...")
         sizes = {factor: prepare(workload, factor * options.scale, DATA) for factor in GROWTH_FACTORS}
-        series = {factor: Series() for factor in GROWTH_FACTORS}
-        for _ in range(options.rounds):
-            for factor, written in sizes.items():
-                if not series[factor].failure:
-                    series[factor].runs.append(launcher.run(qnpp, written.folder))
+        series = measure(GROWTH_FACTORS, options.rounds, lambda factor: launcher.run(qnpp, sizes[factor].folder))
         failure = next((one.failure for one in series.values() if one.failure), None)
         net = [max(one.fastest - startup, 1e-6) for one in series.values()]
         ratios = [later / earlier for earlier, later in zip(net, net[1:])]
@@ -275,11 +266,15 @@ def note(text: str) -> None:
         print(f"\r\x1b[K{text}", end="", file=sys.stderr, flush=True)
 
 
+def keep_figures(path: pathlib.Path, facts: dict, rows: list[dict]) -> None:
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text(json.dumps({"setting": facts, "results": rows}, indent=1) + "\n")
+
+
 def keep(path: pathlib.Path, heading: str, facts: dict, text: str, rows: list[dict]) -> None:
     """PATH holds the tables, the file of the same name in .json the raw figures."""
-    path.parent.mkdir(parents=True, exist_ok=True)
+    keep_figures(path.with_suffix(".json"), facts, rows)
     path.write_text(f"# {heading}, {facts['date'][:10]}\n\n{setting_text(facts)}\n\n{text}")
-    path.with_suffix(".json").write_text(json.dumps({"setting": facts, "results": rows}, indent=1) + "\n")
 
 
 def selected(names: str | None) -> list[Workload]:
@@ -292,53 +287,87 @@ def selected(names: str | None) -> list[Workload]:
     return [by_name[name] for name in names.split(",")]
 
 
+def selected_constructs(options: argparse.Namespace) -> list[Construct]:
+    constructs = by_construct.selected(options.only, options.growth)
+    if not constructs:
+        sys.exit(f"scripts/bench: no construct matches {options.only}; --constructs --list names them all")
+    return constructs
+
+
+def list_names(options: argparse.Namespace) -> None:
+    if options.constructs:
+        print("\n".join(construct.name for construct in selected_constructs(options)))
+        return
+    for workload in selected(options.only):
+        print(f"{workload.name:14} {workload.title}")
+
+
 def parse_options() -> argparse.Namespace:
     parser = argparse.ArgumentParser(prog="scripts/bench", description=__doc__.strip())
-    parser.add_argument("--rounds", type=int, default=5, help="runs of each program on each workload (default 5)")
-    parser.add_argument("--only", metavar="NAME,NAME", help="these workloads only")
+    parser.add_argument("--rounds", type=int, default=5, help="runs of each program on each input (default 5)")
+    parser.add_argument("--only", metavar="NAME,NAME",
+                        help="these workloads only; with --constructs, those that match one of these patterns")
     parser.add_argument("--scale", type=float, default=1.0, help="make the workloads this many times as large")
     parser.add_argument("--output", type=pathlib.Path, metavar="FILE",
                         help="keep the tables in FILE (Markdown) and the raw figures beside it in .json")
+    parser.add_argument("--json", type=pathlib.Path, metavar="FILE", help="keep only the raw figures, in FILE")
     parser.add_argument("--record", metavar="LABEL", help="keep them in bench/results/DATE-LABEL.md and .json")
+    parser.add_argument("--constructs", action="store_true",
+                        help="instead of workloads, measure each construct of the language by itself")
     parser.add_argument("--growth", action="store_true",
-                        help="instead, run qnpp alone on three sizes of each workload, each twice the one before")
+                        help="instead, run qnpp alone on growing sizes, each twice the one before")
     parser.add_argument("--check", action="store_true", help="instead, compare the outputs of all programs")
+    parser.add_argument("--selftest", action="store_true", help="try the arithmetic, and measure nothing")
     parser.add_argument("--program", type=pathlib.Path, required=True, metavar="PATH",
                         help="the program to measure (default: build/release/qnpp, built first)")
-    parser.add_argument("--list", action="store_true", help="name the workloads")
+    parser.add_argument("--list", action="store_true", help="name the workloads or constructs")
     options = parser.parse_args()
     if options.rounds < 1 or options.scale <= 0:
         parser.error("--rounds and --scale take positive numbers")
+    if options.constructs and options.check:
+        parser.error("--check is for workloads")
     if options.record:
         options.output = RESULTS / f"{datetime.date.today().isoformat()}-{options.record}.md"
     return options
 
 
+def measured(launcher: Launcher, programs: list[Program], options: argparse.Namespace) -> tuple:
+    """A heading and what was measured: tables, raw figures, and whether qnpp went through all of it."""
+    if options.constructs:
+        constructs = selected_constructs(options)
+        if options.growth:
+            return "Growth by construct", by_construct.run_growth(launcher, programs[0], constructs, DATA,
+                                                                  options.rounds, note)
+        return "Constructs", by_construct.run_side_by_side(launcher, programs, constructs, DATA, options.rounds,
+                                                           options.scale, note)
+    workloads = selected(options.only)
+    if options.growth:
+        return "Growth", run_growth(launcher, programs[0], workloads, options)
+    if options.check:
+        return "Comparison of outputs", run_check(launcher, programs, workloads, options)
+    return "Benchmark", run_side_by_side(launcher, programs, workloads, options)
+
+
 def main() -> int:
     options = parse_options()
-    workloads = selected(options.only)
+    if options.selftest:
+        return 0 if unittest.main("selftest", argv=["selftest"], exit=False).result.wasSuccessful() else 1
     if options.list:
-        for workload in workloads:
-            print(f"{workload.name:14} {workload.title}")
+        list_names(options)
         return 0
     path = options.program.resolve()
     if not shutil.which(path):
         sys.exit(f"scripts/bench: {path} is not a program that can be run")
-    qnpp = Program("qnpp", (str(path),), (str(path), "-v"))
-    programs = [qnpp, *installed_peers()]
-    launcher = Launcher(DATA)
+    programs = [Program("qnpp", (str(path),), (str(path), "-v")), *installed_peers()]
     facts = setting(path, programs[1:], options)
-
-    if options.growth:
-        heading, (text, rows, good) = "Growth", run_growth(launcher, qnpp, workloads, options)
-    elif options.check:
-        heading, (text, rows, good) = "Comparison of outputs", run_check(launcher, programs, workloads, options)
-    else:
-        heading, (text, rows, good) = "Benchmark", run_side_by_side(launcher, programs, workloads, options)
+    launcher = Launcher(DATA, by_construct.TIME_LIMIT) if options.constructs else Launcher(DATA)
+    heading, (text, rows, good) = measured(launcher, programs, options)
     note("")
     print(f"{setting_text(facts)}\n\n{text}", end="")
     if options.output:
         keep(options.output, heading, facts, text, rows)
+    if options.json:
+        keep_figures(options.json, facts, rows)
     return 0 if good else 1
 
 

@@ -12,9 +12,12 @@ _LINE_DIRECTIVE = re.compile(rb'^[ \t]*#[ \t]*(?:line[ \t]+)?[0-9]+[ \t]+"[^\n]*
 _NEEDLESS_BLANK = re.compile(rb" (?![A-Za-z0-9_])|(?<![A-Za-z0-9_]) ")
 
 
+def without_line_directives(text: bytes) -> bytes:
+    return _LINE_DIRECTIVE.sub(b"", text)
+
+
 def normalised(text: bytes) -> bytes:
-    without_directives = _LINE_DIRECTIVE.sub(b"", text)
-    return _NEEDLESS_BLANK.sub(b"", b" ".join(without_directives.split()))
+    return _NEEDLESS_BLANK.sub(b"", b" ".join(without_line_directives(text).split()))
 
 
 def fingerprint(path) -> str:

@@ -8,9 +8,10 @@ import shutil
 import signal
 import statistics
 import subprocess
-from typing import Optional
+from typing import Callable, Hashable, Optional, Sequence
 
 TIME_LIMIT = 60  # seconds
+SLOW = 10.0  # seconds of one run after which a program is measured once only
 _STDERR_READ = 65536
 _MESSAGE_LENGTH = 200
 
@@ -69,7 +70,8 @@ class Run:
 class Launcher:
     """Builds and drives the small program that starts the others (see launcher.cpp)."""
 
-    def __init__(self, work_folder: pathlib.Path):
+    def __init__(self, work_folder: pathlib.Path, time_limit: int = TIME_LIMIT):
+        self._time_limit = time_limit
         source = _BENCH / "launcher.cpp"
         self._path = work_folder / "launcher"
         self._errors = work_folder / f"stderr.{os.getpid()}"
@@ -78,11 +80,12 @@ class Launcher:
             subprocess.run([os.environ.get("CXX", "c++"), "-std=c++20", "-O2", "-Wl,--as-needed", str(source), "-o",
                             str(self._path)], check=True)
 
-    def run(self, program: Program, folder: pathlib.Path, output: str = os.devnull) -> Run:
+    def run(self, program: Program, folder: pathlib.Path, output: str = os.devnull,
+            options: Sequence[str] = ()) -> Run:
         try:
-            result = subprocess.run([str(self._path), str(TIME_LIMIT), output, str(self._errors), *program.command,
-                                     "input.c"], cwd=folder, env=environment(), stdin=subprocess.DEVNULL,
-                                    stdout=subprocess.PIPE, check=True, text=True)
+            launch = (str(self._path), str(self._time_limit), output, str(self._errors))
+            result = subprocess.run([*launch, *program.command, *options, "input.c"], cwd=folder, env=environment(),
+                                    stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=True, text=True)
             with open(self._errors, "rb") as errors:
                 said = errors.read(_STDERR_READ)
         finally:
@@ -131,3 +134,21 @@ class Series:
     @property
     def peak(self) -> float:
         return max(run.peak for run in self.runs)
+
+
+def goes_on(run: Run) -> bool:
+    return not run.failure and run.wall <= SLOW
+
+
+def measure(subjects: Sequence[Hashable], rounds: int, run: Callable[[Hashable], Run],
+            again: Callable[[Run], bool] = goes_on) -> dict[Hashable, Series]:
+    """Each round runs every subject (a program, a size) once, beginning with another one each time, so that whatever
+    disturbs the machine disturbs them alike."""
+    series = {subject: Series() for subject in subjects}
+    for round_number in range(rounds):
+        start = round_number % max(len(subjects), 1)
+        for subject in [*subjects[start:], *subjects[:start]]:
+            runs = series[subject].runs
+            if not runs or again(runs[-1]):
+                runs.append(run(subject))
+    return series

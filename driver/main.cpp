@@ -16,6 +16,7 @@
 #include <string_view>
 
 #include "driver/Driver.h"
+#include "driver/MemoryBudget.h"
 #include "engine/CppPreprocessor.h"
 #include "lexer/CppLexer.h"
 
@@ -82,6 +83,7 @@ int preprocess(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::set_terminate(endOutOfMemory);
+  qnpp::MemoryBudget::begin();
   ignoreFailedWrites();
   occupyStandardDescriptors();
   try {

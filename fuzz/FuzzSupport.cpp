@@ -48,7 +48,8 @@ RunResult preprocess(std::string_view source, std::size_t piece) {
     preprocessor.setOutput(output);
     preprocessor.openSource("", "");
     result.hasError = preprocessor.run();
-    result.isComplete = true;
+  } catch (const DivisionByZero&) {
+    result.dividesByZero = true;
   } catch (const OutputLimitReached&) {
     return {};
   } catch (const std::bad_alloc&) {
@@ -56,6 +57,7 @@ RunResult preprocess(std::string_view source, std::size_t piece) {
   }
   result.output = output.text();
   result.diagnostics = diagnostics.text();
+  result.isComplete = true;
   return result;
 }
 
@@ -81,32 +83,6 @@ void show(std::string_view source) {
   if (isWanted) {
     print("source", source);
   }
-}
-
-std::string withoutDivisions(std::string_view text) {
-  const auto isLineEnd = [](char byte) { return byte == '\n' || byte == '\r' || byte == '\0'; };
-  const auto endsBlockCommentEarly = [](char byte) {
-    return byte == '/' || byte == '"' || byte == '\'' || byte == '\r' || byte == '\0';
-  };
-  std::string result(text);
-  for (std::size_t at = 0; at < result.size(); ++at) {
-    if (result[at] == '%') {
-      result[at] = '^';
-    } else if (result[at] == '/' && result.compare(at, 2, "//") == 0) {
-      for (at += 2; at < result.size() && !isLineEnd(result[at]); ++at) {
-        result[at] = result[at] == '/' ? '|' : result[at];
-      }
-    } else if (result[at] == '/' && result.compare(at, 2, "/*") == 0) {
-      const std::size_t end = std::min(result.find("*/", at + 2), result.size());
-      for (at += 2; at < end; ++at) {
-        result[at] = endsBlockCommentEarly(result[at]) ? ' ' : result[at];
-      }
-      ++at;  // The "/" of "*/".
-    } else if (result[at] == '/') {
-      result[at] = '|';
-    }
-  }
-  return result;
 }
 
 }  // namespace qnpp::fuzz

@@ -99,7 +99,8 @@ struct RunResult {
   std::string output;
   std::string diagnostics;
   bool hasError = false;
-  bool isComplete = false;  ///< False when one of the limits ended the run.
+  bool dividesByZero = false;  ///< This ended the run, as it must; output and messages are those up to there.
+  bool isComplete = false;     ///< False when one of the limits ended the run.
 
   bool operator==(const RunResult&) const = default;
 };
@@ -127,15 +128,6 @@ inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
 
 /// Shows the source that an input of the fuzzer stands for, if the environment variable QNPP_FUZZ_SHOW is set.
 void show(std::string_view source);
-
-/// The text with everything taken out that could become a division in an `#if`. A zero divisor ends the process by the
-/// arithmetic fault, as it must, and would look like a finding.
-///
-/// "%" becomes "^". A "/" stays only where it belongs to a comment and becomes "|" elsewhere. Neither can then come out
-/// of any lexing, however macros cut and join the text: what is left of a comment holds no further "/", no quote that
-/// could end a literal in the middle of it, and no carriage return (which may stand in a literal, and ends a line
-/// comment); so every lexing meets it as a whole or not at all.
-std::string withoutDivisions(std::string_view text);
 
 }  // namespace qnpp::fuzz
 

@@ -49,6 +49,20 @@ std::string withLineEnds(std::string_view word) {
   return result.substr(0, result.find('\0'));
 }
 
+// With "%" for a "/" that can be no part of the beginning or the end of a comment: a name in an #include would lead to
+// the devices of the machine.
+std::string withoutPaths(std::string_view text) {
+  std::string result(text);
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const bool isBeside = (at > 0 && (text[at - 1] == '/' || text[at - 1] == '*')) ||
+                          (at + 1 < text.size() && (text[at + 1] == '/' || text[at + 1] == '*'));
+    if (text[at] == '/' && !isBeside) {
+      result[at] = '%';
+    }
+  }
+  return result;
+}
+
 Input parse(std::string_view text) {
   constexpr std::string_view kCut = "\n@@\n";
   Input input;
@@ -58,10 +72,10 @@ Input parse(std::string_view text) {
   }
   std::vector<std::string> parts;
   for (std::size_t cut = text.find(kCut); cut != std::string_view::npos; cut = text.find(kCut)) {
-    parts.push_back(qnpp::fuzz::withoutDivisions(text.substr(0, cut + 1)));
+    parts.push_back(withoutPaths(text.substr(0, cut + 1)));
     text.remove_prefix(cut + kCut.size());
   }
-  parts.push_back(qnpp::fuzz::withoutDivisions(text));
+  parts.push_back(withoutPaths(text));
   input.source = std::move(parts.front());
   for (std::size_t part = 1; part < parts.size() && part <= kHeaderNames.size(); ++part) {
     input.headers.push_back(std::move(parts[part]));
@@ -69,14 +83,14 @@ Input parse(std::string_view text) {
   return input;
 }
 
-// The words that may reach the driver: none may name a file to be written or read. A "/" could make a directory of the
-// machine an include directory, and a division as well.
+// The words that may reach the driver: none may name a file to be written or read, and no "/" may make a directory of
+// the machine an include directory.
 std::vector<std::string> harmless(const std::vector<std::string>& words) {
   std::vector<std::string> result;
   bool isName = false;
   for (std::string word : words) {
     for (char& byte : word) {
-      byte = byte == '/' || byte == '%' ? '_' : byte;
+      byte = byte == '/' ? '_' : byte;
     }
     const bool isOption = word.starts_with('-');
     const bool opensFile = word == "-o" || word == "-I" || word.find("..") != std::string::npos;
@@ -175,7 +189,8 @@ RunResult run(const Input& input, const std::vector<std::string>& words, std::si
     if (driver.prepare(static_cast<int>(pointers.size()), pointers.data(), preprocessor)) {
       result.hasError = preprocessor.run();
     }
-    result.isComplete = true;
+  } catch (const qnpp::DivisionByZero&) {
+    result.dividesByZero = true;
   } catch (const qnpp::fuzz::OutputLimitReached&) {
     return {};
   } catch (const std::bad_alloc&) {
@@ -183,6 +198,7 @@ RunResult run(const Input& input, const std::vector<std::string>& words, std::si
   }
   result.output = output.text();
   result.diagnostics = diagnostics.text();
+  result.isComplete = true;
   return result;
 }
 

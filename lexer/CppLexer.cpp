@@ -1,33 +1,52 @@
 #include "lexer/CppLexer.h"
 
+#include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <utility>
 
-#include "lexer/ByteScan.h"
+#include "lexer/Block.h"
 #include "lexer/ByteSet.h"
 
 namespace qnpp {
 namespace {
-
-// In text every operator and blank is written as it stands, whichever token it belongs to; only words, numbers (a word
-// may follow one directly), literals, comments and line ends have to be found by the scanner.
-constexpr ByteSet kPlainInText = [] {
-  ByteSet set = allBytesBut(std::string_view("\"'/\\\r\n\0", 7));
-  for (std::size_t byte = 0; byte < set.size(); ++byte) {
-    set[byte] = set[byte] && !kWordBytes[byte];
-  }
-  return set;
-}();
 
 constexpr ByteSet kBlanks = bytesOf(" \t\v\f");
 // The first byte behind the blanks of a line that may be a directive line, or whose blanks are not over.
 constexpr ByteSet kUnsureLineStart = bytesOf(std::string_view("#/\\\r\0", 5));
 
 constexpr ByteSet kCharacterEscapes = bytesOf("\"'?\\abfnrtv01234567");
+constexpr ByteSet kOctalDigits = bytesOf("01234567");
+constexpr ByteSet kDigits = bytesOf("0123456789");
 constexpr ByteSet kHexDigits = bytesOf("0123456789ABCDEFabcdef");
 
-char* passPlain(const ByteSet& plain, char* at) {
-  while (has(plain, *at)) {
+template <typename Byte>
+Byte* passAll(const ByteSet& set, Byte* at) {
+  while (has(set, *at)) {
     ++at;
+  }
+  return at;
+}
+
+// The bits from that of `place` on.
+constexpr std::uint64_t bitsFrom(std::size_t place) { return ~std::uint64_t{0} << place; }
+
+bool isOneOf(char byte, char a, char b) { return byte == a || byte == b; }
+
+// Behind the number that begins at `at`, by the rules of the tokens: the longest one.
+const char* passNumber(const char* at) {
+  if (*at != '0') {
+    at = passAll(kDigits, at);
+  } else if (isOneOf(at[1], 'x', 'X') && has(kHexDigits, at[2])) {
+    at = passAll(kHexDigits, at + 2);
+  } else {
+    at = passAll(kOctalDigits, at);
+  }
+  if (isOneOf(*at, 'u', 'U')) {
+    return isOneOf(at[1], 'l', 'L') ? at + 2 : at + 1;
+  }
+  if (isOneOf(*at, 'l', 'L')) {
+    return isOneOf(at[1], 'u', 'U') ? at + 2 : at + 1;
   }
   return at;
 }
@@ -48,7 +67,6 @@ void CppLexer::restart(std::istream& input) {
   input_ = &input;
   ownedInput_.reset();
   line_ = 1;
-  copying_ = false;
   inputEnded_ = false;
   bytesRead_ = 0;
   stringUnclosedUntil_ = characterUnclosedUntil_ = 0;
@@ -79,64 +97,265 @@ void CppLexer::LexerError(const char* message) {
   throw FatalLexerError(message);
 }
 
-CppTokenKind CppLexer::copyText() {
-  copying_ = true;
-  const CppTokenKind kind = yylex();
-  copying_ = false;
-  return kind;
+// Asks the rules for the token at `at`.
+CppTokenKind CppLexer::scanAt(char* at) {
+  yytext = at;
+  endScan(at);
+  return yylex();
 }
 
-void CppLexer::passBlanksInBuffer() { endScan(passPlain(kBlanks, beginScan())); }
+void CppLexer::passBlanksInBuffer() { endScan(passAll(kBlanks, beginScan())); }
 
-void CppLexer::copyToken() {
-  char* const end = passPlain(kPlainInText, beginScan());
-  context_.output.write(yytext, static_cast<std::size_t>(end - yytext));
-  endScan(end);
-}
+// ---- Text ----
 
-bool CppLexer::copyName() {
-  const NameTable& names = context_.names;
-  name_ = names.find({yytext, static_cast<std::size_t>(yyleng)});
-  if (name_ != nullptr && name_->macro != nullptr) {
-    if (name_->settled.generation != names.generation()) {
-      return false;
+// One call of copyText: goes through the buffer from one byte that matters to the next, and writes what is between them in
+// one piece. All that is rare is left to the rules.
+class CppLexer::TextCopy {
+ public:
+  explicit TextCopy(CppLexer& lexer) : lexer_(lexer), from_(lexer.beginScan()), at_(from_) {}
+
+  CppTokenKind run() {
+    while (!isDone_) {
+      copyBlock();
     }
-    context_.output.write(name_->settled.text());
-    yytext += yyleng;
+    return kind_;
   }
-  copyToken();
-  return true;
+
+ private:
+  // Goes through the 64 bytes at `at_`, or up to one at which the buffer changes.
+  void copyBlock() {
+    const Block block(at_);
+    const std::uint64_t words = block.words();
+    const std::uint64_t begins = words & ~(words << 1U | (wordBegin_ != nullptr ? 1U : 0U));
+    const std::uint64_t ends = block.find<'\n'>();
+    std::uint64_t left = begins | ends | block.find<'"', '\'', '/', '\\', '\r', '\0'>();
+    const NameTable& names = lexer_.context_.names;
+    char* const begin = at_;
+    at_ += 64;
+    while (left != 0) {
+      const int place = std::countr_zero(left);
+      const std::uint64_t bit = left & (~left + 1);
+      char* const found = begin + place;
+      left &= left - 1;
+      char* next = nullptr;  // Where to go on; null where the block is no longer what the buffer holds.
+      if ((begins & bit) != 0) {
+        if (!names.mayHoldMacro(found)) {
+          continue;
+        }
+        const std::uint64_t behind = ~words & bitsFrom(static_cast<std::size_t>(place));
+        next = copyWord(found, behind != 0 ? begin + std::countr_zero(behind) : passWord(begin + 64));
+      } else {
+        next = (ends & bit) != 0 ? copyLineEnd(found) : copyByte(found, begin);
+      }
+      if (next == nullptr || next >= begin + 64) {
+        at_ = next == nullptr ? at_ : next;
+        wordBegin_ = nullptr;
+        return;
+      }
+      left &= bitsFrom(static_cast<std::size_t>(next - begin));
+    }
+    if (words >> 63U == 0) {
+      wordBegin_ = nullptr;
+    } else if (begins != 0) {
+      wordBegin_ = begin + (63 - std::countl_zero(begins));
+    }
+  }
+
+  void writeUpTo(const char* to) { lexer_.context_.output.write(from_, static_cast<std::size_t>(to - from_)); }
+
+  void handOut(CppTokenKind kind) {
+    kind_ = kind;
+    isDone_ = true;
+  }
+
+  // Leaves the token at `at` to the rules, and hands it out.
+  void handOutTokenAt(char* at) {
+    writeUpTo(at);
+    handOut(lexer_.scanAt(at));
+  }
+
+  // Gets more input behind `end`, where the buffer ends, and goes on at `at`, before it. False if there is none.
+  bool refill(char* at, char* end) {
+    writeUpTo(at);
+    lexer_.yytext = at;
+    const bool isMore = lexer_.refill(end);
+    from_ = at_ = lexer_.yytext;
+    return isMore;
+  }
+
+  // At the end of the buffer: gets more input, keeping a word that may go on in it. `block` is where the block begins.
+  void refillAtWord(char* end, const char* block) {
+    char* word = end;
+    while (word > from_ && isWordByte(word[-1])) {
+      word = word == block && wordBegin_ != nullptr ? wordBegin_ : word - 1;
+    }
+    const auto size = end - word;
+    if (!refill(word, end)) {
+      handOutTokenAt(from_ + size);
+    }
+  }
+
+  // The functions that follow return where to go on, or null.
+
+  char* copyWord(char* word, char* end) {
+    if (*end == '\0' && lexer_.atBufferEnd(end)) {
+      const auto size = end - word;
+      if (!refill(word, end)) {
+        char* const next = replaceName(from_, from_ + size);  // The input ends behind the word.
+        at_ = next == nullptr ? at_ : next;
+      }
+      return nullptr;
+    }
+    return replaceName(word, end);
+  }
+
+  // If there is the name of a macro in the word, or `_Pragma`, its settled text is written or it is handed out.
+  char* replaceName(char* word, char* end) {
+    while (word != end && has(kDigits, *word)) {
+      word += passNumber(word) - word;  // Behind a number a name may follow directly.
+    }
+    const std::string_view text(word, static_cast<std::size_t>(end - word));
+    const NameTable& names = lexer_.context_.names;
+    Name* const name = text.empty() || !names.mayBeMacro(text) ? nullptr : names.find(text);
+    if (name == nullptr || (name->macro == nullptr && name->spelling.kind != TK_PRAGMA_OP)) {
+      return end;
+    }
+    writeUpTo(word);
+    if (name->settled.generation == names.generation()) {
+      lexer_.context_.output.write(name->settled.text());
+      from_ = end;
+      return end;
+    }
+    lexer_.name_ = name;
+    lexer_.yytext = word;
+    lexer_.endScan(end);
+    handOut(lexer_.token(name->spelling.kind));
+    return nullptr;
+  }
+
+  char* copyLineEnd(char* end) {
+    char* const next = end + 1;
+    char* const first = countLineEnd(end, next);
+    if (first != nullptr && *first == '\n' && first != next) {
+      writeUpTo(next);
+      from_ = first;  // The blanks of a line with nothing else on it are not written.
+    }
+    return first;
+  }
+
+  // A line end that comes out as "\n".
+  char* copyCarriageReturn(char* at) {
+    char* const next = at[1] == '\n' ? at + 2 : at + 1;
+    if (*next == '\0') {
+      handOutTokenAt(at);  // Perhaps the buffer ends here, and there is a "\n" behind it.
+      return nullptr;
+    }
+    char* const first = countLineEnd(at, next);
+    if (first != nullptr) {
+      writeUpTo(at);
+      lexer_.context_.output.write('\n');
+      from_ = *first == '\n' ? first : next;
+    }
+    return first;
+  }
+
+  // At the line end at `end`, with the next line at `next`: returns the first byte behind the blanks of that, or null when
+  // the line end is handed out. It has to be when the next line may be a directive or needs a line directive.
+  char* countLineEnd(char* end, char* next) {
+    OutputBuffer& output = lexer_.context_.output;
+    char* const first = passAll(kBlanks, next);
+    if (output.line() != lexer_.line_ || has(kUnsureLineStart, *first)) {
+      handOutTokenAt(end);
+      return nullptr;
+    }
+    lexer_.countLine();
+    output.setLine(lexer_.line_);
+    return first;
+  }
+
+  // A byte that is more than itself, perhaps.
+  char* copyByte(char* at, const char* block) {
+    const char next = at[1];
+    if (next == '\0' && isOneOf(*at, '/', '\\') && lexer_.atBufferEnd(at + 1)) {
+      if (!refill(at, at + 1)) {
+        at_ = from_ + 1;  // The input ends behind it.
+      }
+      return nullptr;
+    }
+    switch (*at) {
+      case '/':
+        return isOneOf(next, '*', '/') ? copyComment(at) : at + 1;
+      case '\\':
+        return isOneOf(next, '\n', '\r') ? copyContinuation(at) : at + 1;
+      case '\r':
+        return copyCarriageReturn(at);
+      case '\0':
+        if (!lexer_.atBufferEnd(at)) {
+          return at + 1;
+        }
+        refillAtWord(at, block);
+        return nullptr;
+      default:
+        return copyLiteral(at);
+    }
+  }
+
+  char* copyComment(char* at) {
+    writeUpTo(at);
+    at = at[1] == '*' ? lexer_.passBlockComment(at + 2) : lexer_.passLineComment(at + 2);
+    lexer_.context_.output.write(' ');
+    from_ = at_ = at;
+    return nullptr;
+  }
+
+  char* copyContinuation(char* at) {
+    writeUpTo(at);
+    static_cast<void>(lexer_.scanAt(at));
+    lexer_.context_.output.write(lexer_.text_);
+    from_ = at_ = lexer_.beginScan();
+    return nullptr;
+  }
+
+  char* copyLiteral(char* at) {
+    const std::uint64_t refills = lexer_.refillCount_;
+    writeUpTo(at);
+    lexer_.yytext = at++;
+    static_cast<void>(lexer_.passLiteral(at));
+    from_ = lexer_.yytext;
+    at_ = refills == lexer_.refillCount_ ? at_ : at;
+    return refills == lexer_.refillCount_ ? at : nullptr;
+  }
+
+  CppLexer& lexer_;
+  char* from_;                 // The first byte that has not been written.
+  char* at_;                   // The first byte that has not been looked at.
+  char* wordBegin_ = nullptr;  // Of the word that goes on there, if one does.
+  bool isDone_ = false;
+  CppTokenKind kind_ = TK_END;
+};
+
+CppTokenKind CppLexer::copyText() { return TextCopy(*this).run(); }
+
+// ---- Literals ----
+
+// Behind the quote that the rules have matched.
+bool CppLexer::readLiteral() {
+  char* at = beginScan();
+  const bool isClosed = passLiteral(at);
+  endScan(at);
+  return isClosed;
 }
 
-bool CppLexer::copyLineEnd() {
-  OutputBuffer& output = context_.output;
-  const std::int32_t lineEnded = subtractLines(line_, 1);
-  if (output.line() != lineEnded) {
-    return false;  // The next text line needs a line directive.
-  }
-  char* const start = beginScan();
-  char* const first = passPlain(kBlanks, start);
-  if (has(kUnsureLineStart, *first)) {
-    endScan(start);
-    return false;
-  }
-  output.endLine();
-  if (*first != '\n') {  // The blanks of a line with nothing else on it are not written.
-    output.write(start, static_cast<std::size_t>(first - start));
-  }
-  endScan(first);
-  return true;
-}
-
-// Behind the opening quote of a string ("any item but quote, backslash and LF; only \" and \\ as escapes") or of a
-// character literal (at least one item; the escapes of C). When none closes, the token is the quote alone, and
-// `unclosedUntil` tells how far the search went: every quote before that place was passed as part of an escape, so a
-// search from it would meet the same items and end at the same place.
-bool CppLexer::readLiteral(char quote, std::uint64_t& unclosedUntil) {
+// Passes over what is behind the quote at `yytext`: a string ("any item but quote, backslash and LF; only \" and \\ as
+// escapes") or a character literal (at least one item; the escapes of C). When none closes, the token is the quote alone,
+// and it is remembered how far the search went: every quote before that place was passed as part of an escape, so a search
+// from it would meet the same items and end at the same place.
+bool CppLexer::passLiteral(char*& at) {
+  const char quote = *yytext;
+  std::uint64_t& unclosedUntil = quote == '"' ? stringUnclosedUntil_ : characterUnclosedUntil_;
   if (unclosedUntil > 0 && offsetOf(yytext) < unclosedUntil) {
     return false;
   }
-  char* at = beginScan();
   for (;;) {
     at = quote == '"' ? findAny<'"', '\\', '\n', '\0'>(at) : findAny<'\'', '\\', '\n', '\0'>(at);
     if (*at == '\0' && !atBufferEnd(at)) {
@@ -149,11 +368,11 @@ bool CppLexer::readLiteral(char quote, std::uint64_t& unclosedUntil) {
   }
   const bool isEmptyCharacter = quote == '\'' && at == yytext + 1;
   if (*at == quote && !isEmptyCharacter) {
-    endScan(at + 1);
+    ++at;
     return true;
   }
   unclosedUntil = offsetOf(at);
-  endScan(yytext + 1);
+  at = yytext + 1;
   return false;
 }
 
@@ -177,50 +396,56 @@ bool CppLexer::passEscape(char*& at, char quote) {
   return isEscape;
 }
 
-void CppLexer::readBlockComment() { endScan(passBlockComment(beginScan())); }
+// ---- Comments ----
 
-void CppLexer::readLineComment() { endScan(passLineComment(beginScan())); }
-
-// Reads to behind the closing "*/". The line ends on the way are counted and go straight to the output. Nothing of the
-// comment is kept in the buffer.
+// Passes over the rest of a comment up to behind its "*/". The line ends on the way are counted and go straight to the
+// output.
 char* CppLexer::passBlockComment(char* at) {
-  bool afterStar = false;
+  std::uint64_t star = 0;  // 1 when the byte before `at` is a "*" of the comment's inside.
   for (;;) {
-    if (char* const end = findAny<'*', '\r', '\n', '\0'>(at); end != at) {
-      if (afterStar && *at == '/') {
-        yytext = at + 1;
-        return at + 1;
-      }
-      at = end;
-      afterStar = false;
+    const Block block(at);
+    const std::uint64_t stars = block.find<'*'>();
+    const std::uint64_t ends = block.find<'/'>() & (stars << 1U | star);
+    const std::uint64_t stops = ends | block.find<'\r', '\0'>();
+    // The line ends before the first stop need no look at each.
+    const std::uint64_t passed = stops != 0 ? (stops & (~stops + 1)) - 1 : ~std::uint64_t{0};
+    if (const std::uint64_t lines = block.find<'\n'>() & passed; lines != 0) {
+      const auto count = static_cast<std::size_t>(std::popcount(lines));
+      countLines(count);
+      context_.effectCount += count;
+      context_.output.writeLineEnds(count);
     }
-    switch (*at) {
-      case '*':
-        ++at;
-        afterStar = true;
-        break;
-      case '\0':
-        if (!atBufferEnd(at)) {
-          ++at;
-          afterStar = false;
-        } else if (!refillFrom(at)) {
-          ++context_.effectCount;
-          context_.diagnostics << line_ << ": unterminated comment.\n" << std::flush;
-          return at;
-        }
-        break;
-      default:
-        at = passLineEnd(at);
-        countLine();
+    if (stops == 0) {
+      at += 64;
+      star = stars >> 63U;
+      continue;
+    }
+    const int place = std::countr_zero(stops);
+    const std::uint64_t starBefore = place > 0 ? stars >> (place - 1) & 1U : star;
+    at += place;
+    star = 0;
+    if (*at == '/') {
+      yytext = at + 1;
+      return at + 1;
+    }
+    if (*at == '\r') {
+      at = passLineEnd(at);
+      ++context_.effectCount;
+      context_.output.write('\n');
+    } else if (!atBufferEnd(at)) {
+      ++at;
+    } else {
+      star = starBefore;
+      if (!refillFrom(at)) {
         ++context_.effectCount;
-        context_.output.write('\n');
-        afterStar = false;
-        break;
+        context_.diagnostics << line_ << ": unterminated comment.\n" << std::flush;
+        return at;
+      }
     }
   }
 }
 
-// Moves behind the LF, CR LF or CR at `at`. Forgets everything before it.
+// Moves behind the LF, CR LF or CR at `at` and counts it. Forgets everything before it.
 char* CppLexer::passLineEnd(char* at) {
   const bool isCarriageReturn = *at == '\r';
   ++at;
@@ -232,11 +457,12 @@ char* CppLexer::passLineEnd(char* at) {
     ++at;
     yytext = at;
   }
+  countLine();
   return at;
 }
 
-// Reads to the line end, which stays for the next token. A NUL byte ends the comment too and is a line end from then
-// on.
+// Passes over the rest of the comment up to the line end, which stays for the next token. A NUL byte ends the comment too
+// and is a line end from then on.
 char* CppLexer::passLineComment(char* at) {
   for (;;) {
     at = findAny<'\r', '\n', '\0'>(at);
@@ -255,10 +481,43 @@ char* CppLexer::passLineComment(char* at) {
   return at;
 }
 
+// ---- Skipped lines ----
+
+// Finds the bytes that matter in a skipped line, one after the other, looking at each block once.
+class CppLexer::Stops {
+ public:
+  // The first one from `at` on.
+  char* find(char* at) {
+    if (at < block_ || at >= end_) {
+      look(at);
+    }
+    left_ &= bitsFrom(static_cast<std::size_t>(at - block_));
+    while (left_ == 0) {
+      look(end_);
+    }
+    return block_ + std::countr_zero(left_);
+  }
+
+  // To be called when the buffer has been changed.
+  void forget() { block_ = end_ = nullptr; }
+
+ private:
+  void look(char* at) {
+    block_ = at;
+    end_ = at + 64;
+    left_ = Block(at).find<'"', '\'', '/', '\\', '\r', '\n', '\0'>();
+  }
+
+  char* block_ = nullptr;
+  char* end_ = nullptr;
+  std::uint64_t left_ = 0;
+};
+
 bool CppLexer::skipLine() {
+  Stops stops;
   char* at = beginScan();
   yytext = at;
-  const bool ended = passLine(at);
+  const bool ended = passLine(at, stops);
   endScan(at);
   return ended;
 }
@@ -267,67 +526,98 @@ bool CppLexer::skipPlainLines() {
   if (!isReading()) {
     return false;
   }
-  bool passed = false;
+  Stops stops;
+  bool isPassed = false;
   char* at = beginScan();
-  for (;;) {
-    yytext = at;
-    if (has(kUnsureLineStart, *passPlain(kBlanks, at))) {
-      break;
-    }
-    // There is a line, since an end of the input would have been an unsure beginning. If it is the last one and has no
-    // line end, its reader would have been given one.
-    static_cast<void>(passLine(at));
+  for (yytext = at; canSkipLine(at); yytext = at) {
+    // If it is the last line and has no line end, its reader would have been given one.
+    static_cast<void>(passLine(at, stops));
     context_.output.endLine();
-    passed = true;
+    isPassed = true;
   }
   endScan(at);
-  return passed;
+  return isPassed;
+}
+
+// Whether the line that begins at `at` is there and is sure to be no directive that counts in a skipped group.
+bool CppLexer::canSkipLine(const char* at) const {
+  const char* const first = passAll(kBlanks, at);
+  switch (*first) {
+    case '\0':
+      return false;
+    case '#':
+      return canSkipDirective(first + 1);
+    case '/':
+      return first[1] != '*' && first[1] != '\0';  // Behind a comment the line may still begin.
+    case '\\':
+      return !isOneOf(first[1], '\n', '\r') && first[1] != '\0';
+    default:
+      return true;
+  }
+}
+
+// The same for a line that begins with a "#", with `at` behind it.
+bool CppLexer::canSkipDirective(const char* at) const {
+  const char* const word = passAll(kBlanks, at);
+  const char* const end = passAll(kWordBytes, word);
+  if (word == end || *end == '\0') {
+    return false;  // Perhaps a "#" that stands alone: then the next line goes with it.
+  }
+  const std::string_view name(word, static_cast<std::size_t>(end - word));
+  return !(name == "if" || name == "ifdef" || name == "ifndef" || name == "elif" || name == "else" || name == "endif");
 }
 
 // Passes over a line of a skipped group, its line end included. Comments and literals are recognised, because a line
 // end inside a comment does not end the line and a comment cannot begin inside a literal; all else is passed over.
 // Returns false at the end of the input.
-bool CppLexer::passLine(char*& at) {
+bool CppLexer::passLine(char*& at, Stops& stops) {
   for (;;) {
-    at = findAny<'"', '\'', '/', '\\', '\r', '\n', '\0'>(at);
+    at = stops.find(at);
+    yytext = at;
     switch (*at) {
       case '\n':
+        ++at;
+        countLine();
+        return true;
       case '\r':
         at = passLineEnd(at);
-        countLine();
+        stops.forget();
         return true;
       case '\0':
         if (!atBufferEnd(at)) {
           ++at;
-        } else if (!refillFrom(at)) {
+          break;
+        }
+        stops.forget();
+        if (!refill(at)) {
           return false;
         }
         break;
       case '\\':
-        yytext = at;
-        if (*++at == '\0' && atBufferEnd(at)) {
-          refill(at);
-        }
-        if (*at == '\n' || *at == '\r') {
-          at = passLineEnd(at);
-          countLine();
-        }
-        break;
       case '/':
-        yytext = at;
-        if (*++at == '\0' && atBufferEnd(at)) {
-          refill(at);
+        if (at[1] == '\0' && atBufferEnd(at + 1)) {
+          char* next = at + 1;
+          refill(next);
+          at = yytext;
+          stops.forget();
         }
-        if (*at == '*' || *at == '/') {
-          at = *at == '*' ? passBlockComment(at + 1) : passLineComment(at + 1);
+        if (*at == '\\') {
+          ++at;
+          if (isOneOf(*at, '\n', '\r')) {
+            at = passLineEnd(at);
+            stops.forget();
+          }
+        } else if (isOneOf(at[1], '*', '/')) {
+          at = at[1] == '*' ? passBlockComment(at + 2) : passLineComment(at + 2);
+          stops.forget();
+        } else {
+          ++at;
         }
         break;
       default:
-        yytext = at;
-        endScan(at + 1);
-        static_cast<void>(*at == '"' ? readLiteral('"', stringUnclosedUntil_)
-                                     : readLiteral('\'', characterUnclosedUntil_));
-        at = beginScan();
+        ++at;
+        static_cast<void>(passLiteral(at));
+        stops.forget();
         break;
     }
   }

@@ -67,8 +67,8 @@ class CppLexer final : public yyCppFlexLexer {
 
   /// Text of the token handed out last; valid until the next token is asked for.
   std::string_view text() const { return text_; }
-  /// Where in the input that token begins. Not to be asked for a comment.
-  std::uint64_t offset() const { return offsetOf(yytext); }
+  /// How much of the input it and the tokens before it are.
+  std::uint64_t endOffset() const { return offsetOf(yytext) + static_cast<std::uint64_t>(yyleng); }
 
   /// Number of the line being read, from 1: the line ends of all tokens and comments matched so far count.
   std::int32_t line() const { return line_; }
@@ -76,10 +76,10 @@ class CppLexer final : public yyCppFlexLexer {
 
   /// Writes the tokens that follow to the output as they stand, up to the next one that the engine has to see: a name
   /// with a macro definition, `_Pragma`, a line end, or the end of the input. That one is handed out like by `next`. A
-  /// macro whose expanded text is known (see Name) need not be seen: that text is written in the place of the name.
+  /// macro whose text is settled (see Name) need not be seen: that text is written in the place of the name.
   ///
   /// Goes on behind a line end when the output is in step with the input (the output line is the current line) and the
-  /// next line is sure to be a plain text line. To be called in the middle of a text line only.
+  /// next line is sure to be a text line. To be called in the middle of a text line only.
   CppTokenKind copyText();
 
   /// The name table's entry for the name that `copyText` handed out.
@@ -150,24 +150,28 @@ class CppLexer final : public yyCppFlexLexer {
   }
 
   void countLine() { line_ = addLines(line_, 1); }
+  void countLines(std::size_t count) { line_ = addLines(line_, static_cast<std::int32_t>(count)); }
+  CppTokenKind scanAt(char* at);
 
   void passBlanksInBuffer();
 
-  // Parts of copyText: writes the token and the plain characters behind it; does so for a name, or for what it is known
-  // to expand to; goes on behind a line end.
-  void copyToken();
-  bool copyName();
-  bool copyLineEnd();
+  // Parts of copyText; see TextCopy.
+  class TextCopy;
 
-  // Readers behind the opening characters; true when a literal was closed.
-  bool readLiteral(char quote, std::uint64_t& unclosedUntil);
+  // Readers behind the opening characters. They return the place behind, and forget what is before it. A literal that is
+  // not closed is passed up to behind its quote.
+  bool readLiteral();
+  bool passLiteral(char*& at);
   bool passEscape(char*& at, char quote);
-  char* passLineEnd(char* at);
-  void readBlockComment();
-  void readLineComment();
   char* passBlockComment(char* at);
   char* passLineComment(char* at);
-  bool passLine(char*& at);
+  char* passLineEnd(char* at);
+
+  // Skipped lines; `stops` knows where in the buffer the next byte is that matters.
+  class Stops;
+  bool canSkipLine(const char* at) const;
+  bool canSkipDirective(const char* at) const;
+  bool passLine(char*& at, Stops& stops);
 
   std::istream* input_ = nullptr;
   std::unique_ptr<std::istream> ownedInput_;
@@ -175,9 +179,9 @@ class CppLexer final : public yyCppFlexLexer {
   std::int32_t line_ = 1;
   std::string_view text_;
   Name* name_ = nullptr;
-  bool copying_ = false;
   bool inputEnded_ = false;
   std::uint64_t bytesRead_ = 0;
+  std::uint64_t refillCount_ = 0;  // How often the buffer may have moved.
   // Up to these offsets no string or character literal closes: a quote before it need not be tried again.
   std::uint64_t stringUnclosedUntil_ = 0;
   std::uint64_t characterUnclosedUntil_ = 0;

@@ -49,6 +49,10 @@ NameTable::NameTable(const Secret& secret) : secret_(secret), slots_(kInitialSlo
   for (const auto& [text, kind] : kKeywords) {
     intern(text)->spelling.kind = static_cast<std::int16_t>(kind);
   }
+  macroNames_.add("_Pragma");
+  for (char digit = '0'; digit <= '9'; ++digit) {
+    macroNames_.allowBeginning(digit);
+  }
 }
 
 Name* NameTable::intern(std::string_view text) {
@@ -84,6 +88,13 @@ std::uint32_t NameTable::drawPriority() {
   bits = (bits ^ (bits >> 30)) * 0xBF58476D1CE4E5B9U;
   bits = (bits ^ (bits >> 27)) * 0x94D049BB133111EBU;
   return static_cast<std::uint32_t>((bits ^ (bits >> 31)) >> 32);
+}
+
+void NameTable::noteMacro(Name& name) {
+  if (!name.wasMacro && name.spelling.size > 0) {
+    macroNames_.add(name.text());
+    name.wasMacro = true;
+  }
 }
 
 void NameTable::insertSlot(const Slot& slot) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "lexer/HideSet.h"
+#include "lexer/NameFilter.h"
 #include "lexer/Spelling.h"
 #include "lexer/TextArena.h"
 
@@ -34,6 +35,7 @@ struct Name {
   std::uint32_t id = 0;        ///< Position in the order of appearance, from 0.
   std::uint32_t priority = 0;  ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
   SettledText settled;         ///< Of the macro.
+  bool wasMacro = false;       ///< There is a definition, or has been.
 
   std::string_view text() const { return spelling.text(); }
 };
@@ -78,6 +80,14 @@ class NameTable {
 
   std::size_t size() const { return names_.size(); }
 
+  /// To be called when `name` gets a definition.
+  void noteMacro(Name& name);
+  /// Both are false for most words that hold no name with a macro definition and not `_Pragma`. The first looks at the
+  /// first two bytes and says yes for numbers: a name may follow one directly. The second is for names; the three bytes
+  /// behind `word` may be read.
+  bool mayHoldMacro(const char* word) const { return macroNames_.mayBegin(word); }
+  bool mayBeMacro(std::string_view word) const { return macroNames_.mayHold(word); }
+
   /// Counts the changes of macro definitions, from 1. Whatever has been found out about expansions holds in one
   /// generation: any definition may change what any macro comes to.
   std::uint64_t generation() const { return generation_; }
@@ -107,6 +117,7 @@ class NameTable {
   std::size_t mask_;
   std::deque<Name> names_;
   TextArena texts_;
+  NameFilter macroNames_;
   std::uint64_t generation_ = 1;
 };
 

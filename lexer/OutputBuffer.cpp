@@ -1,5 +1,6 @@
 #include "lexer/OutputBuffer.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace qnpp {
@@ -11,6 +12,18 @@ void OutputBuffer::writeNumber(std::int32_t number) {
   }
   char* const to = bytes_.data() + used_;
   used_ += static_cast<std::size_t>(std::to_chars(to, to + kLongest, number).ptr - to);
+}
+
+void OutputBuffer::writeLineEnds(std::size_t count) {
+  while (count > 0) {
+    if (used_ == kCapacity) {
+      flushBlock();
+    }
+    const std::size_t fitting = std::min(count, kCapacity - used_);
+    std::memset(bytes_.data() + used_, '\n', fitting);
+    used_ += fitting;
+    count -= fitting;
+  }
 }
 
 void OutputBuffer::flush() {

@@ -61,6 +61,9 @@ class OutputBuffer {
   std::int32_t line() const { return line_; }
   void setLine(std::int32_t line) { line_ = line; }
 
+  /// Writes line ends.
+  void writeLineEnds(std::size_t count);
+
   /// Ends a line of the output that stands for one line of the source.
   void endLine() {
     write('\n');

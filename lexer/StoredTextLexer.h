@@ -27,8 +27,8 @@ class StoredTextLexer {
     }
   }
 
-  /// Where in the text the token begins; for use in such a call, for any token but a comment.
-  std::size_t offset() const { return static_cast<std::size_t>(lexer_.offset()); }
+  /// Where in the text the token ends; for use in such a call. It begins where the one before it ends.
+  std::size_t endOffset() const { return static_cast<std::size_t>(lexer_.endOffset()); }
 
   /// See LexerContext; what any lexer of the same context did.
   std::uint64_t effectCount() const { return effectCount_; }

@@ -93,15 +93,6 @@ class TokenList {
     coverNewTokens(hideSet);
   }
   void append(SpellingRange spellings, const HideSet& hideSet) { appendOneRun(spellings, hideSet, false); }
-  /// Appends a token whose hide set does not matter. There must be one before it.
-  void appendUnasked(const Spelling* spelling) {
-    spellings_.push_back(spelling);
-    if (runs_.back().nested) {
-      coverNewTokens(HideSet());
-    } else {
-      runs_.back().end = spellings_.size();
-    }
-  }
   /// Appends tokens, each with its own hide set and `hideSet` in addition.
   void append(const TokenRange& tokens, const HideSet& hideSet, HideSetCache& hideSets);
   /// The same for tokens of which none is expanded in what is made of this list, in this generation of definitions: they

@@ -42,6 +42,18 @@ bool TokenStream::skipWhiteSpace() {
   return skipped;
 }
 
+bool TokenStream::skipWhiteSpace(HideSet& hideSet) {
+  bool skipped = isInFile_ && fileSource().passBlanks();
+  while (isWhiteSpace(peek())) {
+    get();
+    skipped = true;
+    if (!isInFile_) {
+      hideSet = hideSets_.joined(hideSet, listSource().hideSet());
+    }
+  }
+  return skipped;
+}
+
 void TokenStream::discardLine() {
   for (;;) {
     if (isInFile_) {

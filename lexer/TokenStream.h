@@ -119,6 +119,8 @@ class TokenStream {
   void skipBlanks();
   /// Skips line ends too; true when anything was skipped.
   bool skipWhiteSpace();
+  /// The same; adds the hide sets of what was skipped to `hideSet`.
+  bool skipWhiteSpace(HideSet& hideSet);
   /// Takes tokens up to and including a line end, or up to the end of the input.
   void discardLine();
 

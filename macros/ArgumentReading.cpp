@@ -91,6 +91,7 @@ bool readArgumentInPlace(CppTokenScanner& source, Arguments& arguments) {
 // ")" outside of any parentheses, or the end of the input.
 CppTokenKind readArgument(TokenStream& stream, CppTokenKind kind, Arguments& arguments) {
   std::size_t depth = 0;
+  HideSet blankHideSet;
   bool afterBlank = false;
   while (kind != TK_END) {
     if (kind == '(') {
@@ -101,8 +102,12 @@ CppTokenKind readArgument(TokenStream& stream, CppTokenKind kind, Arguments& arg
       }
       depth -= kind == ')' ? 1U : 0U;
     }
-    arguments.add(stream, kind, afterBlank);
-    afterBlank = stream.skipWhiteSpace();
+    if (afterBlank) {
+      arguments.addBlank(blankHideSet);
+    }
+    arguments.add(stream, kind);
+    blankHideSet = HideSet();
+    afterBlank = stream.skipWhiteSpace(blankHideSet);
     kind = stream.get();
   }
   arguments.finish(stream, stream.hideSet());

@@ -55,17 +55,10 @@ void Arguments::appendText(std::size_t index, std::string& text) const {
   }
 }
 
-void Arguments::add(TokenStream& stream, CppTokenKind kind, bool afterBlank) {
-  const SpellingRange before = collected_.spellings();
+void Arguments::add(TokenStream& stream, CppTokenKind kind) {
+  const SpellingRange before = collected_.spellings().subspan(begin_);
   const Spelling& token = *stream.spelling(kind);
-  mustLex_ = mustLex_ || isLoneQuote(token);
-  if (before.size() > begin_) {
-    if (afterBlank) {
-      collected_.appendUnasked(blankSpelling());
-    } else {
-      mustLex_ = mustLex_ || mayMerge(*before.back(), token);
-    }
-  }
+  mustLex_ = mustLex_ || isLoneQuote(token) || (!before.empty() && mayMerge(*before.back(), token));
   stream.appendCurrent(token, collected_);
 }
 
@@ -86,39 +79,24 @@ void Arguments::finish(TokenStream& stream, const HideSet& hideSet) {
   begin_ = collected_.size();
 }
 
-// Puts what `text`, the text of the argument being read, lexes into in the place of its tokens.
+// Puts what `text`, the text of the argument being read, lexes into in the place of its tokens. A new token carries the
+// hide sets of all the old ones in which it has a part.
 void Arguments::lexAnew(TokenStream& stream, std::string_view text) {
   TokenList old;
   old.append({collected_.spellings().subspan(begin_), HideSet(), &collected_, begin_}, HideSet(), stream.hideSets());
   collected_.cutTo(begin_);
-  std::size_t token = 0;       // The old token that holds the next byte to be lexed,
-  std::size_t tokenBegin = 0;  // and where its text begins.
-  std::size_t run = 0;
-  stream.storedTextLexer().lex(text, [&](CppTokenKind kind, std::string_view lexed) {
-    const Spelling* const spelling = stream.spell(kind, lexed);
-    if (kind == TK_SPACE) {
-      collected_.append(spelling, HideSet());
-      return;  // Perhaps a comment, of which it is not known where it began.
+  StoredTextLexer& lexer = stream.storedTextLexer();
+  std::size_t begin = 0;   // Of the new token in the text.
+  std::size_t begun = 0;   // How many of the old tokens begin before it,
+  std::size_t oldEnd = 0;  // and where the last of these ends.
+  lexer.lex(text, [&](CppTokenKind kind, std::string_view lexed) {
+    const auto hideSetOf = [&old](std::size_t token) { return old.hideSetAt(token, old.runAt(token)); };
+    HideSet all = oldEnd > begin ? hideSetOf(begun - 1) : HideSet();
+    for (begin = lexer.endOffset(); oldEnd < begin; ++begun) {
+      oldEnd += old.spellings()[begun]->size;
+      all = all.joined(hideSetOf(begun));
     }
-    const std::size_t begin = stream.storedTextLexer().offset();
-    const auto tokenEnd = [&] { return tokenBegin + old.spellings()[token]->size; };
-    while (tokenEnd() <= begin) {
-      tokenBegin = tokenEnd();
-      ++token;
-    }
-    HideSet all;
-    for (;;) {
-      while (old.runs()[run].end <= token) {
-        ++run;
-      }
-      all = all.joined(old.hideSetAt(token, run));
-      if (tokenEnd() >= begin + lexed.size()) {
-        break;
-      }
-      tokenBegin = tokenEnd();
-      ++token;
-    }
-    collected_.append(spelling, all);
+    collected_.append(stream.spell(kind, lexed), all);
   });
 }
 

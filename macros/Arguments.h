@@ -52,9 +52,10 @@ class Arguments {
   /// Keeps the expansion of an argument, taking the tokens out of the list.
   void keepExpanded(std::size_t index, TokenList& tokens);
 
-  /// Adds the current token of `stream`, of `kind`, to the argument being read, with a blank before it if it does not
-  /// follow the last one directly.
-  void add(TokenStream& stream, CppTokenKind kind, bool afterBlank);
+  /// Adds the current token of `stream`, of `kind`, to the argument being read.
+  void add(TokenStream& stream, CppTokenKind kind);
+  /// Adds the blank for the white space before the next token; it carries the hide sets of all of it.
+  void addBlank(const HideSet& hideSet) { collected_.append(blankSpelling(), hideSet); }
   /// Ends the argument being read, at a token that carries `hideSet`. Lexes its text if need be.
   void finish(TokenStream& stream, const HideSet& hideSet);
   /// Adds an argument whose tokens stand in a list that outlives this object, already normalized; they are a part of

@@ -22,6 +22,7 @@ void CppMacroTable::define(std::string_view name, CppMacro macro) {
   }
   auto definition = std::make_unique<CppMacro>(std::move(macro));
   retire(entry);
+  names_.noteMacro(entry);
   entry.macro = definition.get();
   names_.beginGeneration();
   definitions_[entry.id] = std::move(definition);

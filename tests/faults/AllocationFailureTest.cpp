@@ -68,8 +68,9 @@ class AllocationFailureTest : public testing::Test {
       ++number;
       std::filesystem::remove(mark);
       const Outcome outcome = runFailing(
-          "export LD_PRELOAD=" QNPP_FAILING_ALLOCATION " QNPP_FAIL_MARK=mark QNPP_FAIL_ALSO=" + alsoThoseBehind +
-              " QNPP_FAIL_AT=" + std::to_string(number),
+          // With a limit of the user's nobody looks for more memory, so a failure is final.
+          "ulimit -d 1000000; export LD_PRELOAD=" QNPP_FAILING_ALLOCATION " QNPP_FAIL_MARK=mark QNPP_FAIL_ALSO=" +
+              alsoThoseBehind + " QNPP_FAIL_AT=" + std::to_string(number),
           words);
       happened = std::filesystem::exists(mark);
       const std::string output = toFile ? folder_.read("result") : outcome.output;

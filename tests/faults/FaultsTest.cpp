@@ -3,12 +3,15 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "Program.h"
+#include "driver/MemoryBudget.h"
 #include "tests/unit/support/FallingSeries.h"
 
 namespace qnpp::faults {
@@ -111,6 +114,25 @@ TEST_F(FaultsTest, whereMemoryEndsThereIsOneLine) {
   }
   EXPECT_TRUE(hasEnough);
   EXPECT_TRUE(hasTooLittle);
+}
+
+TEST_F(FaultsTest, aTokenOfMoreThanAGibibyteIsAToken) {
+  if (isSanitized()) {
+    GTEST_SKIP() << "sanitizers take several times the memory";
+  }
+  if (MemoryBudget().most().value_or(0) < std::uint64_t{2} << 30) {
+    GTEST_SKIP() << "there are no 2 GiB of memory";
+  }
+  Invocation invocation;
+  invocation.preparation =
+      "{ printf '\"'; head -c 1200000000 /dev/zero | tr '\\0' x; printf '\"\\n'; } | \"$@\" 2>messages | wc -c; exec "
+      "true";
+  invocation.words = {};
+  invocation.timeLimit = std::chrono::seconds(120);
+  const Outcome outcome = run(folder_, invocation);
+  // The directive, the string with its quotes, and the line end.
+  EXPECT_EQ(outcome.output, std::to_string(std::string("#line 1 \"stdin\"\n").size() + 1'200'000'000 + 2 + 1) + '\n');
+  EXPECT_EQ(folder_.read("messages"), "");
 }
 
 TEST_F(FaultsTest, aCommandLineOfQuestionsIsNotKeptForEachOfThem) {

@@ -71,6 +71,7 @@ class Generator:
         self.parameter_counts = {}
         self.traits = set()
         self.long_comment = None
+        self.quotes = False
         # What most lines are: text, definitions, conditionals, includes, other directives.
         self.weights = chance.choice([(45, 22, 15, 5, 13), (60, 35, 2, 1, 2), (60, 35, 2, 1, 2), (25, 15, 50, 2, 8),
                                       (30, 15, 10, 35, 10), (30, 10, 5, 5, 50)])
@@ -107,7 +108,9 @@ class Generator:
         number = self.pick(b"1" * length(), b"0" * length() + b"7", b"0x" + b"0" * length() + b"1",
                            b"9" * length() + b"u")
         self.NUMBERS = [number] * 3 + self.NUMBERS
-        inside = self.pick(b"a", b"a b", b"\\\\", b'\\"', b"A ", b"/*", b"//", b"\xe9")
+        # From each mark in a literal that falls apart the lexer looks up to the end of the line, so they are few.
+        inside = self.pick(b"a", b"a b", b"\xe9", *[b"a" * 400 + mark for mark in (
+            b"\\\\", b'\\"', b"\\'", b" A ", b"/*", b"//", b"\r", b" f(1) ", b"\\n", b"\0")])
         text = inside * (length() // len(inside))
         literals = [b'"' + text + b'"', b"'" + text.replace(b"'", b"") + b"'", b'"' + text, b'"' + text + b'\\n"']
         self.STRINGS = self.STRINGS + self.chance.sample(literals, 2) * 4
@@ -552,7 +555,11 @@ class Generator:
         that are closed elsewhere, names that wait for a "(", lone quotes and halves of comments, and macros that name
         themselves by way of others.  `e()` is nothing and keeps two parts apart until they are in one argument."""
         self.traits.add("rescanning")
-        objects = [b"A", b"B", b"AB", b"A1", b"fA", b"q", b"lp", b"rp", b"co"]
+        objects = [b"A", b"B", b"AB", b"A1", b"fA", b"lp", b"rp", b"co"]
+        # Lone quotes change all that is behind them, so most files have none.
+        self.quotes = self.maybe(0.2)
+        if self.quotes:
+            objects.append(b"q")
         functions = {b"f": self.pick(1, 1, 1, 2), b"g": self.pick(1, 1, 2), b"h": self.pick(1, 2),
                      b"k": self.pick(0, 1), b"e": 0}
         self.parameter_counts = dict(functions)
@@ -587,6 +594,9 @@ class Generator:
                 lines.append(b"#define " + self.pick(b"A", b"B", b"AB") + b" " + self.parts([], 0, 3))
             else:
                 lines.append(self.pick(b"#undef ", b"#ifdef ") + self.pick(b"A", b"AB", b"f", b"g"))
+        if self.maybe(0.8):
+            # Calls that are still open end here and not at the end of the file.
+            lines.append(b")" * 8 + b";")
         return lines
 
     def parts(self, parameters, low, high, depth=0):
@@ -616,7 +626,9 @@ class Generator:
         if roll < 0.89:
             return self.pick(b"f((A)", b"f(A", b"(", b")", b",", b"(A", b"g lp")
         if roll < 0.94:
-            return self.pick(b"1", b"1u", b'"A"', b'"f(A)"', b"'B'", b'"A B"', b"2", b'"\r#undef A\rA"', b'"\rA 1"')
+            if self.quotes and self.maybe(0.2):
+                return self.pick(b'"\r#undef A\rA"', b'"\rA 1"', b'"', b"'")
+            return self.pick(b"1", b"1u", b'"A"', b'"f(A)"', b"'B'", b'"A B"', b"2")
         if roll < 0.97 and parameters:
             return self.pick(b"#" + parameters[0], parameters[-1] + b"##" + parameters[0], b"A##" + parameters[0],
                              parameters[0] + b"##1", b"/##" + parameters[0])

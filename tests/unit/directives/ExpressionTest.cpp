@@ -1,16 +1,16 @@
 // Constant expressions: values, signedness and errors.
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstdint>
-#include <iostream>
 #include <sstream>
 #include <string>
 #include <string_view>
 
-#include "directives/CppExprValue.h"
+#include "directives/ExpressionEvaluator.h"
 #include "engine/CppPreprocessor.h"
+#include "macros/CppMacro.h"
 #include "tests/unit/support/Preprocess.h"
+#include "tests/unit/support/Streams.h"
 #include "tests/unit/support/Timing.h"
 
 namespace qnpp {
@@ -34,24 +34,20 @@ std::string hexadecimal(std::uint32_t value) {
 
 struct Evaluated {
   CppExprValue value;
-  bool ok = true;
+  bool isOk;
   std::string messages;
+  std::string rest;
 };
 
 // Evaluates an expression with the macros ONE and F defined, but not expanded.
 Evaluated evaluate(const std::string& expression) {
-  std::istringstream input(expression + "\n");
-  std::ostringstream messages;
-  std::ostringstream output;
-  CppPreprocessor preprocessor(messages, input);
-  preprocessor.setOutput(output);
-  preprocessor.macroTable().define("ONE", CppMacro{"1", {}, false, nullptr});
-  preprocessor.macroTable().define("F", CppMacro{"x", {"x"}, true, nullptr});
-  preprocessor.openSource("", "a.c");
-  Evaluated result;
-  preprocessor.evaluate(result.value, result.ok);
-  result.messages = messages.str();
-  return result;
+  const std::string line = expression + "\n";
+  StreamSetting setting(line);
+  CppMacro macro;
+  setting.name("ONE").macro = setting.name("F").macro = &macro;
+  MessageList messages;
+  const auto [value, isOk] = ExpressionEvaluator(setting.stream, messages).evaluate();
+  return {value, isOk, messages.identifiers, setting.takeAll()};
 }
 
 // Whether `#if condition` takes its group, without a message.
@@ -74,7 +70,7 @@ TEST(ExpressionTest, ValuesAndSignednessAreThoseOfTheTable) {
     const Evaluated result = evaluate(expression);
     EXPECT_EQ(hexadecimal(result.value.value), hexadecimal(row.value)) << expression;
     EXPECT_EQ(result.value.isSigned, row.isSigned) << expression;
-    EXPECT_TRUE(result.ok) << expression;
+    EXPECT_TRUE(result.isOk) << expression;
     EXPECT_EQ(result.messages, "") << expression;
   }
   EXPECT_GE(evaluated, static_cast<int>(std::size(kValues)) - 3);
@@ -166,8 +162,59 @@ TEST(ExpressionTest, ErrorsMakeTheConditionFalse) {
     EXPECT_TRUE(run.hasError) << row.expression;
     EXPECT_NE(run.output.find("\nno\n"), std::string::npos) << row.expression;
     EXPECT_EQ(run.output.find("\nyes\n"), std::string::npos) << row.expression;
-    EXPECT_FALSE(evaluate(row.expression).ok) << row.expression;
+    EXPECT_FALSE(evaluate(row.expression).isOk) << row.expression;
   }
+}
+
+struct RestRow {
+  const char* expression;
+  std::uint32_t value;
+  const char* rest;
+  const char* messages = "";
+};
+
+// The evaluator by itself: an unexpected token stays, and evaluation goes on behind errors.
+TEST(ExpressionTest, WhatIsBehindAnExpressionIsLeft) {
+  const RestRow rows[] = {
+      {"1", 1, "<LF>"},
+      {"1 + 1 /* c */ ", 2, "<LF>"},
+      {"1 2", 1, "2|<LF>"},
+      {"1 ) + 2", 1, ")| |+| |2|<LF>"},
+      {"ONE", 0, "<LF>"},
+      {"defined ONE", 1, "<LF>"},
+      {"defined (F) x", 1, "x|<LF>"},
+      {"defined(TWO) : 1", 0, ":| |1|<LF>"},
+      {"(1 ; 2", 0, ";| |2|<LF>", "expression-parenthesis"},
+      {"1 ? 2 ; 3", 0, ";| |3|<LF>", "expression-colon"},
+      {"F(1)", 0, "(|1|)|<LF>", "expression-call"},
+      {"(3)(1)", 3, "(|1|)|<LF>", "expression-call"},
+      {"; 1", 0, "1|<LF>", "expression-operand"},
+      {"defined 1 + 2", 2, "<LF>", "defined-name"},
+      {"defined ( 1 2", 0, "2|<LF>", "defined-name defined-parenthesis"},
+      {"'abcde'", 0x61626364, "<LF>", "long-character-literal"},
+  };
+  for (const RestRow& row : rows) {
+    const Evaluated result = evaluate(row.expression);
+    EXPECT_EQ(hexadecimal(result.value.value), hexadecimal(row.value)) << row.expression;
+    EXPECT_EQ(result.rest, row.rest) << row.expression;
+    EXPECT_EQ(result.messages, row.messages) << row.expression;
+  }
+}
+
+// A closed source ends the expression, whatever stands below.
+TEST(ExpressionTest, AnOperandEndsWithItsSource) {
+  StreamSetting setting("+ 2\n");
+  MessageList messages;
+  const TokenStream::Hold hold(setting.stream);
+  {
+    TokenList operand = setting.listOf({"40", " ", "+"});
+    const TokenStream::Closed closed(setting.stream, operand);
+    const ExpressionEvaluator::Result result = ExpressionEvaluator(setting.stream, messages).evaluate();
+    EXPECT_EQ(result.value.value, 40U);
+    EXPECT_FALSE(result.isOk);
+    EXPECT_EQ(messages.identifiers, "expression-operand");
+  }
+  EXPECT_EQ(setting.takeAll(), "+| |2|<LF>");
 }
 
 // What is left over is reported, but the value counts.
@@ -201,22 +248,24 @@ TEST(ExpressionTest, TheOperandOfDefinedIsNotExpanded) {
   EXPECT_EQ(run.messages, "");
 }
 
-// The program ends by the signal of the processor; what was written before arrives.
-TEST(ExpressionDeathTest, ADivisionWithoutAResultEndsTheProcess) {
-  testing::FLAGS_gtest_death_test_style = "threadsafe";
+// The program ends by the signal of the processor then; here it is an exception. What was written before arrives.
+TEST(ExpressionTest, ADivisionWithoutAResultIsThrown) {
   for (const char* const condition : {"1/0", "1%0", "1u/0u", "0 && 1/0", "1 || 1%0", "1 ? 2 : 1/0", "0 ? 1/0 : 2",
                                       "(-2147483647-1) / -1", "(-2147483647-1) % -1", "1/(0*F(1))", "1 /"}) {
-    EXPECT_EXIT(holds(condition), testing::KilledBySignal(SIGFPE), "") << condition;
+    EXPECT_THROW(holds(condition), DivisionByZero) << condition;
   }
-  EXPECT_EXIT(
-      {
-        std::istringstream input("text\n#if 1/0\n");
-        CppPreprocessor preprocessor(std::cerr, input);
-        preprocessor.setOutput(std::cerr);
-        preprocessor.openSource("", "a.c");
-        preprocessor.run();
-      },
-      testing::KilledBySignal(SIGFPE), "#line 1 \"a.c\"\ntext\n");
+  for (const char* const expression : {"1/0", "1%0", "(-2147483647-1) / -1", "1 ? 2 : 1/0"}) {
+    EXPECT_THROW(evaluate(expression), DivisionByZero) << expression;
+  }
+  std::istringstream input("text\n#if (1 + 1/0\nmore\n");
+  std::ostringstream output;
+  std::ostringstream messages;
+  CppPreprocessor preprocessor(messages, input);
+  preprocessor.setOutput(output);
+  preprocessor.openSource("", "a.c");
+  EXPECT_THROW(preprocessor.run(), DivisionByZero);
+  EXPECT_EQ(output.str(), std::string(kFirstLine) + "text\n");
+  EXPECT_EQ(messages.str(), "");
 }
 
 // ---- Depth ----

@@ -1,11 +1,11 @@
 // Sources that nest deeply or hold very much of one thing: neither the stack of the program nor a time that grows with
 // the square of the source may limit them.
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <cstddef>
 #include <string>
 
+#include "tests/unit/support/Memory.h"
 #include "tests/unit/support/Preprocess.h"
 #include "tests/unit/support/Timing.h"
 
@@ -14,22 +14,6 @@ namespace {
 
 // Far above what any of these takes, far below what a careless implementation would.
 constexpr double kSeconds = 20;
-
-// With a sanitizer memory is kept on purpose.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kCountsMemory = false;
-#elif defined(__has_feature)
-constexpr bool kCountsMemory = !__has_feature(address_sanitizer);
-#else
-constexpr bool kCountsMemory = true;
-#endif
-
-// Megabytes that the process has held at most so far.
-double mostMemory() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return static_cast<double>(usage.ru_maxrss) / 1024;
-}
 
 // Runs `source` without an error, within the time and with at most `megabytes` more than before, and returns the last
 // line of its output.

@@ -119,18 +119,32 @@ TEST(CommentsTest, AnUnterminatedBlockCommentIsReportedWithItsLastLine) {
   }
 }
 
-struct CommentCount {
+struct EffectRow {
   std::string_view text;
   std::uint64_t count;
 };
 
-TEST(CommentsTest, CommentsAreCounted) {
-  const CommentCount rows[] = {
-      {"", 0},   {"a / b * c", 0},      {"\"/* */\" '//'", 0}, {"/**/", 1}, {"//", 1}, {"/* // */ // /* */", 2},
-      {"/*", 1}, {"/**/\n//\n/**/", 3},
+// A comment that is nothing but a blank has no effect: each line end that is written is one, and so is a message.
+TEST(CommentsTest, WhatCommentsDoIsCounted) {
+  const EffectRow rows[] = {
+      {"", 0},
+      {"a / b * c\n", 0},
+      {"\"/* */\" '//'", 0},
+      {"/**/", 0},
+      {"//", 0},
+      {"// x\n\n", 0},
+      {"// x\0 y"sv, 0},
+      {"/* // */ // /* */", 0},
+      {"a \\\n b", 0},
+      {"/*\n*/", 1},
+      {"/*\r\n*/", 1},
+      {"/* a\n\rb */", 2},
+      {"/*", 1},
+      {"/*\n", 2},
+      {"/*\n*/ /**/ /*\r\r*/ //", 3},
   };
-  for (const CommentCount& row : rows) {
-    EXPECT_EQ(lexFully(row.text).commentCount, row.count) << "in: " << visible(row.text);
+  for (const EffectRow& row : rows) {
+    EXPECT_EQ(lexFully(row.text).effectCount, row.count) << "in: " << visible(row.text);
   }
 }
 

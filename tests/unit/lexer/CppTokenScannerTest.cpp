@@ -7,8 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "lexer/NormalizedTokens.h"
 #include "macros/CppMacro.h"
-#include "macros/NormalizedTokens.h"
 #include "tests/unit/support/Spellings.h"
 
 namespace qnpp {
@@ -42,6 +42,7 @@ struct CppTokenScannerTest : testing::Test {
   }
 
   SpellingSetting setting;
+  HideSetCache hideSets;
   CppTokenScanner scanner{setting.pool, setting.context};
 };
 
@@ -154,11 +155,11 @@ TEST_F(CppTokenScannerTest, AtTheEndTheHideSetIsThatOfTheLastElement) {
 
 TEST_F(CppTokenScannerTest, ReadsABorrowedRangeWithOneHideSet) {
   const TokenList list = fourElements();
-  scanner.read(list.spellings(), setting.hideSetOf("XY"), nullptr);
+  scanner.read({list.spellings(), setting.hideSetOf("XY")}, nullptr);
   EXPECT_EQ(dumpRest(), "IDENTIFIER:a{XY} +{XY} IDENTIFIER:b{XY} IDENTIFIER:c{XY}");
   EXPECT_EQ(list.size(), 4U);
   scanner.reset();
-  scanner.read(list.spellings().first(0), HideSet(), nullptr);
+  scanner.read(TokenRange{list.spellings().first(0)}, nullptr);
   EXPECT_EQ(scanner.get(), TK_END);
 }
 
@@ -166,7 +167,7 @@ TEST_F(CppTokenScannerTest, KeepsWhatItsTokensAreAPartOf) {
   const TokenList list = fourElements();
   NormalizedTokens surroundings;
   EXPECT_EQ(scanner.surroundings(), nullptr);
-  scanner.read(list.spellings(), HideSet(), &surroundings);
+  scanner.read(list.all(), &surroundings);
   EXPECT_EQ(scanner.surroundings(), &surroundings);
   scanner.reset();
   EXPECT_EQ(scanner.surroundings(), nullptr);
@@ -281,7 +282,7 @@ TEST_F(CppTokenScannerTest, CopyingHandsOutWhatTheEngineHasToSee) {
   }
 }
 
-TEST_F(CppTokenScannerTest, TakesPlainTokensWithTheirHideSets) {
+TEST_F(CppTokenScannerTest, TakesSettledTokensWithTheirHideSets) {
   CppMacro macro;
   setting.name("MACRO").macro = &macro;
   TokenList list;
@@ -297,65 +298,65 @@ TEST_F(CppTokenScannerTest, TakesPlainTokensWithTheirHideSets) {
   scanner.read(list);
 
   TokenList taken;
-  scanner.takePlain(taken);
+  scanner.takeSettled(taken, hideSets);
   EXPECT_EQ(setting.dumpList(taken), "a{A}  {B} <LF>{B}");
-  scanner.takePlain(taken);
+  scanner.takeSettled(taken, hideSets);
   EXPECT_EQ(taken.size(), 3U);
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
   EXPECT_EQ(scanner.text(), "MACRO");
   EXPECT_EQ(setting.lettersOf(scanner.hideSet()), "C");
 
   taken.clear();
-  scanner.takePlain(taken);
+  scanner.takeSettled(taken, hideSets);
   EXPECT_EQ(setting.dumpList(taken), "b{D}");
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
   EXPECT_EQ(scanner.text(), "c");
   EXPECT_EQ(setting.lettersOf(scanner.hideSet()), "D");
-  scanner.takePlain(taken);  // Inside of an element nothing is taken.
+  scanner.takeSettled(taken, hideSets);  // Inside of an element nothing is taken.
   EXPECT_EQ(setting.dumpList(taken), "b{D}");
   EXPECT_EQ(scanner.get(), '+');
   EXPECT_EQ(scanner.peek(), TK_IDENTIFIER);
-  scanner.takePlain(taken);  // Nor behind a look-ahead.
+  scanner.takeSettled(taken, hideSets);  // Nor behind a look-ahead.
   EXPECT_EQ(setting.dumpList(taken), "b{D}");
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
 
   taken.clear();
-  scanner.takePlain(taken);
+  scanner.takeSettled(taken, hideSets);
   EXPECT_EQ(setting.dumpList(taken), "e{D}");
   EXPECT_EQ(scanner.get(), TK_DEFINED);
-  scanner.takePlain(taken);
+  scanner.takeSettled(taken, hideSets);
   EXPECT_EQ(setting.dumpList(taken), "e{D} if{E}");
   EXPECT_EQ(scanner.get(), TK_END);
 }
 
-TEST_F(CppTokenScannerTest, TakesPlainTokensOfABorrowedRange) {
+TEST_F(CppTokenScannerTest, TakesSettledTokensOfABorrowedRange) {
   const TokenList list = setting.listOf({"a", "b"});
-  scanner.read(list.spellings(), setting.hideSetOf("X"), nullptr);
+  scanner.read({list.spellings(), setting.hideSetOf("X")}, nullptr);
   TokenList taken;
-  scanner.takePlain(taken);
+  scanner.takeSettled(taken, hideSets);
   EXPECT_EQ(setting.dumpList(taken), "a{X} b{X}");
   EXPECT_TRUE(scanner.isExhausted());
 }
 
 TEST_F(CppTokenScannerTest, TheRestBeginsAtTheNextElement) {
   read({"a", "b", "c+d", "e"});
-  EXPECT_EQ(scanner.rest().size(), 4U);
+  EXPECT_EQ(scanner.rest().tokens.size(), 4U);
   EXPECT_EQ(scanner.peek(), TK_IDENTIFIER);
-  EXPECT_EQ(scanner.rest().size(), 4U);  // A token that has been looked at is the first of them.
-  EXPECT_EQ(scanner.rest()[0]->text(), "a");
+  EXPECT_EQ(scanner.rest().tokens.size(), 4U);  // A token that has been looked at is the first of them.
+  EXPECT_EQ(scanner.rest().tokens[0]->text(), "a");
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
-  EXPECT_EQ(scanner.rest().size(), 3U);
-  EXPECT_EQ(scanner.rest()[0]->text(), "b");
+  EXPECT_EQ(scanner.rest().tokens.size(), 3U);
+  EXPECT_EQ(scanner.rest().tokens[0]->text(), "b");
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);  // "c", inside of an element.
-  EXPECT_EQ(scanner.rest().size(), 0U);
+  EXPECT_EQ(scanner.rest().tokens.size(), 0U);
   EXPECT_EQ(scanner.get(), '+');
   EXPECT_EQ(scanner.peek(), TK_IDENTIFIER);  // "d": no element by itself.
-  EXPECT_EQ(scanner.rest().size(), 0U);
+  EXPECT_EQ(scanner.rest().tokens.size(), 0U);
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
-  EXPECT_EQ(scanner.rest().size(), 1U);
+  EXPECT_EQ(scanner.rest().tokens.size(), 1U);
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
-  EXPECT_EQ(scanner.rest().size(), 0U);
+  EXPECT_EQ(scanner.rest().tokens.size(), 0U);
 }
 
 TEST_F(CppTokenScannerTest, TakingElementsMakesTheLastOneCurrent) {
@@ -375,6 +376,93 @@ TEST_F(CppTokenScannerTest, TakingElementsMakesTheLastOneCurrent) {
     EXPECT_EQ(setting.lettersOf(scanner.hideSet()), "B");
     EXPECT_EQ(dumpRest(), "IDENTIFIER:c{C}");
   }
+}
+
+// ---- A set for each token ----
+
+TEST_F(CppTokenScannerTest, ABorrowedPartHasItsOwnSetsAndThatOfTheRange) {
+  const TokenList list = fourElements();
+  TokenRange part = list.all().part(1, 3);
+  part.hideSet = setting.hideSetOf("X");
+  scanner.read(part, nullptr);
+  EXPECT_EQ(setting.lettersOf(scanner.hideSet()), "BX");  // Before the first token, that of the first element.
+  EXPECT_TRUE(scanner.isHidden(setting.name("B")));
+  EXPECT_EQ(dumpRest(), "+{BX} IDENTIFIER:b{BX} IDENTIFIER:c{ADX}");
+  EXPECT_TRUE(scanner.isHidden(setting.name("X")));
+  EXPECT_TRUE(scanner.isHidden(setting.name("D")));
+  EXPECT_FALSE(scanner.isHidden(setting.name("B")));
+}
+
+TEST_F(CppTokenScannerTest, CurrentTokensAreAppendedWithTheirSets) {
+  TokenList list = fourElements();
+  TokenRange range = list.all();
+  range.hideSet = setting.hideSetOf("X");
+  scanner.read(range, nullptr);
+  TokenList copied;
+  while (scanner.get() != TK_END) {
+    scanner.appendCurrent(copied, false, hideSets);
+  }
+  EXPECT_EQ(setting.dumpList(copied), "a{AX} +{BX} b{BX} c{ADX}");
+  scanner.reset();
+  scanner.read({range.tokens, setting.hideSetOf("Y")}, nullptr);
+  TokenList plain;
+  while (scanner.get() != TK_END) {
+    scanner.appendCurrent(plain, true, hideSets);
+  }
+  EXPECT_EQ(setting.dumpList(plain), "a{Y} +{Y} b{Y} c{Y}");
+}
+
+TEST_F(CppTokenScannerTest, SetsOfNestedRunsAreFound) {
+  TokenList elements;
+  for (const char letter : std::string("ABCDEF")) {
+    const TokenList one = setting.listOf({"x", "y"}, setting.hideSetOf({&letter, 1}));
+    elements.appendSettled(one.all(), setting.names.generation(), hideSets);
+  }
+  TokenList nested;
+  nested.append(elements.all(), setting.hideSetOf("X"), hideSets);
+  ASSERT_EQ(nested.runs().size(), 1U);
+  scanner.read(nested.all().part(3, 4), nullptr);
+  EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
+  EXPECT_TRUE(scanner.isHidden(setting.name("B")));
+  EXPECT_FALSE(scanner.isHidden(setting.name("C")));
+  EXPECT_EQ(dumpRest(), "IDENTIFIER:x{CX} IDENTIFIER:y{CX} IDENTIFIER:x{DX}");
+}
+
+// A name with a definition that is hidden is settled: it is passed over with those around it, which a plain list would
+// stop at. Any change of a definition ends that.
+TEST_F(CppTokenScannerTest, MarksOfAnOlderGenerationAreNotTrusted) {
+  CppMacro macro;
+  setting.name("MACRO").macro = &macro;
+  const HideSet hidden = HideSet().with(setting.name("MACRO")).joined(setting.hideSetOf("H"));
+  TokenList list = setting.listOf({"a"});
+  list.appendSettled(setting.listOf({"MACRO", "b"}, hidden).all(), setting.names.generation(), hideSets);
+  list.append(setting.spell("c"), HideSet());
+  list.append(setting.spell("MACRO"), setting.hideSetOf("M"));
+  for (const bool isSameGeneration : {true, false}) {
+    scanner.reset();
+    scanner.read(list.all(), nullptr);
+    TokenList taken;
+    scanner.takeSettled(taken, hideSets);
+    EXPECT_EQ(setting.dumpList(taken), isSameGeneration ? "a MACRO{H} b{H} c" : "a");
+    EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
+    EXPECT_EQ(scanner.text(), "MACRO");
+    EXPECT_EQ(setting.lettersOf(scanner.hideSet()), isSameGeneration ? "M" : "H");
+    setting.names.beginGeneration();
+  }
+}
+
+TEST_F(CppTokenScannerTest, OneOldMarkMakesAllOfAListOld) {
+  CppMacro macro;
+  setting.name("MACRO").macro = &macro;
+  const HideSet hidden = HideSet().with(setting.name("MACRO"));
+  TokenList list;
+  list.appendSettled(setting.listOf({"MACRO"}, hidden).all(), setting.names.generation(), hideSets);
+  setting.names.beginGeneration();
+  list.appendSettled(setting.listOf({"MACRO"}, hidden).all(), setting.names.generation(), hideSets);
+  scanner.read(list.all(), nullptr);
+  TokenList taken;
+  scanner.takeSettled(taken, hideSets);
+  EXPECT_TRUE(taken.empty());
 }
 
 }  // namespace

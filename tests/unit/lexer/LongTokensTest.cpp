@@ -2,12 +2,16 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <limits>
 #include <string>
 #include <string_view>
 
 #include "tests/unit/support/Preprocess.h"
 #include "tests/unit/support/Timing.h"
 #include "tests/unit/support/TokenDump.h"
+
+// Gets the generated scanner its buffers.
+void* yyCpprealloc(void* old, std::size_t size);
 
 namespace qnpp {
 namespace {
@@ -134,6 +138,16 @@ TEST(LongTokensTest, TakeNoLongerThanPlainText) {
       EXPECT_LT(secondsToRead(shape.text, pass), bound) << shape.name << ", pass " << static_cast<int>(pass);
     }
   }
+}
+
+// The scanner's sizes are of the type int. It takes a refusal for the end of its buffer's growth, and says so; memory
+// that runs out is an exception.
+TEST(LongTokensTest, NoBufferIsLargerThanTheScannerCanTell) {
+  const int tooLarge[] = {std::numeric_limits<int>::min(), -2'118'184'958, -1};
+  for (const int size : tooLarge) {
+    EXPECT_EQ(yyCpprealloc(nullptr, static_cast<std::size_t>(size)), nullptr) << size;
+  }
+  EXPECT_EQ(yyCpprealloc(nullptr, static_cast<std::size_t>(std::numeric_limits<int>::max()) + 1), nullptr);
 }
 
 }  // namespace

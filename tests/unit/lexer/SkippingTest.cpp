@@ -46,8 +46,8 @@ struct Reading {
   // Everything that can be seen from outside.
   std::string state() {
     return setting.written() + "| line " + std::to_string(scanner.line()) + ", output line " +
-           std::to_string(setting.output.line()) + ", comments " + std::to_string(setting.commentCount) +
-           ", messages " + setting.diagnostics.str();
+           std::to_string(setting.output.line()) + ", effects " + std::to_string(setting.effectCount) + ", messages " +
+           setting.diagnostics.str();
   }
 
   // The tokens that are left.
@@ -293,9 +293,7 @@ TEST(SkippingTest, CopyingWritesWhatAMacroIsKnownToComeTo) {
     CppMacro macro;
     Name& name = *setting.names.intern("MACRO");
     name.macro = &macro;
-    name.expandedData = "12";
-    name.expandedSize = 2;
-    name.expandedIn = setting.names.generation();
+    name.settled = {"12", 2, setting.names.generation()};
     if (!isStillKnown) {
       setting.names.beginGeneration();
     }

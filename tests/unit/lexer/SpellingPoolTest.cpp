@@ -116,7 +116,7 @@ TEST_F(SpellingPoolTest, ATextIsWhatItLexesInto) {
     EXPECT_EQ(dump(spelling), row.spelling) << visible(row.text);
     EXPECT_TRUE(spelling.text() == row.text || row.text == "\r") << visible(row.text);
   }
-  EXPECT_EQ(setting.commentCount, 0U);  // Nothing was read that writes or reports.
+  EXPECT_EQ(setting.effectCount, 0U);  // Nothing was read that writes or reports.
   EXPECT_EQ(setting.diagnostics.str(), "");
 }
 
@@ -206,11 +206,13 @@ TEST_F(SpellingPoolTest, ReleasedWordsLearnNothing) {
   EXPECT_NE(kept.name, nullptr);
 }
 
-TEST_F(SpellingPoolTest, CommentsAreCountedForEveryoneWhoAsks) {
-  const std::uint64_t before = setting.lexer.commentCount();
+TEST_F(SpellingPoolTest, EffectsAreCountedForEveryoneWhoAsks) {
+  const std::uint64_t before = setting.lexer.effectCount();
   std::vector<const Spelling*> tokens;
   pool.lex("a /* b */ // c", tokens);
-  EXPECT_EQ(setting.lexer.commentCount(), before + 2);
+  EXPECT_EQ(setting.lexer.effectCount(), before);
+  pool.lex("a /*\n*/ /* b", tokens);
+  EXPECT_EQ(setting.lexer.effectCount(), before + 2);
 }
 
 }  // namespace

@@ -118,5 +118,25 @@ TEST(TextArenaTest, WhatIsOlderThanTheMarkStays) {
   }
 }
 
+#if defined(QNPP_ADDRESS_SANITIZER)
+// With the address sanitizer, a use of what has been given back ends the process, and so does one behind the end.
+TEST(TextArenaDeathTest, WhatHasBeenReleasedCannotBeRead) {
+  testing::FLAGS_gtest_death_test_style = "threadsafe";
+  TextArena arena;
+  const char* const older = arena.copy("older").data();
+  const TextArena::Mark mark = arena.mark();
+  const char* const newer = arena.copy("newer").data();
+  const char* const large = arena.copy(std::string(50'000, 'x')).data();  // In a block of its own.
+  EXPECT_EQ(*newer + *large, 'n' + 'x');
+  EXPECT_DEATH(static_cast<void>(*static_cast<const volatile char*>(newer + 8)), "use-after-poison");
+  arena.release(mark);
+  EXPECT_EQ(*older, 'o');
+  EXPECT_DEATH(static_cast<void>(*static_cast<const volatile char*>(newer)), "use-after-poison");
+  EXPECT_DEATH(static_cast<void>(*static_cast<const volatile char*>(large + 40'000)), "use-after-free");
+  arena.copy("again");
+  EXPECT_EQ(*newer, 'a');
+}
+#endif
+
 }  // namespace
 }  // namespace qnpp

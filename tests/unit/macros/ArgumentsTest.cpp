@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/unit/support/Spellings.h"
+#include "tests/unit/support/Streams.h"
 
 namespace qnpp {
 namespace {
@@ -16,19 +16,31 @@ namespace {
 struct Token {
   std::string_view text;
   bool afterBlank = false;
+  std::string_view hideSet = "";  // Letters, each a name.
 };
 
 struct ArgumentsTest : testing::Test {
-  void read(const std::vector<Token>& tokens, const HideSet& hideSet = {}) {
+  // The tokens of an argument come from a list; the one behind it carries `hideSet`.
+  void read(const std::vector<Token>& tokens, std::string_view hideSet = "") {
+    add(tokens);
+    arguments.finish(setting.stream, setting.hideSetOf(hideSet));
+  }
+
+  void add(const std::vector<Token>& tokens) {
+    TokenList list;
     for (const Token& token : tokens) {
-      arguments.add(setting.spell(token.text), token.afterBlank);
+      list.append(setting.spell(token.text), setting.hideSetOf(token.hideSet));
     }
-    arguments.finish(hideSet, setting.pool);
+    const TokenStream::Closed source(setting.stream, list);
+    for (const Token& token : tokens) {
+      const CppTokenKind kind = setting.stream.get();
+      arguments.add(setting.stream, kind, token.afterBlank);
+    }
   }
 
   std::string tokensOf(std::size_t index) {
     std::string tokens;
-    for (const Spelling* const token : arguments.tokens(index)) {
+    for (const Spelling* const token : arguments.tokens(index).tokens) {
       tokens += (tokens.empty() ? "" : " ") + dumpToken(token->kind, token->text());
     }
     return tokens;
@@ -40,7 +52,8 @@ struct ArgumentsTest : testing::Test {
     return text;
   }
 
-  SpellingSetting setting;
+  StreamSetting setting;
+  TokenStream::Hold hold{setting.stream};
   Arguments arguments;
 };
 
@@ -90,13 +103,58 @@ TEST_F(ArgumentsTest, AnArgumentIsTheTokensOfItsText) {
   }
 }
 
-TEST_F(ArgumentsTest, EachArgumentHasAHideSet) {
-  read({{"a"}}, setting.hideSetOf("A"));
-  read({{"b"}, {"c"}}, setting.hideSetOf("BC"));
-  read({});
-  EXPECT_EQ(setting.lettersOf(arguments.hideSet(0)), "A");
-  EXPECT_EQ(setting.lettersOf(arguments.hideSet(1)), "BC");
-  EXPECT_TRUE(arguments.hideSet(2).empty());
+TEST_F(ArgumentsTest, EachTokenHasItsOwnHideSetAndThatOfTheTokenBehind) {
+  read({{"a", false, "A"}}, "X");
+  read({{"b"}, {"+", false, "B"}, {"c", false, "BC"}}, "X");
+  read({{"b", false, "D"}, {"c"}, {"d"}}, "");
+  read({}, "X");
+  EXPECT_EQ(setting.dumpRange(arguments.tokens(0)), "a{AX}");
+  EXPECT_EQ(setting.dumpRange(arguments.tokens(1)), "b{X} +{BX} c{BCX}");
+  EXPECT_EQ(setting.dumpRange(arguments.tokens(2)), "bcd{D}");
+  EXPECT_EQ(setting.dumpRange(arguments.tokens(3)), "");
+}
+
+struct LexedAnewRow {
+  std::vector<Token> tokens;
+  const char* lexed;
+};
+
+// A token that the text lexes into anew has the sets of all the tokens that some of its bytes were of.
+TEST_F(ArgumentsTest, TokensLexedAnewHaveTheSetsOfAllThatTheyAreMadeOf) {
+  const LexedAnewRow rows[] = {
+      {{{"a", false, "A"}, {"b", false, "B"}}, "ab{ABX}"},
+      {{{"a", false, "A"}, {"b", false, "B"}, {"c", false, "C"}, {"+", false, "D"}}, "abc{ABCX} +{DX}"},
+      {{{"a", false, "A"}, {"b", false, "B"}, {"+", true, "C"}, {"c", false, "D"}}, "ab{ABX}  {X} +{CX} c{DX}"},
+      // A blank may be a comment, of which it is not known what it was made of; it can be no macro in any case.
+      {{{"/", false, "A"}, {"*", false, "B"}, {"x", false, "C"}, {"*", false, "D"}, {"/", false, "E"}}, " {X}"},
+      {{{"/", false, "A"}, {"/", false, "B"}, {"x", false, "C"}}, " {X}"},
+      // One token falls apart, and its pieces merge with the neighbours: "<" and "<=" are "<<" and "=".
+      {{{"<", false, "A"}, {"<=", false, "B"}, {"y", false, "C"}}, "<<{ABX} ={BX} y{CX}"},
+      {{{"0", false, "A"}, {"x1", false, "B"}, {"\"s\"", false, "C"}}, "0x1{ABX} \"s\"{CX}"},
+      {{{"0", false, "A"}, {"x", false, "B"}, {"y", false, "C"}}, "0{AX} xy{BCX}"},
+      // A quote finds its partner, and what stood between is in the string.
+      {{{"\"", false, "A"}, {"a", false, "B"}, {"\"", true, "C"}, {"b", false, "D"}}, "\"a \"{ABCX} b{DX}"},
+      {{{"'", false, "A"}, {"\"a\"", false, "B"}, {"'", false, "C"}}, "'\"a\"'{ABCX}"},
+      // A string falls apart where the quote before it takes its first one.
+      {{{"\"", false, "A"}, {"\"a b\"", true, "B"}, {"c", false, "C"}}, "\" \"{ABX} a{BX}  {X} b{BX} \"{BX} c{CX}"},
+      {{{"'", false, "A"}, {"t", false, "B"}}, "'{AX} t{BX}"},
+  };
+  std::size_t index = 0;
+  for (const LexedAnewRow& row : rows) {
+    read(row.tokens, "X");
+    EXPECT_EQ(setting.dumpRange(arguments.tokens(index)), row.lexed);
+    ++index;
+  }
+}
+
+// The next one begins behind it, with nothing of its sets.
+TEST_F(ArgumentsTest, ALexedAnewArgumentStandsAmongOthers) {
+  read({{"a", false, "A"}, {"+", false, "B"}});
+  read({{"a", false, "C"}, {"b", false, "D"}, {"/", false, "E"}, {"/", false, "F"}});
+  read({{"c", false, "G"}}, "X");
+  EXPECT_EQ(setting.dumpRange(arguments.tokens(0)), "a{A} +{B}");
+  EXPECT_EQ(setting.dumpRange(arguments.tokens(1)), "ab{CD}  ");
+  EXPECT_EQ(setting.dumpRange(arguments.tokens(2)), "c{GX}");
 }
 
 TEST_F(ArgumentsTest, MergingIsForgottenWithItsArgument) {
@@ -106,8 +164,7 @@ TEST_F(ArgumentsTest, MergingIsForgottenWithItsArgument) {
   EXPECT_EQ(tokensOf(2), "IDENTIFIER:a + STRING:\"s\"");
   arguments.clear();
   EXPECT_EQ(arguments.count(), 0U);
-  arguments.add(setting.spell("a"), false);
-  arguments.add(setting.spell("b"), false);
+  add({{"a"}, {"b"}});
   arguments.clear();
   read({{"c"}, {"d", true}});
   EXPECT_EQ(arguments.count(), 1U);
@@ -115,13 +172,16 @@ TEST_F(ArgumentsTest, MergingIsForgottenWithItsArgument) {
 }
 
 TEST_F(ArgumentsTest, ArgumentsCanBeUsedInPlace) {
-  const TokenList list = setting.listOf({"f", "(", "a", " ", "+", ")", "z"});
-  const SpellingRange outer = list.spellings();
-  arguments.addInPlace(outer.subspan(2, 3), nullptr, setting.hideSetOf("A"));
-  EXPECT_EQ(arguments.tokens(0).data(), outer.data() + 2);
+  TokenList list = setting.listOf({"f", "(", "a"}, setting.hideSetOf("A"));
+  const TokenList rest = setting.listOf({" ", "+", ")", "z"}, setting.hideSetOf("B"));
+  list.append(rest.spellings(), setting.hideSetOf("B"));
+  TokenRange range = list.all().part(2, 3);
+  range.hideSet = setting.hideSetOf("X");
+  arguments.addInPlace(range, nullptr);
+  EXPECT_EQ(arguments.tokens(0).tokens.data(), list.spellings().data() + 2);
   EXPECT_EQ(tokensOf(0), "IDENTIFIER:a SPACE +");
   EXPECT_EQ(textOf(0), "a +");
-  EXPECT_EQ(setting.lettersOf(arguments.hideSet(0)), "A");
+  EXPECT_EQ(setting.dumpRange(arguments.tokens(0)), "a{AX}  {BX} +{BX}");
   read({{"b"}});
   EXPECT_EQ(tokensOf(0), "IDENTIFIER:a SPACE +");
   EXPECT_EQ(tokensOf(1), "IDENTIFIER:b");
@@ -131,12 +191,12 @@ TEST_F(ArgumentsTest, SurroundingsAreThoseGivenOrTheArgumentItself) {
   const TokenList list = setting.listOf({"(", "(", "a", ")", ")"});
   NormalizedTokens outer;
   outer.reset(list.spellings());
-  arguments.addInPlace(list.spellings().subspan(1, 3), &outer, HideSet());
-  arguments.addInPlace(list.spellings().subspan(1, 3), nullptr, HideSet());
+  arguments.addInPlace(list.all().part(1, 3), &outer);
+  arguments.addInPlace(list.all().part(1, 3), nullptr);
   EXPECT_EQ(&arguments.surroundings(0), &outer);
   NormalizedTokens& own = arguments.surroundings(1);
   EXPECT_NE(&own, &outer);
-  EXPECT_EQ(own.closing(&arguments.tokens(1)[0]), &arguments.tokens(1)[2]);
+  EXPECT_EQ(own.closing(&arguments.tokens(1).tokens[0]), &arguments.tokens(1).tokens[2]);
 }
 
 TEST(NormalizedTokensTest, FindsTheClosingParenthesis) {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/support/Spellings.h"
+#include "tests/unit/support/Streams.h"
 
 namespace qnpp {
 namespace {
@@ -19,8 +19,8 @@ struct CppMacroTableTest : testing::Test {
     return macro == nullptr ? "(none)" : macro->text;
   }
 
-  SpellingSetting setting;
-  CppMacroTable table{setting.names, setting.pool};
+  StreamSetting setting;
+  CppMacroTable table{setting.names, setting.stream};
 };
 
 TEST_F(CppMacroTableTest, IsEmptyAtFirst) {
@@ -95,37 +95,35 @@ TEST_F(CppMacroTableTest, NamesPointAtTheirDefinitions) {
   EXPECT_EQ(name.macro, nullptr);
 }
 
-// An expansion may still be reading a definition that is replaced or removed.
-TEST_F(CppMacroTableTest, ReplacedDefinitionsStayUntilTheyAreDropped) {
+// An expansion may still be reading a definition that is replaced or removed: it is left to the stream.
+TEST_F(CppMacroTableTest, ReplacedDefinitionsStayWhileTheyMayBeInUse) {
   table.define("A", objectLike("first text, too long to stand in the string itself"));
   const CppMacro& first = *table.lookup("A");
-  table.define("A", objectLike("second"));
-  const CppMacro& second = *table.lookup("A");
-  table.undefine("A");
-  EXPECT_EQ(first.text, "first text, too long to stand in the string itself");
-  EXPECT_EQ(second.text, "second");
-  table.dropRetired();
+  {
+    const TokenStream::Hold hold(setting.stream);
+    table.define("A", objectLike("second"));
+    const CppMacro& second = *table.lookup("A");
+    table.undefine("A");
+    EXPECT_EQ(first.text, "first text, too long to stand in the string itself");
+    EXPECT_EQ(second.text, "second");
+  }
   EXPECT_EQ(table.lookup("A"), nullptr);
 }
 
-TEST_F(CppMacroTableTest, DroppingLeavesWhatIsDefined) {
-  table.define("A", objectLike("1"));
+TEST_F(CppMacroTableTest, WhatIsDefinedStaysWhenTheReplacedIsFreed) {
   table.define("B", objectLike("1"));
-  table.define("A", objectLike("2"));
-  table.dropRetired();
-  EXPECT_EQ(textOf("A"), "2");
+  for (const char* const text : {"1", "2", "3"}) {
+    const TokenStream::Hold hold(setting.stream);
+    table.define("A", objectLike(text));
+  }
+  table.define("A", objectLike("4"));
+  EXPECT_EQ(textOf("A"), "4");
   EXPECT_EQ(textOf("B"), "1");
-}
-
-TEST_F(CppMacroTableTest, KeepsReplacementsUntilTheyAreDropped) {
-  const Replacement& kept = table.keep(std::make_unique<const Replacement>("\"string\"", setting.names, setting.lexer));
-  EXPECT_EQ(kept.tokens()[0]->text(), "\"string\"");
-  table.dropRetired();
 }
 
 // A word that a running expansion has made before its macro is defined is that macro from then on.
 TEST_F(CppMacroTableTest, WordsThatExistBeforeTheirDefinitionAreFound) {
-  const Spelling& word = *setting.spell("LATER");
+  const Spelling& word = *setting.stream.spell("LATER");
   EXPECT_EQ(word.name, nullptr);
   table.define("LATER", objectLike("1"));
   ASSERT_NE(word.name, nullptr);

@@ -57,7 +57,7 @@ std::string dumpSteps(const Replacement& replacement) {
         break;
       }
       case Replacement::Step::Kind::Misuse:
-        steps += "\"" + std::string(Replacement::misuse(step.begin)) + "\"";
+        steps += "\"" + textOf(Replacement::misuse(step), "") + "\"";
         break;
     }
   }
@@ -231,9 +231,35 @@ TEST_F(ReplacementTest, NamesOfTheListBecomeKnown) {
   EXPECT_EQ(replacement.tokens()[2], &setting.names.find("if")->spelling);
 }
 
+struct AgainRow {
+  const char* text;
+  std::vector<bool> isWantedAgain;  // For each step that expands an argument.
+};
+
+TEST_F(ReplacementTest, KnowsWhichArgumentsAreExpandedAgain) {
+  const AgainRow rows[] = {
+      {"a", {false}},         {"a a", {true, false}},     {"a b a b a", {true, true, true, false, false}},
+      {"a #a a##b", {false}}, {"#a a b", {false, false}}, {"a a #", {true, false}},
+      {"a ## a a", {false}},
+  };
+  for (const AgainRow& row : rows) {
+    for (const std::string_view parameter : {"a", "b"}) {
+      setting.names.intern(parameter);
+    }
+    const Replacement replacement(row.text, {"a", "b"}, setting.names, setting.lexer);
+    std::vector<bool> isWantedAgain;
+    for (const Replacement::Step& step : replacement.steps()) {
+      if (step.kind == Replacement::Step::Kind::Expand) {
+        isWantedAgain.push_back(step.isWantedAgain);
+      }
+    }
+    EXPECT_EQ(isWantedAgain, row.isWantedAgain) << row.text;
+  }
+}
+
 struct PropertyRow {
   const char* text;
-  bool opensComment;
+  bool hasEffects;
   bool isFixedText;
 };
 
@@ -241,11 +267,12 @@ TEST_F(ReplacementTest, KnowsWhatItsTextDoesWhenItIsRead) {
   const PropertyRow rows[] = {
       {"", false, true},         {"1 + 2", false, true}, {"\"s\" 'c' ;", false, true}, {"# ##", false, true},
       {"\"//\"", false, true},   {"x", false, false},    {"1 if", false, false},       {"defined", false, false},
-      {"_Pragma", false, false}, {"1\n", false, false},  {"/**/", true, false},        {"1 // x", true, false},
+      {"_Pragma", false, false}, {"1\n", false, false},  {"/**/", false, false},       {"1 // x", false, false},
+      {"1 /*\n*/", true, false}, {"/* x", true, false},  {"\\\r\n", false, true},      {"\r\n", false, false},
   };
   for (const PropertyRow& row : rows) {
     const Replacement replacement(row.text, setting.names, setting.lexer);
-    EXPECT_EQ(replacement.opensComment(), row.opensComment) << row.text;
+    EXPECT_EQ(replacement.hasEffects(), row.hasEffects) << row.text;
     EXPECT_EQ(replacement.isFixedText(), row.isFixedText) << row.text;
   }
 }

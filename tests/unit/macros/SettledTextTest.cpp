@@ -1,12 +1,16 @@
 // Object-like macros that come to the same text at each use. It is sought at the second use, and from the third on the
 // lexer writes it; so each macro is used three times here, and every use has to give the same.
+#include "macros/SettledText.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <vector>
 
+#include "tests/unit/support/Definitions.h"
 #include "tests/unit/support/RunRows.h"
-#include "tests/unit/support/Spellings.h"
 
 namespace qnpp {
 namespace {
@@ -53,8 +57,8 @@ TEST(SettledTextTest, LongTextsAndManyTokensAreNotKept) {
 }
 
 TEST(SettledTextTest, EachChangeOfADefinitionBeginsAGeneration) {
-  SpellingSetting setting;
-  CppMacroTable table(setting.names, setting.pool);
+  StreamSetting setting;
+  CppMacroTable table(setting.names, setting.stream);
   const auto begins = [&setting](auto change) {
     const std::uint64_t before = setting.names.generation();
     change();
@@ -66,6 +70,87 @@ TEST(SettledTextTest, EachChangeOfADefinitionBeginsAGeneration) {
   EXPECT_FALSE(begins([&table] { table.undefine("A"); }));
   EXPECT_TRUE(begins([&table] { table.defineFromCommandLine("A", "1"); }));
   EXPECT_FALSE(begins([&table] { table.defineFromCommandLine("A", "2"); }));
+}
+
+// ---- The search by itself ----
+
+struct SettledTextSearchTest : testing::Test {
+  // What A is found to come to in the use of the given number in this generation, under the definitions, all of them
+  // used before.
+  std::string found(const std::vector<std::string>& definitions, int use) {
+    DefinitionSetting setting(definitions);
+    for (const std::string& definition : definitions) {
+      lexList(setting, definition.substr(0, 1));
+    }
+    Name& name = setting.streams.name("A");
+    bool isFound = false;
+    for (; use > 0; --use) {
+      isFound = findSettledText(name, setting.streams.names);
+    }
+    return isFound ? std::string(name.settled.text()) : "none";
+  }
+
+  static void lexList(DefinitionSetting& setting, const std::string& name) {
+    CppMacro& macro = *setting.table.lookup(name);
+    if (!macro.functionLike) {
+      macro.replacement = std::make_unique<const Replacement>(macro.text, setting.streams.names, setting.streams.lexer);
+    }
+  }
+};
+
+struct SearchRow {
+  std::vector<std::string> definitions;
+  std::string first;   // At the first use,
+  std::string second;  // and at the second.
+};
+
+TEST_F(SettledTextSearchTest, TextsWithNamesAreSoughtAtTheSecondUse) {
+  const SearchRow rows[] = {
+      {{"A"}, "", ""},
+      {{"A 1 + \"s\" ;"}, "1 + \"s\" ;", "1 + \"s\" ;"},
+      {{"A b"}, "none", "b"},
+      {{"A if b"}, "none", "if b"},
+      {{"A A"}, "none", "A"},
+      {{"A B+B", "B 1"}, "none", "1+1"},
+      {{"A B C", "B <C>", "C [A B C]"}, "none", "<[A B C]> [A <C> C]"},
+      {{"A defined"}, "none", "defined"},
+      {{"A _Pragma"}, "none", "none"},
+      {{"A F", "F(x) x"}, "none", "none"},
+      {{"A B", "B F", "F(x) x"}, "none", "none"},
+  };
+  for (const SearchRow& row : rows) {
+    EXPECT_EQ(found(row.definitions, 1), row.first) << row.definitions.front();
+    EXPECT_EQ(found(row.definitions, 2), row.second) << row.definitions.front();
+    EXPECT_EQ(found(row.definitions, 3), row.second) << row.definitions.front();
+  }
+}
+
+TEST_F(SettledTextSearchTest, LongTextsAreNotKept) {
+  const std::string word(250, 'w');
+  EXPECT_EQ(found({"A " + word}, 2), word);
+  EXPECT_EQ(found({"A " + word + "w"}, 2), "none");
+  const std::string tokens = repeat(100, "x+");
+  EXPECT_EQ(found({"A " + tokens}, 2), tokens);
+  EXPECT_EQ(found({"A " + tokens + "x"}, 2), "none");
+  const std::string fixed = repeat(100, "1+2,");
+  EXPECT_EQ(found({"A " + fixed}, 1), fixed);  // That one is the definition's own.
+}
+
+TEST_F(SettledTextSearchTest, AMacroThatHasNotBeenUsedIsNotLookedInto) {
+  DefinitionSetting setting({"A B", "B 1"});
+  Name& name = setting.streams.name("A");
+  EXPECT_FALSE(findSettledText(name, setting.streams.names));  // Nor is A itself.
+  lexList(setting, "A");
+  EXPECT_FALSE(findSettledText(name, setting.streams.names));
+  EXPECT_FALSE(findSettledText(name, setting.streams.names));
+  lexList(setting, "B");
+  EXPECT_FALSE(findSettledText(name, setting.streams.names));  // It was sought in vain in this generation.
+  setting.streams.names.beginGeneration();
+  EXPECT_FALSE(findSettledText(name, setting.streams.names));
+  EXPECT_TRUE(findSettledText(name, setting.streams.names));
+  EXPECT_EQ(name.settled.text(), "1");
+  setting.streams.names.beginGeneration();
+  EXPECT_FALSE(findSettledText(name, setting.streams.names));
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Substitution of arguments, stringizing and pasting.
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 
 #include "tests/unit/support/MacroRows.h"
@@ -109,6 +110,20 @@ TEST(SubstitutionTest, MessagesOfAnArgumentRepeat) {
     const Preprocessed run = preprocess(std::string("#define ") + row.definition + "\n#define G(y) y\nF(G())\n");
     EXPECT_EQ(run.output, std::string(kFirstLine) + "#line 3 \"a.c\"\n" + row.expanded + "\n") << row.definition;
     EXPECT_EQ(run.messages, repeat(static_cast<std::size_t>(row.times), message)) << row.definition;
+  }
+}
+
+// Behind the joined comment F looks for a "(", and what it has looked at comes after it: a token of the joined text,
+// which is lexed while it is read.
+TEST(SubstitutionTest, ATokenLookedAtInAJoinedTextStays) {
+  for (const std::size_t size : {5U, 17'000U, 40'000U}) {
+    const std::string literal = '"' + std::string(size, 'L') + '"';
+    const std::string call = "C(/,*c*/ " + literal + " " + literal + ")";
+    const std::string expanded = "   F" + literal + " " + literal;
+    expectExpansions({
+        {{"F(x) x", "C(a,b) F a##b"}, call, expanded},
+        {{"F(x) x", "C(a,b) F a##b", "G(x) x", "A 1"}, "G(" + call + " A)", expanded + " 1"},
+    });
   }
 }
 

@@ -50,18 +50,21 @@ struct SpellingSetting : LexerSetting {
     return list;
   }
 
-  /// Texts of a list with their hide sets: "a{A} +b{AB}". An empty set is left out.
-  std::string dumpList(const TokenList& list) {
+  /// Texts of tokens with their hide sets: "a{A} +b{AB}". An empty set is left out.
+  std::string dumpRange(const TokenRange& range, std::string_view separator = " ") {
     std::string dumped;
-    std::size_t at = 0;
-    for (const TokenList::Run& run : list.runs()) {
-      for (; at < run.end; ++at) {
-        dumped += (dumped.empty() ? "" : " ") + visible(list.spellings()[at]->text());
-        dumped += run.hideSet.empty() ? "" : "{" + lettersOf(run.hideSet) + "}";
+    for (std::size_t index = 0; index < range.tokens.size(); ++index) {
+      HideSet set = range.hideSet;
+      if (range.list != nullptr) {
+        const std::size_t position = range.position + index;
+        set = set.joined(range.list->hideSetAt(position, range.list->runAt(position)));
       }
+      dumped.append(index == 0 ? "" : separator).append(visible(range.tokens[index]->text()));
+      dumped += set.empty() ? "" : "{" + lettersOf(set) + "}";
     }
     return dumped;
   }
+  std::string dumpList(const TokenList& list) { return dumpRange(list.all()); }
 };
 
 }  // namespace qnpp

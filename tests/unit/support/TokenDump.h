@@ -115,14 +115,14 @@ inline std::string dumpToken(CppTokenKind kind, std::string_view text) {
   return std::string(named.name) + (text == named.text ? "" : ":" + visible(text));
 }
 
-/// What a lexer works with: an output kept in a string, messages, names, the counter of comments.
+/// What a lexer works with: an output kept in a string, messages, names, the counter of effects.
 struct LexerSetting {
   std::ostringstream sink;
   std::ostringstream diagnostics;
   OutputBuffer output;
   NameTable names;
-  std::uint64_t commentCount = 0;
-  LexerContext context{output, diagnostics, names, commentCount};
+  std::uint64_t effectCount = 0;
+  LexerContext context{output, diagnostics, names, effectCount};
 
   LexerSetting() { output.attach(sink); }
 
@@ -173,7 +173,7 @@ struct Lexed {
   std::string output;  ///< Line ends of comments.
   std::string messages;
   std::int32_t line = 0;  ///< Of the end.
-  std::uint64_t commentCount = 0;
+  std::uint64_t effectCount = 0;
 
   bool operator==(const Lexed&) const = default;
 };
@@ -181,14 +181,14 @@ struct Lexed {
 /// For the messages of failed tests.
 inline void PrintTo(const Lexed& lexed, std::ostream* out) {
   *out << lexed.tokens << "\n  output: " << visible(lexed.output) << "\n  messages: " << visible(lexed.messages)
-       << "\n  line: " << lexed.line << "\n  comments: " << lexed.commentCount;
+       << "\n  line: " << lexed.line << "\n  effects: " << lexed.effectCount;
 }
 
 inline Lexed lexFully(std::istream& input) {
   LexerSetting setting;
   CppLexer lexer(input, setting.context);
   std::string tokens = dumpRest(lexer);
-  return {std::move(tokens), setting.written(), setting.diagnostics.str(), lexer.line(), setting.commentCount};
+  return {std::move(tokens), setting.written(), setting.diagnostics.str(), lexer.line(), setting.effectCount};
 }
 
 inline Lexed lexFully(std::string_view text) {

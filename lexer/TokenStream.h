@@ -3,10 +3,10 @@
 // Who owns the tokens of an expansion, and until when
 //
 // A token is a pointer to a spelling. Most spellings live as long as the run: those of names and of single characters.
-// The others belong to a definition (the numbers and strings of its replacement list) or to the pool (what is made while
-// macros are expanded: tokens of arguments, string literals, joined texts). The pool is a stack of bytes: what lies above
-// a mark is given back in one step. Nobody outside of this class gives anything back; all that others can do is to keep
-// things alive. These are the rules:
+// The others belong to a definition (the numbers and strings of its replacement list) or to the pool (what is made
+// while macros are expanded: tokens of arguments, string literals, joined texts). The pool is a stack of bytes: what
+// lies above a mark is given back in one step. Nobody outside of this class gives anything back; all that others can do
+// is to keep things alive. These are the rules:
 //
 //  1. Every source has a mark. What the pool holds above it belongs to this source and those above it on the stack, and
 //     is given back when the source has been read to its end.
@@ -15,12 +15,12 @@
 //     pool to the hold.
 //  3. A source that is pushed under a hold takes over what the hold kept: its tokens may be among it. So an expansion's
 //     result brings along what its arguments were made of.
-//  4. A token that has been looked at counts as held: as long as a source is lexing a text anew, so that the token looked
-//     at may be one that it has just made, nothing is given back.
+//  4. A token that has been looked at counts as held: as long as a source is lexing a text anew, so that the token
+//     looked at may be one that it has just made, nothing is given back.
 //  5. Tokens of an argument may stand in the list that they were read from, which may end before the invocation does.
 //     While `Keeping` lives, lists that end are not used again but handed to whoever reads the arguments.
-//  6. A definition that is replaced while it may be in use (`retire`) is freed when no list is on the stack and nothing is
-//     held: no token of it can be in use then.
+//  6. A definition that is replaced while it may be in use (`retire`) is freed when no list is on the stack and nothing
+//     is held: no token of it can be in use then.
 #pragma once
 
 #include <cstddef>

@@ -10,8 +10,8 @@
 
 namespace qnpp {
 
-/// Follows `#if` to `#endif` and tells which groups are skipped. Conditionals belong to their file: none of the includer's
-/// is open in an included file, and those open at its end end with it.
+/// Follows `#if` to `#endif` and tells which groups are skipped. Conditionals belong to their file: none of the
+/// includer's is open in an included file, and those open at its end end with it.
 ///
 /// A function that returns a message has changed nothing; the message is to be reported.
 class ConditionalStack {
@@ -19,8 +19,8 @@ class ConditionalStack {
   /// Whether the current group is skipped.
   bool isSkipping() const { return isSkipping_; }
 
-  /// At an `#if`, `#ifdef` or `#ifndef`. Returns false inside a skipped group: the conditional is only counted there, and
-  /// its line means nothing. Otherwise `setGroup` has to follow.
+  /// At an `#if`, `#ifdef` or `#ifndef`. Returns false inside a skipped group: the conditional is only counted there,
+  /// and its line means nothing. Otherwise `setGroup` has to follow.
   bool open();
   /// Whether the condition that has just been looked at is true. One that cannot be evaluated counts as false.
   void setGroup(bool isTaken);

@@ -13,15 +13,15 @@
 
 namespace qnpp {
 
-/// Thrown when the divisor of "/" or "%" is zero, or the lowest number is divided by -1. There is no message for it: the
-/// program ends by the processor's arithmetic fault. What was written and reported before stays.
+/// Thrown when the divisor of "/" or "%" is zero, or the lowest number is divided by -1. There is no message for it:
+/// the program ends by the processor's arithmetic fault. What was written and reported before stays.
 class DivisionByZero : public std::exception {
  public:
   const char* what() const noexcept override { return "division by zero in a constant expression"; }
 };
 
-/// Evaluates constant expressions. Values have 32 bits and a sign or none; every operand is evaluated, there is no short
-/// circuit.
+/// Evaluates constant expressions. Values have 32 bits and a sign or none; every operand is evaluated, there is no
+/// short circuit.
 class ExpressionEvaluator {
  public:
   struct Result {

@@ -41,8 +41,9 @@ class IncludeSearch {
   /// Appends a directory to those that are searched.
   void addDirectory(std::string directory) { directories_.push_back(std::move(directory)); }
 
-  /// The first file that opens: the name itself when it is absolute; else, in the quoted form, the name in the directory
-  /// of the includer, as that is called now; then the name in each include directory. Null when there is none.
+  /// The first file that opens: the name itself when it is absolute; else, in the quoted form, the name in the
+  /// directory of the includer, as that is called now; then the name in each include directory. Null when there is
+  /// none.
   std::unique_ptr<CppFileScanner> find(const IncludeName& name, std::string_view includer);
 
  private:

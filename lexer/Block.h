@@ -1,9 +1,9 @@
 // Looking at 64 bytes at a time.
 //
-// Most bytes of a text need no thought: blanks, operators, letters of words that are no macros, the inside of comments and
-// literals, everything in a skipped group. All readers that pass over text therefore work alike: they take 64 bytes, turn
-// what interests them into a mask with a bit for each byte, the first byte in the lowest bit, and go from one set bit to
-// the next.
+// Most bytes of a text need no thought: blanks, operators, letters of words that are no macros, the inside of comments
+// and literals, everything in a skipped group. All readers that pass over text therefore work alike: they take 64
+// bytes, turn what interests them into a mask with a bit for each byte, the first byte in the lowest bit, and go from
+// one set bit to the next.
 #pragma once
 
 #include <bit>
@@ -27,8 +27,8 @@ namespace qnpp {
 /// matter.
 inline constexpr std::size_t kScanSlack = 64;
 
-// Each form gives three operations on a vector of bytes: which are equal to a byte, which belong to words, and the mask of
-// four vectors.
+// Each form gives three operations on a vector of bytes: which are equal to a byte, which belong to words, and the mask
+// of four vectors.
 #if defined(QNPP_SCALAR_BLOCKS) || !(defined(__SSE2__) || (defined(__aarch64__) && defined(__ARM_NEON)))
 
 /// 64 bytes of a text.
@@ -84,7 +84,8 @@ class Block {
   }
 
  private:
-  // The bytes from `first` on, `count` of them. Comparisons are of signed bytes, so the range is moved to the lowest ones.
+  // The bytes from `first` on, `count` of them. Comparisons are of signed bytes, so the range is moved to the lowest
+  // ones.
   static __m128i isWithin(__m128i bytes, char first, char count) {
     const __m128i moved = _mm_add_epi8(bytes, _mm_set1_epi8(static_cast<char>(-128 - first)));
     return _mm_cmplt_epi8(moved, _mm_set1_epi8(static_cast<char>(-128 + count)));
@@ -121,8 +122,7 @@ class Block {
   }
   std::uint64_t words() const {
     return mask([](uint8x16_t bytes) {
-      const uint8x16_t letters =
-          vcltq_u8(vsubq_u8(vorrq_u8(bytes, vdupq_n_u8(0x20)), vdupq_n_u8('a')), vdupq_n_u8(26));
+      const uint8x16_t letters = vcltq_u8(vsubq_u8(vorrq_u8(bytes, vdupq_n_u8(0x20)), vdupq_n_u8('a')), vdupq_n_u8(26));
       const uint8x16_t digits = vcltq_u8(vsubq_u8(bytes, vdupq_n_u8('0')), vdupq_n_u8(10));
       return vorrq_u8(vorrq_u8(letters, digits), vceqq_u8(bytes, vdupq_n_u8('_')));
     });

@@ -108,8 +108,8 @@ void CppLexer::passBlanksInBuffer() { endScan(passAll(kBlanks, beginScan())); }
 
 // ---- Text ----
 
-// One call of copyText: goes through the buffer from one byte that matters to the next, and writes what is between them in
-// one piece. All that is rare is left to the rules.
+// One call of copyText: goes through the buffer from one byte that matters to the next, and writes what is between them
+// in one piece. All that is rare is left to the rules.
 class CppLexer::TextCopy {
  public:
   explicit TextCopy(CppLexer& lexer) : lexer_(lexer), from_(lexer.beginScan()), at_(from_) {}
@@ -259,8 +259,8 @@ class CppLexer::TextCopy {
     return first;
   }
 
-  // At the line end at `end`, with the next line at `next`: returns the first byte behind the blanks of that, or null when
-  // the line end is handed out. It has to be when the next line may be a directive or needs a line directive.
+  // At the line end at `end`, with the next line at `next`: returns the first byte behind the blanks of that, or null
+  // when the line end is handed out. It has to be when the next line may be a directive or needs a line directive.
   char* countLineEnd(char* end, char* next) {
     OutputBuffer& output = lexer_.context_.output;
     char* const first = passAll(kBlanks, next);
@@ -347,9 +347,9 @@ bool CppLexer::readLiteral() {
 }
 
 // Passes over what is behind the quote at `yytext`: a string ("any item but quote, backslash and LF; only \" and \\ as
-// escapes") or a character literal (at least one item; the escapes of C). When none closes, the token is the quote alone,
-// and it is remembered how far the search went: every quote before that place was passed as part of an escape, so a search
-// from it would meet the same items and end at the same place.
+// escapes") or a character literal (at least one item; the escapes of C). When none closes, the token is the quote
+// alone, and it is remembered how far the search went: every quote before that place was passed as part of an escape,
+// so a search from it would meet the same items and end at the same place.
 bool CppLexer::passLiteral(char*& at) {
   const char quote = *yytext;
   std::uint64_t& unclosedUntil = quote == '"' ? stringUnclosedUntil_ : characterUnclosedUntil_;
@@ -461,8 +461,8 @@ char* CppLexer::passLineEnd(char* at) {
   return at;
 }
 
-// Passes over the rest of the comment up to the line end, which stays for the next token. A NUL byte ends the comment too
-// and is a line end from then on.
+// Passes over the rest of the comment up to the line end, which stays for the next token. A NUL byte ends the comment
+// too and is a line end from then on.
 char* CppLexer::passLineComment(char* at) {
   for (;;) {
     at = findAny<'\r', '\n', '\0'>(at);

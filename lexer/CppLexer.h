@@ -36,9 +36,9 @@ class FatalLexerError : public std::exception {
 
 /// What a lexer works with beside its input. All of it is borrowed and outlives the lexer.
 struct LexerContext {
-  OutputBuffer& output;         ///< Gets the line ends inside comments.
-  std::ostream& diagnostics;    ///< Gets the message about an unterminated comment.
-  const NameTable& names;       ///< Tells `copyText` which words are macros, and what some of them come to.
+  OutputBuffer& output;       ///< Gets the line ends inside comments.
+  std::ostream& diagnostics;  ///< Gets the message about an unterminated comment.
+  const NameTable& names;     ///< Tells `copyText` which words are macros, and what some of them come to.
   /// Counts what comments do beside being a blank: line ends written, messages given. A text in which one does is lexed
   /// anew at each use.
   std::uint64_t& effectCount;
@@ -158,8 +158,8 @@ class CppLexer final : public yyCppFlexLexer {
   // Parts of copyText; see TextCopy.
   class TextCopy;
 
-  // Readers behind the opening characters. They return the place behind, and forget what is before it. A literal that is
-  // not closed is passed up to behind its quote.
+  // Readers behind the opening characters. They return the place behind, and forget what is before it. A literal that
+  // is not closed is passed up to behind its quote.
   bool readLiteral();
   bool passLiteral(char*& at);
   bool passEscape(char*& at, char quote);

@@ -177,7 +177,8 @@ void CppTokenScanner::takeSettled(TokenList& list) {
   while (at_ != end_) {
     const Spelling* const* behind = end_;
     if (hasMarks) {
-      const TokenList::Run& run = range_.list->runs()[findRun(range_.position + static_cast<std::size_t>(at_ - begin_))];
+      const TokenList::Run& run =
+          range_.list->runs()[findRun(range_.position + static_cast<std::size_t>(at_ - begin_))];
       behind = std::min(end_, begin_ + (run.end - range_.position));
       if (run.isSettled) {
         at_ = behind;

@@ -14,7 +14,7 @@
 namespace qnpp {
 
 /// Reads stored tokens back. Each is lexed on its own: a text may give several tokens or none, and never merges with
-/// its neighbour's. What it gives is remembered in its spelling; only a text that opens a comment is lexed here.
+/// its neighbour's. What it gives is remembered in its spelling; only a text that may hold a comment is lexed here.
 ///
 /// A scanner can be used again for another list; the stack of sources keeps finished ones for that.
 class CppTokenScanner final : public CppScanner {
@@ -43,8 +43,8 @@ class CppTokenScanner final : public CppScanner {
   /// names with a macro definition. A token that is handed out may still be a plain one.
   CppTokenKind copyText();
 
-  /// Takes settled tokens (see TokenList::appendSettled) and appends them with their hide sets to `list`, up to the first
-  /// token that may be another.
+  /// Takes settled tokens (see TokenList::appendSettled) and appends them with their hide sets to `list`, up to the
+  /// first token that may be another.
   void takeSettled(TokenList& list);
   /// Appends the current token with its hide set to `list`; `isSettled` if it is known to be so.
   void appendCurrent(TokenList& list, bool isSettled = false);
@@ -85,7 +85,7 @@ class CppTokenScanner final : public CppScanner {
   std::size_t run_ = 0;                    // Run of the range's list that an element was last found in.
   HideSet hideSet_;                        // The answer of `hideSet` when it had to be put together.
   SpellingRange pieces_;                   // What is left of an element of several tokens.
-  std::unique_ptr<CommentReader> reader_;  // Over an element that opens a comment.
+  std::unique_ptr<CommentReader> reader_;  // Over an element that may hold a comment.
   const Spelling* peek_ = nullptr;
   const Spelling* spelling_ = nullptr;
 };

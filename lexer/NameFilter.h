@@ -11,9 +11,9 @@
 
 namespace qnpp {
 
-/// Tells of most words of a text that no definition has their name, without hashing all of their letters: of nearly all by
-/// their first two bytes, of most others by four, the length and the last byte. Sometimes says "perhaps" without need. Names
-/// that are no longer defined stay in.
+/// Tells of most words of a text that no definition has their name, without hashing all of their letters: of nearly all
+/// by their first two bytes, of most others by four, the length and the last byte. Sometimes says "perhaps" without
+/// need. Names that are no longer defined stay in.
 class NameFilter {
  public:
   NameFilter() : beginnings_(0x10000 / 64), bits_(kFewest / 64) {}

@@ -16,8 +16,8 @@ namespace qnpp {
 
 struct CppMacro;
 
-/// What an object-like macro comes to in a text line of a file, as far as that is known: the lexer writes it in the place
-/// of the name. The bytes are the macro's. Whether it is known is found out in macros/SettledText.h.
+/// What an object-like macro comes to in a text line of a file, as far as that is known: the lexer writes it in the
+/// place of the name. The bytes are the macro's. Whether it is known is found out in macros/SettledText.h.
 struct SettledText {
   const char* data = nullptr;
   std::uint32_t size = 0;

@@ -1,4 +1,5 @@
-// Inlined parts of NameTable, for the scanner asks about every word of the text; and of Spelling what looks into a Name.
+// Inlined parts of NameTable, for the scanner asks about every word of the text; and of Spelling what looks into a
+// Name.
 #pragma once
 
 #include <cstring>

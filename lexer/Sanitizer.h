@@ -17,8 +17,8 @@
 
 namespace qnpp {
 
-/// Whether objects that are done with are kept for the next need. Not under the address sanitizer: there they go back to
-/// the system at once, so that a use of one that comes too late is found.
+/// Whether objects that are done with are kept for the next need. Not under the address sanitizer: there they go back
+/// to the system at once, so that a use of one that comes too late is found.
 #if defined(QNPP_ADDRESS_SANITIZER)
 inline constexpr bool kKeepsSpares = false;
 #else

@@ -20,8 +20,8 @@ struct Name;
 struct Spelling {
   /// In place of a token kind: the text lexes into no token or several (the object is a CompoundSpelling).
   static constexpr std::int16_t kCompound = -1;
-  /// In place of a token kind: the text opens a comment. Lexing it writes to the output or reports, so nothing can be
-  /// remembered: it is lexed at each reading.
+  /// In place of a token kind: a comment may be in the text. Lexing it may write to the output or report, so nothing
+  /// is remembered: it is lexed at each reading.
   static constexpr std::int16_t kOpensComment = -2;
 
   const char* data = nullptr;

@@ -54,7 +54,8 @@ class SpellingPool {
   NameTable& names_;
   StoredTextLexer& lexer_;
   TextArena arena_;
-  // Names with a null `name`, in the order of their making. The first `indexedNames_` of them can be found by their text.
+  // Names with a null `name`, in the order of their making. The first `indexedNames_` of them can be found by their
+  // text.
   std::vector<Spelling*> unknownNames_;
   std::unordered_map<std::string_view, std::vector<Spelling*>> namesByText_;
   std::size_t indexedNames_ = 0;

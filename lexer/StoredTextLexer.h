@@ -14,8 +14,7 @@ namespace qnpp {
 /// for each would cost a buffer of 16 KB and thirty times the time.
 class StoredTextLexer {
  public:
-  explicit StoredTextLexer(const LexerContext& context)
-      : lexer_(input_, context), effectCount_(context.effectCount) {}
+  explicit StoredTextLexer(const LexerContext& context) : lexer_(input_, context), effectCount_(context.effectCount) {}
 
   /// Calls `take(kind, text)` for each token of `text`; the text of a token is valid during the call only.
   template <typename Take>

@@ -140,7 +140,8 @@ void TokenList::appendRange(const TokenRange& tokens, const HideSet& added, bool
     if (behind - run > kMostJoined) {
       const std::size_t nestedAt = at - runBegin;
       at = std::min(end, runs[behind - 1].end);
-      cover({begin + (at - tokens.position), added, Nested(runs.data() + run, runs.data() + behind, runBegin), nestedAt, true});
+      cover({begin + (at - tokens.position), added, Nested(runs.data() + run, runs.data() + behind, runBegin), nestedAt,
+             true});
       run = behind;
       continue;
     }

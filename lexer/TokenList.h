@@ -64,10 +64,10 @@ class TokenList {
   /// Tokens up to, not including, position `end` that begin where the run before ends.
   struct Run {
     std::size_t end = 0;
-    HideSet hideSet;             ///< Of each of them.
-    Nested nested = {};          ///< What each has beside that; none for nothing.
-    std::size_t nestedAt = 0;    ///< Position of the first one there.
-    bool isSettled = false;      ///< None has to be looked at when the list is expanded further, see `settledIn`.
+    HideSet hideSet;           ///< Of each of them.
+    Nested nested = {};        ///< What each has beside that; none for nothing.
+    std::size_t nestedAt = 0;  ///< Position of the first one there.
+    bool isSettled = false;    ///< None has to be looked at when the list is expanded further, see `settledIn`.
   };
 
   bool empty() const { return spellings_.empty(); }
@@ -82,7 +82,9 @@ class TokenList {
   bool isSettledIn(std::uint64_t generation) const { return settledIn_ == generation; }
 
   /// Index of the run that holds the token at `position`.
-  std::size_t runAt(std::size_t position) const { return position < runs_.front().end ? 0 : findRunBehindFirst(position); }
+  std::size_t runAt(std::size_t position) const {
+    return position < runs_.front().end ? 0 : findRunBehindFirst(position);
+  }
   /// The hide set of the token at `position`, which is in the run of that index.
   HideSet hideSetAt(std::size_t position, std::size_t run) const;
   /// Whether `name` is in that set.
@@ -95,8 +97,8 @@ class TokenList {
   void append(SpellingRange spellings, const HideSet& hideSet) { appendOneRun(spellings, hideSet, false); }
   /// Appends tokens, each with its own hide set and `hideSet` in addition.
   void append(const TokenRange& tokens, const HideSet& hideSet, HideSetCache& hideSets);
-  /// The same for tokens of which none is expanded in what is made of this list, in this generation of definitions: they
-  /// are single tokens, and neither `defined` nor a name with a macro definition that its hide set does not hold.
+  /// The same for tokens of which none is expanded in what is made of this list, in this generation of definitions:
+  /// they are single tokens, and neither `defined` nor a name with a macro definition that its hide set does not hold.
   void appendSettled(const TokenRange& tokens, std::uint64_t generation, HideSetCache& hideSets);
 
   /// Drops all but the first `count` tokens.

@@ -7,11 +7,7 @@
 namespace qnpp {
 
 TokenStream::TokenStream(NameTable& names, const LexerContext& context, Listener& listener)
-    : names_(names),
-      context_(context),
-      listener_(listener),
-      storedTextLexer_(context),
-      pool_(names, storedTextLexer_) {
+    : names_(names), context_(context), listener_(listener), storedTextLexer_(context), pool_(names, storedTextLexer_) {
   spareLists_.reserve(kMostSpares);
 }
 
@@ -109,8 +105,8 @@ void TokenStream::push(const TokenRange& tokens) {
 
 // A list that has been read to its end is dropped as soon as another is pushed on it, not when that one has ended:
 // nobody can tell, and a long chain of macros, each the last word of the one before, stays flat. The new one takes over
-// what they leave: returns the mark of all that it owns. Not so below a closed source: the tokens of an argument that is
-// being expanded may stand in such a list.
+// what they leave: returns the mark of all that it owns. Not so below a closed source: the tokens of an argument that
+// is being expanded may stand in such a list.
 SpellingPool::Mark TokenStream::dropExhaustedLists() {
   SpellingPool::Mark mark = isHeld_ ? heldMark_ : pool_.mark();
   while (hasEnclosing() && !isInFile_ && listSource().isExhausted()) {

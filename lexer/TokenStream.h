@@ -3,10 +3,10 @@
 // Who owns the tokens of an expansion, and until when
 //
 // A token is a pointer to a spelling. Most spellings live as long as the run: those of names and of single characters.
-// The others belong to a definition (the numbers and strings of its replacement list) or to the pool (what is made while
-// macros are expanded: tokens of arguments, string literals, joined texts). The pool is a stack of bytes: what lies above
-// a mark is given back in one step. Nobody outside of this class gives anything back; all that others can do is to keep
-// things alive. These are the rules:
+// The others belong to a definition (the numbers and strings of its replacement list) or to the pool (what is made
+// while macros are expanded: tokens of arguments, string literals, joined texts). The pool is a stack of bytes: what
+// lies above a mark is given back in one step. Nobody outside of this class gives anything back; all that others can do
+// is to keep things alive. These are the rules:
 //
 //  1. Every source has a mark. What the pool holds above it belongs to this source and those above it on the stack, and
 //     is given back when the source has been read to its end.
@@ -15,12 +15,12 @@
 //     pool to the hold.
 //  3. A source that is pushed under a hold takes over what the hold kept: its tokens may be among it. So an expansion's
 //     result brings along what its arguments were made of.
-//  4. A token that has been looked at counts as held: as long as a source is lexing a text anew, so that the token looked
-//     at may be one that it has just made, nothing is given back.
+//  4. A token that has been looked at counts as held: as long as a source is lexing a text anew, so that the token
+//     looked at may be one that it has just made, nothing is given back.
 //  5. Tokens of an argument may stand in the list that they were read from, which may end before the invocation does.
 //     While `Keeping` lives, lists that end are not used again but handed to whoever reads the arguments.
-//  6. A definition that is replaced while it may be in use (`retire`) is freed when no list is on the stack and nothing is
-//     held: no token of it can be in use then.
+//  6. A definition that is replaced while it may be in use (`retire`) is freed when no list is on the stack and nothing
+//     is held: no token of it can be in use then.
 #pragma once
 
 #include <cstddef>
@@ -39,9 +39,9 @@
 
 namespace qnpp {
 
-/// Token sources on a stack: reading means asking the current source, which is the top; when it ends, the one below goes
-/// on. `#include` pushes a file, an expansion pushes a list of tokens, and so rescanning an expansion together with what
-/// follows it is nothing but reading on.
+/// Token sources on a stack: reading means asking the current source, which is the top; when it ends, the one below
+/// goes on. `#include` pushes a file, an expansion pushes a list of tokens, and so rescanning an expansion together
+/// with what follows it is nothing but reading on.
 class TokenStream {
  public:
   /// Is told when a file has been read to its end. Lists end silently.
@@ -124,8 +124,8 @@ class TokenStream {
   /// Takes tokens up to and including a line end, or up to the end of the input.
   void discardLine();
 
-  /// At the start of a line: passes over whole lines of a skipped group that cannot be directives, if the current source
-  /// is a file; see CppLexer::skipPlainLines.
+  /// At the start of a line: passes over whole lines of a skipped group that cannot be directives, if the current
+  /// source is a file; see CppLexer::skipPlainLines.
   void skipPlainLines() {
     if (isInFile_) {
       fileSource().skipPlainLines();

@@ -77,8 +77,8 @@ bool readArgumentInPlace(CppTokenScanner& source, Arguments& arguments) {
   while (begin < tokens.size() && tokens[begin] == blankSpelling()) {
     ++begin;
   }
-  const std::size_t end =
-      surroundings != nullptr ? findArgumentEnd(tokens, begin, *surroundings) : findNormalizedArgumentEnd(tokens, begin);
+  const std::size_t end = surroundings != nullptr ? findArgumentEnd(tokens, begin, *surroundings)
+                                                  : findNormalizedArgumentEnd(tokens, begin);
   if (end == begin || end == tokens.size()) {
     return false;
   }

@@ -8,11 +8,11 @@
 
 namespace qnpp {
 
-/// Reads "(", which is the next token, the arguments of an invocation of `macro`, and ")", from whatever source they stand
-/// in; it may end meanwhile. To be called under a Hold and a Keeping of the stream: the arguments borrow tokens.
+/// Reads "(", which is the next token, the arguments of an invocation of `macro`, and ")", from whatever source they
+/// stand in; it may end meanwhile. To be called under a Hold and a Keeping of the stream: the arguments borrow tokens.
 ///
-/// Reports and returns false when the list is not well-formed or has the wrong number of arguments; what has been read by
-/// then is lost, the rest stays to be read as text.
+/// Reports and returns false when the list is not well-formed or has the wrong number of arguments; what has been read
+/// by then is lost, the rest stays to be read as text.
 bool collectArguments(TokenStream& stream, MessageSink& messages, const CppMacro& macro, Arguments& arguments);
 
 }  // namespace qnpp

@@ -12,9 +12,9 @@
 
 namespace qnpp {
 
-/// The arguments of one invocation. Each is normalized text, lexed into tokens. A token carries the hide set of the token
-/// that it was read from, and that of the token behind the argument in addition; one that the text lexes into anew, out
-/// of several, carries the sets of all of them.
+/// The arguments of one invocation. Each is normalized text, lexed into tokens. A token carries the hide set of the
+/// token that it was read from, and that of the token behind the argument in addition; one that the text lexes into
+/// anew, out of several, carries the sets of all of them.
 ///
 /// The text is only built where somebody needs it. Between tokens of one source, normalizing the text and lexing it
 /// again gives the tokens back, so they are kept as they are; `finish` finds out where that is not so (tokens of

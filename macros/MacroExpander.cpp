@@ -172,8 +172,8 @@ void MacroExpander::pushObjectLike(const Name& name, const HideSet& hideSet) {
   stream_.push(tokens);
 }
 
-// The lexed replacement list of the macro's text as it is now. To be called under a Hold: what is good for one use lives
-// only as long as that, or as the list that is pushed under it.
+// The lexed replacement list of the macro's text as it is now. To be called under a Hold: what is good for one use
+// lives only as long as that, or as the list that is pushed under it.
 const Replacement& MacroExpander::replacementOf(const Name& name) {
   CppMacro& macro = *name.macro;
   if (macro.replacement != nullptr) {
@@ -365,9 +365,7 @@ void MacroExpander::expandList(ListExpansion& expansion) {
   }
 }
 
-void MacroExpander::collect(TokenList& result) {
-  stream_.listSource().appendCurrent(result);
-}
+void MacroExpander::collect(TokenList& result) { stream_.listSource().appendCurrent(result); }
 
 // The result goes to the waiting substitution, or to the caller of expandTokenList.
 void MacroExpander::finishListExpansion() {

@@ -2,21 +2,22 @@
 //
 // Why expansion ends, and does not use the stack of the program
 //
-// A token carries a hide set: the names of macros that are not expanded at it. An invocation takes the set of its name's
-// token, adds the name, and gives the sum to every token of its result; a token of an argument keeps in addition what it
-// had. So think of each token of a result as a child of the name that was expanded: its set holds all that its parent's
-// held, and the parent's name, which was not in there, too. Sets grow from parent to child, and there are only so many
-// names, so no line of descent goes on for ever; and each expansion has finitely many children, so all of them together
-// are finite. (An argument that is expanded beforehand is a list that ends, and the same holds in it.) `#define A A+1`
-// makes `A+1` of `A`, and with `#define g(x) x` and `#define f(x) g(x)`, `f(A)` gives `A+1` too, although the second `A` goes
-// through two more invocations. What can grow without end is the input alone: a file that includes itself.
+// A token carries a hide set: the names of macros that are not expanded at it. An invocation takes the set of its
+// name's token, adds the name, and gives the sum to every token of its result; a token of an argument keeps in addition
+// what it had. So think of each token of a result as a child of the name that was expanded: its set holds all that its
+// parent's held, and the parent's name, which was not in there, too. Sets grow from parent to child, and there are only
+// so many names, so no line of descent goes on for ever; and each expansion has finitely many children, so all of them
+// together are finite. (An argument that is expanded beforehand is a list that ends, and the same holds in it.)
+// `#define A A+1` makes `A+1` of `A`, and with `#define g(x) x` and `#define f(x) g(x)`, `f(A)` gives `A+1` too,
+// although the second `A` goes through two more invocations. What can grow without end is the input alone: a file that
+// includes itself.
 //
 // Finite is not small: thirty macros, each twice the one before, stand for a thousand million words.
 //
-// Two kinds of work call for each other: replacing an invocation wants its arguments expanded, and expanding a list wants
-// the invocations in it replaced. Written as two functions, nesting would be limited by the stack of the program. Here
-// both are objects on a stack in memory, a Substitution and a ListExpansion in turn, and `run` works on the innermost
-// until it is finished or has to wait for a new one.
+// Two kinds of work call for each other: replacing an invocation wants its arguments expanded, and expanding a list
+// wants the invocations in it replaced. Written as two functions, nesting would be limited by the stack of the program.
+// Here both are objects on a stack in memory, a Substitution and a ListExpansion in turn, and `run` works on the
+// innermost until it is finished or has to wait for a new one.
 #pragma once
 
 #include <cstddef>
@@ -48,8 +49,9 @@ class MacroExpander {
   /// source, so that rescanning is reading on. A function-like name takes its arguments from the stream.
   void expandInText();
 
-  /// Takes the tokens out of the list and leaves their expansion there. To be called under a Hold of the stream. Nothing
-  /// in the list takes a "(" or an argument from outside. In a condition the operand of `defined` stays as it is.
+  /// Takes the tokens out of the list and leaves their expansion there. To be called under a Hold of the stream.
+  /// Nothing in the list takes a "(" or an argument from outside. In a condition the operand of `defined` stays as it
+  /// is.
   void expandTokenList(TokenList& tokens, bool isCondition);
 
  private:

@@ -17,8 +17,8 @@ class PredefinedMacros {
   bool isRefreshed(const Name& name) const { return &name == file_ || &name == line_; }
 
   /// Brings the text of the macro `name` up to date for a use in `file`, if it is one of those. It stays stored, so a
-  /// later definition is compared with the value of the last use. Only the name counts: a definition of the source's own
-  /// is overwritten too.
+  /// later definition is compared with the value of the last use. Only the name counts: a definition of the source's
+  /// own is overwritten too.
   void refresh(const Name& name, const CppFileScanner& file) const;
 
  private:

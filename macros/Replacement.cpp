@@ -46,9 +46,7 @@ void Replacement::lex(std::string_view text, NameTable& names, StoredTextLexer& 
 class Replacement::StepBuilder {
  public:
   StepBuilder(Replacement& replacement, const std::vector<std::string>& parameters, const NameTable& names)
-      : replacement_(replacement),
-        source_(std::exchange(replacement.tokens_, {})),
-        parameterCount_(parameters.size()) {
+      : replacement_(replacement), source_(std::exchange(replacement.tokens_, {})), parameterCount_(parameters.size()) {
     for (std::uint32_t index = 0; index < parameters.size(); ++index) {
       if (const Name* const name = names.find(parameters[index])) {
         parameterIndex_[name] = index;  // Of equal names the last one counts.

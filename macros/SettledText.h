@@ -16,9 +16,9 @@ struct SettledTextSearch {
 };
 
 /// Most object-like macros come to the same text wherever they stand in a file's text lines: what is in them is plain,
-/// or is another such macro. That text is kept with the name until a definition changes, and the lexer writes it without
-/// handing the name out. It is sought when a macro is used for the second time, so that definitions and uses that take
-/// turns do not pay for it.
+/// or is another such macro. That text is kept with the name until a definition changes, and the lexer writes it
+/// without handing the name out. It is sought when a macro is used for the second time, so that definitions and uses
+/// that take turns do not pay for it.
 ///
 /// To be called at each use of the object-like macro `name`, which has one. Returns whether `name.settled` holds.
 bool findSettledText(Name& name, const NameTable& names);

@@ -46,8 +46,9 @@ void occupyStandardDescriptors() {
   }
 }
 
-// A division by zero has no message: it ends the process by the processor's arithmetic fault. Raising the signal makes that
-// so on processors whose division does not trap, and keeps the compiler, to which such a division is undefined, out of it.
+// A division by zero has no message: it ends the process by the processor's arithmetic fault. Raising the signal makes
+// that so on processors whose division does not trap, and keeps the compiler, to which such a division is undefined,
+// out of it.
 [[noreturn]] void raiseArithmeticFault() {
   static_cast<void>(std::signal(SIGFPE, SIG_DFL));
   static_cast<void>(std::raise(SIGFPE));

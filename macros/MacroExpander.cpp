@@ -77,7 +77,6 @@ MacroExpander::MacroExpander(const LexerContext& context, NameTable& names, Toke
     : context_(context),
       names_(names),
       stream_(stream),
-      macros_(macros),
       messages_(messages),
       predefined_(macros, names),
       spareSubstitutions_(std::make_unique<Spares<Substitution>>(stream)),

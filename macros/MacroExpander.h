@@ -87,7 +87,6 @@ class MacroExpander {
   LexerContext context_;
   NameTable& names_;
   TokenStream& stream_;
-  CppMacroTable& macros_;
   MessageSink& messages_;
   PredefinedMacros predefined_;
 

@@ -49,8 +49,8 @@ class CppPreprocessor {
   /// opened; see `hasError`.
   void openSource(const std::string& fileName, const std::string& sourceName);
 
-  /// Preprocesses the whole input. Returns whether an error was reported. Throws DivisionByZero, with the output up to
-  /// there delivered.
+  /// Preprocesses the whole input of a source that has been opened. Returns whether an error was reported. Throws
+  /// DivisionByZero, or FatalLexerError when the scanner cannot go on, with the output up to there delivered.
   bool run();
 
   bool hasError() const { return diagnostics_.hasError(); }

@@ -334,7 +334,10 @@ class CppLexer::TextCopy {
   CppTokenKind kind_ = TK_END;
 };
 
-CppTokenKind CppLexer::copyText() { return TextCopy(*this).run(); }
+CppTokenKind CppLexer::copyText() {
+  name_ = nullptr;
+  return TextCopy(*this).run();
+}
 
 // ---- Literals ----
 

@@ -82,7 +82,7 @@ class CppLexer final : public yyCppFlexLexer {
   /// next line is sure to be a text line. To be called in the middle of a text line only.
   CppTokenKind copyText();
 
-  /// The name table's entry for the name that `copyText` handed out.
+  /// The name table's entry for the name that `copyText` handed out; null when that was no name.
   Name* name() const { return name_; }
 
   /// Passes over blanks in the middle of a line, as if they had been asked for one by one; perhaps not over all of

@@ -1,6 +1,7 @@
 #include "lexer/CppTokenScanner.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 #include "lexer/Shortcuts.h"
@@ -19,7 +20,7 @@ struct CppTokenScanner::CommentReader {
 namespace {
 
 // True for a token that the expansion of a list collects as it is, whatever its hide set.
-bool isPlain(const Spelling& token) {
+bool isSettled(const Spelling& token) {
   return token.isSingleToken() && (token.name == nullptr || (token.name->macro == nullptr && token.kind != TK_DEFINED));
 }
 
@@ -133,6 +134,7 @@ std::size_t CppTokenScanner::currentPosition() const {
 // Elements are asked for in their order.
 std::size_t CppTokenScanner::findRun(std::size_t position) {
   const auto& runs = range_.list->runs();
+  assert(run_ == 0 || runs[run_ - 1].end <= position);
   while (runs[run_].end <= position) {
     ++run_;
   }
@@ -185,7 +187,7 @@ void CppTokenScanner::takeSettled(TokenList& list) {
         continue;
       }
     }
-    at_ = std::find_if_not(at_, behind, [](const Spelling* token) { return isPlain(*token); });
+    at_ = std::find_if_not(at_, behind, [](const Spelling* token) { return isSettled(*token); });
     if (at_ != behind) {
       break;
     }
@@ -220,6 +222,7 @@ SpellingRange CppTokenScanner::rest() const {
 }
 
 TokenRange CppTokenScanner::take(std::size_t begin, std::size_t end, std::size_t taken) {
+  assert(begin <= end && end <= taken && taken > 0 && taken <= rest().size());
   const Spelling* const* const first = peek_ != nullptr ? at_ - 1 : at_;
   at_ = first + taken;
   peek_ = nullptr;

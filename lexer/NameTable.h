@@ -20,7 +20,7 @@ struct CppMacro;
 /// place of the name. The bytes are the macro's. Whether it is known is found out in macros/SettledText.h.
 struct SettledText {
   const char* data = nullptr;
-  std::uint32_t size = 0;
+  std::size_t size = 0;
   std::uint64_t generation = 0;  ///< The one in which the text holds, see NameTable; 0 for none.
 
   std::string_view text() const { return {data, size}; }

@@ -1,6 +1,7 @@
 #include "lexer/SpellingPool.h"
 
 #include <algorithm>
+#include <cassert>
 #include <limits>
 #include <memory>
 #include <new>
@@ -42,9 +43,6 @@ bool mayOpenComment(std::string_view text) {
 }  // namespace
 
 Spelling* SpellingPool::make(CppTokenKind kind, std::string_view text) {
-  if (text.size() > std::numeric_limits<std::uint32_t>::max()) {
-    throw std::bad_alloc();  // No scanner could read it back.
-  }
   return std::construct_at(
       static_cast<Spelling*>(arena_.allocate(sizeof(Spelling))),
       Spelling{text.data(), static_cast<std::uint32_t>(text.size()), static_cast<std::int16_t>(kind), nullptr});
@@ -68,6 +66,9 @@ const Spelling* SpellingPool::token(CppTokenKind kind, std::string_view text) {
 }
 
 const Spelling* SpellingPool::text(std::string_view text) {
+  if (text.size() > std::numeric_limits<std::uint32_t>::max()) {
+    throw std::bad_alloc();  // No scanner could read it back.
+  }
   if (isWord(text)) {
     return token(TK_IDENTIFIER, text);
   }
@@ -101,6 +102,7 @@ void SpellingPool::lex(std::string_view text, std::vector<const Spelling*>& toke
 }
 
 void SpellingPool::release(const Mark& mark) {
+  assert(mark <= this->mark());
   while (indexedNames_ > mark.unknownNames) {
     const auto found = namesByText_.find(unknownNames_[--indexedNames_]->text());
     found->second.pop_back();

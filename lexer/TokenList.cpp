@@ -1,13 +1,14 @@
 #include "lexer/TokenList.h"
 
 #include <algorithm>
+#include <cassert>
 #include <memory>
 
 namespace qnpp {
 namespace {
 
-// From how many runs on a list is kept whole when it is appended. Joining sets is quicker for a few, since the same few
-// have mostly been joined before; and lists are nested less deep.
+// Up to so many runs are joined one by one when a list is appended; more are kept whole. Joining sets is quicker for a
+// few, since the same few have mostly been joined before; and lists are nested less deep.
 constexpr std::size_t kMostJoined = 4;
 
 std::size_t findRun(const std::vector<TokenList::Run>& runs, std::size_t position) {
@@ -30,10 +31,13 @@ struct TokenList::Nested::Shared {
   Shared* next = nullptr;  // Among those that are being freed.
 };
 
-TokenList::Nested::Nested(const Run* first, const Run* last, std::size_t begin) : shared_(new Shared{{first, last}}) {
-  for (Run& run : shared_->runs) {
+TokenList::Nested::Nested(const Run* first, const Run* last, std::size_t begin) {
+  auto made = std::make_unique<Shared>();
+  made->runs.assign(first, last);
+  for (Run& run : made->runs) {
     run.end -= begin;
   }
+  shared_ = made.release();  // Counted from now on.
 }
 
 void TokenList::Nested::addReference(Shared& shared) { ++shared.references; }
@@ -77,6 +81,7 @@ void TokenList::visitSets(std::size_t position, std::size_t run, Visit visit) co
 }
 
 HideSet TokenList::hideSetAt(std::size_t position, std::size_t run) const {
+  assert(position < size() && run == runAt(position));
   HideSet all;
   visitSets(position, run, [&all](const HideSet& set) {
     all = all.joined(set);
@@ -86,6 +91,7 @@ HideSet TokenList::hideSetAt(std::size_t position, std::size_t run) const {
 }
 
 bool TokenList::isHiddenAt(std::size_t position, std::size_t run, const Name& name) const {
+  assert(position < size() && run == runAt(position));
   bool isHidden = false;
   visitSets(position, run, [&isHidden, &name](const HideSet& set) {
     isHidden = set.contains(name);
@@ -154,6 +160,7 @@ void TokenList::appendRange(const TokenRange& tokens, const HideSet& added, bool
 }
 
 void TokenList::cutTo(std::size_t count) {
+  assert(count <= size());
   spellings_.resize(count);
   while (!runs_.empty() && beginOf(runs_, runs_.size() - 1) >= count) {
     runs_.pop_back();

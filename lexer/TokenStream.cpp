@@ -80,12 +80,10 @@ void TokenStream::setCurrent(CppScanner& source) {
 }
 
 void TokenStream::pushFile(std::unique_ptr<CppFileScanner> file) {
-  files_.reserve(files_.size() + 1);
   // Current only once it is owned: the message about memory running out here names the current file.
   CppFileScanner* const entered = file.get();
   sources_.push_back({std::move(file), pool_.mark()});
   files_.push_back(entered);
-  file_ = entered;
   setCurrent(*entered);
 }
 
@@ -121,7 +119,6 @@ void TokenStream::pushList(std::unique_ptr<CppTokenScanner> list, const Spelling
   CppTokenScanner* const entered = list.get();
   sources_.push_back({std::move(list), isBelowLexing ? pool_.mark() : mark});
   setCurrent(*entered);
-  ++listCount_;
   heldMark_ = pool_.mark();  // What was held belongs to the new source.
 }
 
@@ -140,15 +137,14 @@ void TokenStream::popFile() {
   sources_.pop_back();
   setCurrent(*sources_.back().scanner);
   files_.pop_back();
-  file_ = files_.back();
   listener_.fileResumed();
 }
 
 void TokenStream::removeList() {
+  assert(!isInFile_);
   std::unique_ptr<CppTokenScanner> list(static_cast<CppTokenScanner*>(sources_.back().scanner.release()));
   sources_.pop_back();
   setCurrent(*sources_.back().scanner);
-  --listCount_;
   if (ended_ != nullptr) {
     ended_->lists_.push_back(std::move(list));
   } else {
@@ -165,7 +161,7 @@ void TokenStream::giveBack(const SpellingPool::Mark& mark) {
   if (isInFile_ || !listSource().isLexing()) {
     pool_.release(mark);
   }
-  if (listCount_ == 0 && !retired_.empty()) {
+  if (!hasLists() && !retired_.empty()) {
     retired_.clear();
   }
 }
@@ -202,6 +198,7 @@ TokenStream::Closed::Closed(TokenStream& stream, const TokenRange& tokens, Norma
 }
 
 TokenStream::Closed::~Closed() {
+  assert(stream_.floor_ > floor_);  // The last that was made goes first.
   const SpellingPool::Mark mark = stream_.sources_[stream_.floor_].mark;
   while (stream_.sources_.size() > stream_.floor_) {  // There are lists above it only where memory ran out.
     stream_.removeList();
@@ -211,7 +208,7 @@ TokenStream::Closed::~Closed() {
 }
 
 void TokenStream::pushClosed(std::unique_ptr<CppTokenScanner> list) {
-  assert(isHeld_);
+  assert(isHeld_ && !sources_.empty());
   pushList(std::move(list), heldMark_);
   floor_ = sources_.size() - 1;
 }
@@ -238,14 +235,14 @@ void TokenStream::EndedLists::release() {
 }
 
 TokenStream::Keeping::Keeping(TokenStream& stream, EndedLists& lists) : stream_(stream) {
-  assert(stream.ended_ == nullptr);
+  assert(stream.ended_ == nullptr && stream.isHeld_);
   stream_.ended_ = &lists;
 }
 
 TokenStream::Keeping::~Keeping() { stream_.ended_ = nullptr; }
 
 void TokenStream::retire(std::shared_ptr<const void> definition) {
-  if (listCount_ > 0 || isHeld_) {
+  if (hasLists() || isHeld_) {
     retired_.push_back(std::move(definition));
   }
 }

@@ -8,7 +8,7 @@
 // lies above a mark is given back in one step. Nobody outside of this class gives anything back; all that others can do
 // is to keep things alive. These are the rules:
 //
-//  1. Every source has a mark. What the pool holds above it belongs to this source and those above it on the stack, and
+//  1. Every list has a mark. What the pool holds above it belongs to this source and those above it on the stack, and
 //     is given back when the source has been read to its end.
 //  2. A token taken from a source may be kept beyond its source only under a `Hold`: arguments, operands, results under
 //     way. While it lives, nothing that has been made since is given back, and a list that ends leaves its share of the
@@ -23,8 +23,8 @@
 //     is held: no token of it can be in use then.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -99,7 +99,8 @@ class TokenStream {
   std::string_view text() const { return current_->text(); }
   /// The name table's entry for the current token, which is a name; null when no definition mentions it.
   Name* name();
-  /// A spelling of the current token, whose kind is `kind`. Valid as long as the source, or a Hold taken before.
+  /// A spelling of the current token, whose kind is `kind`. Valid as long as the list that it stands in, or a Hold
+  /// taken before.
   const Spelling* spelling(CppTokenKind kind) {
     return isInFile_ ? pool_.token(kind, fileSource().text()) : listSource().spelling();
   }
@@ -135,11 +136,14 @@ class TokenStream {
   /// Whether the current source is a file.
   bool isInFile() const { return isInFile_; }
   /// The innermost file, whichever source is the current one; null before the first is pushed.
-  CppFileScanner* file() const { return file_; }
+  CppFileScanner* file() const { return files_.empty() ? nullptr : files_.back(); }
   /// The files that are being read, from the outermost on.
   const std::vector<CppFileScanner*>& files() const { return files_; }
   /// The current source, if it is a list.
-  CppTokenScanner& listSource() { return static_cast<CppTokenScanner&>(*current_); }
+  CppTokenScanner& listSource() {
+    assert(!isInFile_);
+    return static_cast<CppTokenScanner&>(*current_);
+  }
 
   // ---- Pushing sources ----
 
@@ -150,7 +154,8 @@ class TokenStream {
   void push(const TokenRange& tokens);
 
   /// Makes tokens the current source and sets the enclosing ones aside: its end reads as the end of the input. The
-  /// destructor drops it and brings the others back; of several the last that was made goes first.
+  /// destructor drops it and brings the others back; of several the last that was made goes first. To be made under a
+  /// Hold.
   class Closed {
    public:
     /// Takes the tokens out of `tokens`.
@@ -168,7 +173,8 @@ class TokenStream {
 
   // ---- Keeping things alive ----
 
-  /// While one lives, spellings that are made or taken stay. One within another has no effect.
+  /// While one lives, spellings that are made or taken stay. When it ends, what no source has taken over is given back.
+  /// One within another has no effect.
   class Hold {
    public:
     explicit Hold(TokenStream& stream);
@@ -187,7 +193,10 @@ class TokenStream {
     explicit EndedLists(TokenStream& stream) : stream_(stream) {}
     EndedLists(const EndedLists&) = delete;
     EndedLists& operator=(const EndedLists&) = delete;
-    ~EndedLists() { release(); }
+    ~EndedLists() {
+      assert(stream_.ended_ != this);
+      release();
+    }
 
     /// To be called when nothing that stands in one of the lists is in use any more.
     void release();
@@ -198,7 +207,7 @@ class TokenStream {
     std::vector<std::unique_ptr<CppTokenScanner>> lists_;
   };
 
-  /// While one lives, lists that end go to `lists`.
+  /// While one lives, lists that end go to `lists`, where tokens that stand in them stay. To be made under a Hold.
   class Keeping {
    public:
     Keeping(TokenStream& stream, EndedLists& lists);
@@ -238,8 +247,12 @@ class TokenStream {
 
   static constexpr std::size_t kMostSpares = kKeepsSpares ? 64 : 0;
 
-  CppFileScanner& fileSource() { return static_cast<CppFileScanner&>(*current_); }
+  CppFileScanner& fileSource() {
+    assert(isInFile_);
+    return static_cast<CppFileScanner&>(*current_);
+  }
   bool hasEnclosing() const { return sources_.size() > floor_ + 1; }
+  bool hasLists() const { return sources_.size() > files_.size(); }
 
   void popSource();
   void popFile();
@@ -264,8 +277,6 @@ class TokenStream {
   CppScanner* current_ = nullptr;
   bool isInFile_ = false;
   std::vector<CppFileScanner*> files_;
-  CppFileScanner* file_ = nullptr;
-  std::size_t listCount_ = 0;  // How many of the sources are lists.
 
   bool isHeld_ = false;
   SpellingPool::Mark heldMark_;  // While held: what lies behind it stays.

@@ -74,7 +74,7 @@ void Arguments::add(TokenStream& stream, CppTokenKind kind) {
   stream.appendCurrent(token, collected_);
 }
 
-void Arguments::finish(TokenStream& stream, const HideSet& hideSet) {
+void Arguments::finish(TokenStream& stream, HideSet hideSet) {
   std::string_view text;
   const bool isLexedAnew = mustLex_ || !kShortcuts;
   if (isLexedAnew) {
@@ -85,7 +85,7 @@ void Arguments::finish(TokenStream& stream, const HideSet& hideSet) {
     mustLex_ = false;
   }
   Argument& argument = addArgument();
-  argument.hideSet = hideSet;
+  argument.hideSet = std::move(hideSet);
   argument.begin = begin_;
   argument.count = collected_.size() - begin_;
   argument.text = text;

@@ -1,6 +1,7 @@
 // Arguments of a function-like invocation.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -29,12 +30,14 @@ class Arguments {
   /// Tokens of an argument: single tokens, one blank where white space stands between two, but for what comes out of a
   /// literal that falls apart. Valid until the arguments change.
   TokenRange tokens(std::size_t index) const {
+    assert(index < count_);
     const Argument& argument = arguments_[index];
     if (argument.isInPlace) {
       return argument.inPlace;
     }
     // Tokens of a file have no sets of their own.
-    const bool haveSets = collected_.runs().size() != 1 || !collected_.runs().front().hideSet.empty();
+    const auto& runs = collected_.runs();
+    const bool haveSets = runs.size() != 1 || !runs.front().hideSet.empty() || runs.front().nested;
     return {collected_.spellings().subspan(argument.begin, argument.count), argument.hideSet,
             haveSets ? &collected_ : nullptr, argument.begin};
   }
@@ -58,7 +61,7 @@ class Arguments {
   /// Adds the blank for the white space before the next token; it carries the hide sets of all of it.
   void addBlank(const HideSet& hideSet) { collected_.append(blankSpelling(), hideSet); }
   /// Ends the argument being read, at a token that carries `hideSet`. Lexes its text if need be.
-  void finish(TokenStream& stream, const HideSet& hideSet);
+  void finish(TokenStream& stream, HideSet hideSet);
   /// Adds an argument whose tokens stand in a list that outlives this object, already normalized; they are a part of
   /// `surroundings`, or of nothing that is known to be normalized if that is null.
   void addInPlace(TokenRange tokens, NormalizedTokens* surroundings);

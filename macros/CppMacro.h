@@ -10,8 +10,8 @@
 
 namespace qnpp {
 
-/// One macro definition. `text`, `parameters` and `functionLike` are the definition; `replacement` is what has been
-/// found out about it.
+/// One macro definition. `text`, `parameters` and `functionLike` are the definition; the rest is what has been found
+/// out about it.
 struct CppMacro {
   /// The replacement list as normalized text: spellings of the tokens, one blank where white space stood between two,
   /// none at either end. For a definition of the command line the text as given.

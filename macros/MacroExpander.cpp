@@ -107,7 +107,7 @@ void MacroExpander::expandInText() {
 
 // Writes the tokens up to the first that is more than plain text: what would be read back and written is written right
 // here. Returns how many.
-std::size_t MacroExpander::writePlain(SpellingRange tokens) {
+std::size_t MacroExpander::writeLeadingText(SpellingRange tokens) {
   std::size_t written = 0;
   for (; written < tokens.size() && tokens[written]->isPlainText(); ++written) {
     context_.output.write(tokens[written]->data, tokens[written]->size);
@@ -122,7 +122,7 @@ void MacroExpander::expandObjectLikeInText(Name& name) {
     context_.output.write(name.settled.text());
     return;
   }
-  const std::size_t written = writePlain(tokens);
+  const std::size_t written = writeLeadingText(tokens);
   if (written < tokens.size()) {
     stream_.push({tokens.subspan(written), stream_.hideSets().with(stream_.hideSet(), name)});
   }
@@ -146,7 +146,7 @@ void MacroExpander::expandFunctionLikeInText(const Name& name, const HideSet& hi
   }
   if (isComplete) {
     beginSubstitution(std::move(substitution), name, hideSet);
-    run(expansions_.size() - 1);
+    run();
     return;
   }
   if (!isInvocation) {
@@ -192,9 +192,9 @@ const Replacement& MacroExpander::replacementOf(const Name& name) {
 
 // ---- Both sorts of expansions ----
 
-// Works on the innermost expansion until no more than `base` are left.
-void MacroExpander::run(std::size_t base) {
-  while (expansions_.size() > base) {
+// Works on the innermost expansion until none is left.
+void MacroExpander::run() {
+  while (!expansions_.empty()) {
     if (auto* const substitution = std::get_if<std::unique_ptr<Substitution>>(&expansions_.back())) {
       substitute(**substitution);
     } else {
@@ -251,7 +251,7 @@ void MacroExpander::substitute(Substitution& substitution) {
 void MacroExpander::finishSubstitution() {
   auto finished = std::move(std::get<std::unique_ptr<Substitution>>(expansions_.back()));
   expansions_.pop_back();
-  const std::size_t written = kShortcuts && expansions_.empty() ? writePlain(finished->result.spellings()) : 0;
+  const std::size_t written = kShortcuts && expansions_.empty() ? writeLeadingText(finished->result.spellings()) : 0;
   if (written < finished->result.size()) {
     stream_.push(finished->result, written);
   }
@@ -321,12 +321,11 @@ void MacroExpander::expandTokenList(TokenList& tokens, bool isCondition) {
   if (tokens.empty()) {
     return;
   }
-  const std::size_t base = expansions_.size();
   std::unique_ptr<ListExpansion> expansion = spareLists_->take();
   expansion->source.emplace(stream_, tokens);
   expansions_.emplace_back(std::move(expansion));
   inCondition_ = isCondition;
-  run(base);
+  run();
   inCondition_ = false;
   std::swap(tokens, expandedList_);
   expandedList_.clear();
@@ -371,11 +370,10 @@ void MacroExpander::finishListExpansion() {
   auto finished = std::move(std::get<std::unique_ptr<ListExpansion>>(expansions_.back()));
   expansions_.pop_back();
   finished->source.reset();
-  auto* const waiting = expansions_.empty() ? nullptr : std::get_if<std::unique_ptr<Substitution>>(&expansions_.back());
-  if (waiting == nullptr) {
+  if (expansions_.empty()) {
     std::swap(expandedList_, finished->result);
   } else {
-    Substitution& substitution = **waiting;
+    Substitution& substitution = *std::get<std::unique_ptr<Substitution>>(expansions_.back());
     substitution.result.append(finished->result.all(), substitution.hideSet, stream_.hideSets());
     // A parameter may stand in the replacement list again. Its argument is expanded anew for each place, which is the
     // same unless a message was given or a comment did more than be a blank: those things are repeated.

@@ -17,7 +17,8 @@
 // Two kinds of work call for each other: replacing an invocation wants its arguments expanded, and expanding a list
 // wants the invocations in it replaced. Written as two functions, nesting would be limited by the stack of the program.
 // Here both are objects on a stack in memory, a Substitution and a ListExpansion in turn, and `run` works on the
-// innermost until it is finished or has to wait for a new one.
+// innermost until it is finished or has to wait for a new one. A Substitution owns the arguments, and the lists that
+// ended while they were read.
 #pragma once
 
 #include <cstddef>
@@ -62,11 +63,11 @@ class MacroExpander {
 
   void expandFunctionLikeInText(const Name& name, const HideSet& hideSet);
   void expandObjectLikeInText(Name& name);
-  std::size_t writePlain(SpellingRange tokens);
+  std::size_t writeLeadingText(SpellingRange tokens);
   void pushObjectLike(const Name& name, const HideSet& hideSet);
   const Replacement& replacementOf(const Name& name);
 
-  void run(std::size_t base);
+  void run();
   void beginSubstitution(std::unique_ptr<Substitution> substitution, const Name& name, const HideSet& hideSet);
   void substitute(Substitution& substitution);
   void finishSubstitution();

@@ -77,7 +77,7 @@ bool findSettledText(Name& name, const NameTable& names) {
     }
   }
   const std::string& text = isFixed ? macro.text : macro.settledText.text;
-  name.settled = {text.data(), static_cast<std::uint32_t>(text.size()), names.generation()};
+  name.settled = {text.data(), text.size(), names.generation()};
   return true;
 }
 

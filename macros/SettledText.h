@@ -20,7 +20,7 @@ struct SettledTextSearch {
 /// without handing the name out. It is sought when a macro is used for the second time, so that definitions and uses
 /// that take turns do not pay for it.
 ///
-/// To be called at each use of the object-like macro `name`, which has one. Returns whether `name.settled` holds.
+/// To be called at each use of `name`, the name of an object-like macro. Returns whether `name.settled` holds.
 bool findSettledText(Name& name, const NameTable& names);
 
 }  // namespace qnpp

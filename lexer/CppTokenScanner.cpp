@@ -167,6 +167,11 @@ bool CppTokenScanner::isHidden(const Name& name) {
   return range_.list->isHiddenAt(position, findRun(position), name);
 }
 
+bool CppTokenScanner::isSurelyHidden(const Name& name) {
+  return range_.hideSet.contains(name) ||
+         (range_.list != nullptr && range_.list->runs()[findRun(currentPosition())].hideSet.contains(name));
+}
+
 // ---- Taking tokens with their hide sets ----
 
 void CppTokenScanner::takeSettled(TokenList& list) {
@@ -201,11 +206,10 @@ void CppTokenScanner::appendCurrent(TokenList& list, bool isSettled) {
     list.append(spelling_, range_.hideSet);
     return;
   }
-  const TokenRange current{SpellingRange(&spelling_, 1), range_.hideSet, range_.list, currentPosition()};
   if (isSettled && kShortcuts) {
-    list.appendSettled(current, context_.names.generation(), hideSets_);
+    list.appendSettled(current(spelling_), context_.names.generation(), hideSets_);
   } else {
-    list.append(current, HideSet(), hideSets_);
+    list.append(current(spelling_), HideSet(), hideSets_);
   }
 }
 

@@ -36,8 +36,10 @@ class CppTokenScanner final : public CppScanner {
   CppTokenKind peek() override;
   CppTokenKind get() override;
   const HideSet& hideSet() override;
-  /// Whether `name` is in the hide set; quicker than asking for the set.
+  /// Whether `name` is in the hide set; quicker than asking for the set. The second is quicker still, and says no where
+  /// it would have to look into nested runs.
   bool isHidden(const Name& name);
+  bool isSurelyHidden(const Name& name);
 
   /// Like `get`, but writes plain tokens to the output instead of handing them out: all but line ends, `_Pragma` and
   /// names with a macro definition. A token that is handed out may still be a plain one.
@@ -48,6 +50,11 @@ class CppTokenScanner final : public CppScanner {
   void takeSettled(TokenList& list);
   /// Appends the current token with its hide set to `list`; `isSettled` if it is known to be so.
   void appendCurrent(TokenList& list, bool isSettled = false);
+
+  /// `token`, the spelling of the current token, with its hide set. Valid as long as the list and `token`.
+  TokenRange current(const Spelling* const& token) const {
+    return {SpellingRange(&token, 1), range_.hideSet, range_.list, currentPosition()};
+  }
 
   /// Spelling of the current token, always of a single token.
   const Spelling* spelling() const { return spelling_; }

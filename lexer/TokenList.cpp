@@ -10,6 +10,9 @@ namespace {
 // Up to so many runs are joined one by one when a list is appended; more are kept whole. Joining sets is quicker for a
 // few, since the same few have mostly been joined before; and lists are nested less deep.
 constexpr std::size_t kMostJoined = 4;
+// And so many may be left of a list that was appended. More become one, so that each level of a nesting has only that
+// to add to.
+constexpr std::size_t kMostRuns = 16;
 
 std::size_t findRun(const std::vector<TokenList::Run>& runs, std::size_t position) {
   const auto found = std::upper_bound(runs.begin(), runs.end(), position,
@@ -109,7 +112,11 @@ void TokenList::append(const TokenRange& tokens, const HideSet& hideSet, HideSet
   }
   settledIn_ = std::min(settledIn_, tokens.list->settledIn_);
   // A copy, since the cache's answer holds until its next question only.
+  const std::size_t firstRun = runs_.size();
   appendRange(tokens, HideSet(hideSets.joined(tokens.hideSet, hideSet)), false, hideSets);
+  if (runs_.size() > firstRun + kMostRuns) {
+    nestRunsFrom(firstRun);
+  }
 }
 
 void TokenList::appendSettled(const TokenRange& tokens, std::uint64_t generation, HideSetCache& hideSets) {
@@ -170,6 +177,16 @@ void TokenList::cutTo(std::size_t count) {
   }
 }
 
+// Makes the runs from index `first` on a single one.
+void TokenList::nestRunsFrom(std::size_t first) {
+  const auto begin = runs_.begin() + static_cast<std::ptrdiff_t>(first);
+  const bool areSettled = std::all_of(begin, runs_.end(), [](const Run& run) { return run.isSettled; });
+  Run all{runs_.back().end, HideSet(), Nested(&*begin, runs_.data() + runs_.size(), beginOf(runs_, first)), 0,
+          areSettled};
+  runs_.erase(begin, runs_.end());
+  runs_.push_back(std::move(all));
+}
+
 // Covers the tokens behind the last run by `run`.
 void TokenList::cover(Run run) {
   if (!runs_.empty()) {
@@ -183,6 +200,14 @@ void TokenList::cover(Run run) {
     }
   }
   runs_.push_back(std::move(run));
+}
+
+HideSet TokenRange::firstHideSet() const {
+  return list == nullptr ? hideSet : list->hideSetAt(position, list->runAt(position)).joined(hideSet);
+}
+
+bool TokenRange::isFirstHidden(const Name& name) const {
+  return hideSet.contains(name) || (list != nullptr && list->isHiddenAt(position, list->runAt(position), name));
 }
 
 void TokenRange::unite(HideSetCache& hideSets) {

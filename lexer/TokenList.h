@@ -131,6 +131,7 @@ class TokenList {
   std::size_t findRunBehindFirst(std::size_t position) const;
   void appendRange(const TokenRange& tokens, const HideSet& added, bool areSettled, HideSetCache& hideSets);
   void cover(Run run);
+  void nestRunsFrom(std::size_t first);
   template <typename Visit>
   void visitSets(std::size_t position, std::size_t run, Visit visit) const;
 
@@ -151,6 +152,10 @@ struct TokenRange {
   TokenRange part(std::size_t begin, std::size_t count) const {
     return {tokens.subspan(begin, count), hideSet, list, position + begin};
   }
+
+  /// The hide set of the first token, and whether `name` is in it; the latter is quicker.
+  HideSet firstHideSet() const;
+  bool isFirstHidden(const Name& name) const;
 
   /// Forgets the list if the own sets of all tokens are the same one; that is then a part of `hideSet`.
   void unite(HideSetCache& hideSets);

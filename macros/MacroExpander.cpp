@@ -393,17 +393,24 @@ void MacroExpander::expandNameInList(TokenList& result) {
     collect(result);
     return;
   }
-  if (list.isHidden(*name)) {
+  if (list.isSurelyHidden(*name)) {
     list.appendCurrent(result, true);  // And it stays hidden: a token's set only grows.
-    return;
+  } else if (name->macro->functionLike && !predefined_.isRefreshed(*name)) {
+    // Such a name mostly stays for want of a "(", so that is looked for before all of the hide set.
+    expandFunctionLikeInList(*name, result);
+  } else if (list.isHidden(*name)) {
+    list.appendCurrent(result, true);
+  } else if (name->macro->functionLike) {
+    predefined_.refresh(*name, *stream_.file());
+    expandFunctionLikeInList(*name, result);
+  } else {
+    pushObjectLike(*name, HideSet(stream_.hideSets().with(list.hideSet(), *name)));
   }
-  const HideSet ownHideSet = list.hideSet();
-  const HideSet hideSet = stream_.hideSets().with(ownHideSet, *name);
-  if (!name->macro->functionLike) {
-    pushObjectLike(*name, hideSet);
-    return;
-  }
-  predefined_.refresh(*name, *stream_.file());
+}
+
+void MacroExpander::expandFunctionLikeInList(Name& name, TokenList& result) {
+  const Spelling* const spelling = stream_.listSource().spelling();
+  const TokenRange token = stream_.listSource().current(spelling);
   std::unique_ptr<Substitution> substitution = spareSubstitutions_->take();
   TokenList skipped;
   bool isInvocation = false;
@@ -414,14 +421,14 @@ void MacroExpander::expandNameInList(TokenList& result) {
       stream_.get();
       collect(skipped);
     }
-    isInvocation = stream_.peek() == '(';
-    isComplete = isInvocation && collectArguments(stream_, messages_, *name->macro, substitution->arguments);
+    isInvocation = stream_.peek() == '(' && !token.isFirstHidden(name);
+    isComplete = isInvocation && collectArguments(stream_, messages_, *name.macro, substitution->arguments);
   }
   if (isComplete) {
-    beginSubstitution(std::move(substitution), *name, hideSet);
+    beginSubstitution(std::move(substitution), name, stream_.hideSets().with(token.firstHideSet(), name));
     return;
   }
-  result.append(spelling, ownHideSet);
+  result.append(token, HideSet(), stream_.hideSets());
   if (!isInvocation) {
     result.append(skipped.all(), HideSet(), stream_.hideSets());
   }

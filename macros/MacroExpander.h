@@ -79,6 +79,7 @@ class MacroExpander {
   void expandList(ListExpansion& expansion);
   void finishListExpansion();
   void expandNameInList(TokenList& result);
+  void expandFunctionLikeInList(Name& name, TokenList& result);
   void passDefinedOperand(TokenList& result);
   void collect(TokenList& result);
 

@@ -23,7 +23,7 @@ bool CppPreprocessor::run() {
 void CppPreprocessor::processLines() {
   for (;;) {
     if (conditionals_.isSkipping()) {
-      stream_.skipPlainLines();
+      stream_.skipWholeLines();
     }
     if (stream_.peek() == TK_END) {
       break;

@@ -188,10 +188,10 @@ bool copyText(Bench& bench) {
 std::string writtenOnly(const std::string& lines) { return lines.substr(lines.find('\n')); }
 
 // Whole lines in one go where that is possible, and token by token where it is not. Returns what was written.
-std::string skipPlainLines(std::string_view text, std::size_t piece) {
+std::string skipWholeLines(std::string_view text, std::size_t piece) {
   Bench bench(text, piece);
   do {
-    bench.lexer().skipPlainLines();
+    bench.lexer().skipWholeLines();
   } while (skipByTokens(bench));
   return '\n' + bench.written();
 }
@@ -214,8 +214,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string skipped = readLines(text, kWhole, skipByTokens);
   require(skipped == readLines(text, kWhole, skipLine), "skipping a line passes over its tokens");
   require(skipped == readLines(text, small, skipLine), "skipping a line does not depend on the pieces");
-  require(writtenOnly(skipped) == skipPlainLines(text, kWhole), "skipping plain lines passes over their tokens");
-  require(writtenOnly(skipped) == skipPlainLines(text, small), "skipping plain lines does not depend on the pieces");
+  require(writtenOnly(skipped) == skipWholeLines(text, kWhole), "skipping whole lines passes over their tokens");
+  require(writtenOnly(skipped) == skipWholeLines(text, small), "skipping whole lines does not depend on the pieces");
 
   const std::string written = writtenOnly(readLines(text, kWhole, writeByTokens));
   require(written == writtenOnly(readLines(text, kWhole, copyText)), "copying text writes its tokens");

@@ -77,8 +77,8 @@ bool CppFileScanner::skipLine() {
   return kind == TK_NEWLINE;
 }
 
-void CppFileScanner::skipPlainLines() {
-  if (kShortcuts && !hasPeek_ && lexer_->skipPlainLines()) {
+void CppFileScanner::skipWholeLines() {
+  if (kShortcuts && !hasPeek_ && lexer_->skipWholeLines()) {
     atLineStart_ = true;
   }
 }

@@ -40,8 +40,8 @@ class CppFileScanner final : public CppScanner {
   CppTokenKind get() override;
   const HideSet& hideSet() override { return emptyHideSet_; }
 
-  /// Like `get`, but writes plain tokens to the output instead of handing them out, see CppLexer::copyText. A token
-  /// that is handed out may still be a plain one.
+  /// Like `get`, but writes tokens that come out as they stand instead of handing them out, see CppLexer::copyText. May
+  /// still hand one out.
   CppTokenKind copyText();
   /// The name table's entry for the current token, if that is a name with one; null otherwise.
   Name* name() const { return name_; }
@@ -51,8 +51,8 @@ class CppFileScanner final : public CppScanner {
 
   /// Passes over the rest of the line and its line end; false when the input ended instead.
   bool skipLine();
-  /// Passes over whole lines that cannot be directives, see CppLexer::skipPlainLines. Only at the start of a line.
-  void skipPlainLines();
+  /// Passes over whole lines that cannot be directives, see CppLexer::skipWholeLines. Only at the start of a line.
+  void skipWholeLines();
 
  private:
   CppTokenKind taken(CppTokenKind kind);

@@ -209,7 +209,7 @@ class CppLexer::TextCopy {
     return replaceName(word, end);
   }
 
-  // If there is the name of a macro in the word, or `_Pragma`, its settled text is written or it is handed out.
+  // If there is the name of a macro in the word, or `_Pragma`, its final text is written or it is handed out.
   char* replaceName(char* word, char* end) {
     while (word != end && has(kDigits, *word)) {
       word += passNumber(word) - word;  // Behind a number a name may follow directly.
@@ -221,8 +221,8 @@ class CppLexer::TextCopy {
       return end;
     }
     writeUpTo(word);
-    if (name->settled.generation == names.generation()) {
-      lexer_.context_.output.write(name->settled.text());
+    if (name->finalText.generation == names.generation()) {
+      lexer_.context_.output.write(name->finalText.text());
       from_ = end;
       return end;
     }
@@ -525,7 +525,7 @@ bool CppLexer::skipLine() {
   return ended;
 }
 
-bool CppLexer::skipPlainLines() {
+bool CppLexer::skipWholeLines() {
   if (!isReading()) {
     return false;
   }

@@ -74,9 +74,9 @@ class CppLexer final : public yyCppFlexLexer {
   std::int32_t line() const { return line_; }
   void setLine(std::int32_t line) { line_ = line; }
 
-  /// Writes the tokens that follow to the output as they stand, up to the next one that the engine has to see: a name
+  /// Writes the tokens that follow to the output as they stand, up to the next one that the reader has to see: a name
   /// with a macro definition, `_Pragma`, a line end, or the end of the input. That one is handed out like by `next`. A
-  /// macro whose text is settled (see Name) need not be seen: that text is written in the place of the name.
+  /// macro whose final text is known (see Name) need not be seen: that text is written in the place of the name.
   ///
   /// Goes on behind a line end when the output is in step with the input (the output line is the current line) and the
   /// next line is sure to be a text line. To be called in the middle of a text line only.
@@ -102,7 +102,7 @@ class CppLexer final : public yyCppFlexLexer {
   /// From the start of a line: passes over whole lines that cannot be directives, writing an empty line for each. Stops
   /// at the start of a line that has to be looked at token by token; that may be the very first. Returns whether any
   /// line was passed.
-  bool skipPlainLines();
+  bool skipWholeLines();
 
   // Called by the generated scanner.
   int yylex() override;

@@ -1,4 +1,4 @@
-// Token sources: where the engine reads its tokens from.
+// Token sources: where tokens are read from.
 #pragma once
 
 #include <string_view>
@@ -10,7 +10,7 @@
 namespace qnpp {
 
 /// A source of tokens with one token of look-ahead. There are two: CppFileScanner reads a file, CppTokenScanner reads a
-/// list of stored tokens. A source knows nothing of the stack that the engine keeps its sources on.
+/// list of stored tokens. A source knows nothing of the others that wait on the stack of a TokenStream.
 class CppScanner {
  public:
   CppScanner(const CppScanner&) = delete;

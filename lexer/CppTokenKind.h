@@ -49,7 +49,7 @@ enum : CppTokenKind {
 };
 static_assert(TK_IDENTIFIER == 274 && TK_PRAGMA_OP == 293);
 
-/// True for the kinds that may name a macro or a parameter: plain identifiers and the directive words.
+/// True for the kinds that may name a macro or a parameter: identifiers and the directive words.
 constexpr bool isName(CppTokenKind kind) { return kind >= TK_IF && kind <= TK_IDENTIFIER; }
 
 /// True for white space inside a line: a blank, a comment or a continued line end.

@@ -74,7 +74,7 @@ const Spelling* CppTokenScanner::next() {
     if (reader_ != nullptr) {
       const CppTokenKind kind = reader_->lexer.next();
       if (kind != TK_END) {
-        return pool_.token(kind, reader_->lexer.text());
+        return pool_.spell(kind, reader_->lexer.text());
       }
       reader_.reset();
     }
@@ -115,7 +115,7 @@ CppTokenKind CppTokenScanner::copyText() {
   if (kShortcuts && peek_ == nullptr && pieces_.empty() && reader_ == nullptr) {
     for (; at_ != end_; ++at_) {
       const Spelling& element = **at_;
-      if (!element.isPlainText()) {
+      if (!element.isWrittenAsIs()) {
         break;
       }
       context_.output.write(element.data, element.size);
@@ -180,10 +180,10 @@ void CppTokenScanner::takeSettled(TokenList& list) {
   }
   const std::uint64_t generation = context_.names.generation();
   const Spelling* const* const first = at_;
-  const bool hasMarks = range_.list != nullptr && range_.list->isSettledIn(generation);
+  const bool mayPassRuns = range_.list != nullptr && range_.list->isSettledIn(generation);
   while (at_ != end_) {
     const Spelling* const* behind = end_;
-    if (hasMarks) {
+    if (mayPassRuns) {
       const TokenList::Run& run =
           range_.list->runs()[findRun(range_.position + static_cast<std::size_t>(at_ - begin_))];
       behind = std::min(end_, begin_ + (run.end - range_.position));

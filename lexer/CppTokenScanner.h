@@ -41,8 +41,8 @@ class CppTokenScanner final : public CppScanner {
   bool isHidden(const Name& name);
   bool isSurelyHidden(const Name& name);
 
-  /// Like `get`, but writes plain tokens to the output instead of handing them out: all but line ends, `_Pragma` and
-  /// names with a macro definition. A token that is handed out may still be a plain one.
+  /// Like `get`, but writes tokens that come out as they stand (see Spelling::isWrittenAsIs) instead of handing them
+  /// out. May still hand one out.
   CppTokenKind copyText();
 
   /// Takes settled tokens (see TokenList::appendSettled) and appends them with their hide sets to `list`, up to the

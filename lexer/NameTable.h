@@ -16,9 +16,10 @@ namespace qnpp {
 
 struct CppMacro;
 
-/// What an object-like macro comes to in a text line of a file, as far as that is known: the lexer writes it in the
-/// place of the name. The bytes are the macro's. Whether it is known is found out in macros/SettledText.h.
-struct SettledText {
+/// What an object-like macro comes to in a text line of a file after all rescanning, as far as that is known: the lexer
+/// writes it in the place of the name. The bytes are the macro's. Whether it is known is found out in
+/// macros/FinalText.h.
+struct FinalText {
   const char* data = nullptr;
   std::size_t size = 0;
   std::uint64_t generation = 0;  ///< The one in which the text holds, see NameTable; 0 for none.
@@ -34,7 +35,7 @@ struct Name {
   HideSet alone;               ///< The set of this name only, once it has been asked for (see HideSetCache).
   std::uint32_t id = 0;        ///< Position in the order of appearance, from 0.
   std::uint32_t priority = 0;  ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
-  SettledText settled;         ///< Of the macro.
+  FinalText finalText;         ///< Of the macro.
   bool wasMacro = false;       ///< There is a definition, or has been.
 
   std::string_view text() const { return spelling.text(); }

@@ -81,7 +81,7 @@ inline bool NameTable::isEqual(std::string_view a, std::string_view b) {
   return size == 0 || (a[0] == b[0] && a[size / 2] == b[size / 2] && a[size - 1] == b[size - 1]);
 }
 
-inline bool Spelling::isPlainText() const {
+inline bool Spelling::isWrittenAsIs() const {
   return isSingleToken() && kind != TK_NEWLINE && kind != TK_PRAGMA_OP && (name == nullptr || name->macro == nullptr);
 }
 

@@ -12,8 +12,8 @@ namespace qnpp {
 
 struct Name;
 
-/// The text of a stored token. A stored token has no kind of its own: its text is lexed again whenever it is read. What
-/// a text lexes into depends on the text alone, so the answer is found once and kept beside it.
+/// The text of a stored token. A stored token has no kind of its own: its kind is what its text lexes into when it is
+/// read. That depends on the text alone, so the answer is found once and kept beside it.
 ///
 /// A spelling is immutable (but for `name`, see there) and shared by every token list that holds it; it and its bytes
 /// live in a NameTable, in a Replacement or in a SpellingPool, whose rules say how long.
@@ -33,9 +33,9 @@ struct Spelling {
 
   std::string_view text() const { return {data, size}; }
   bool isSingleToken() const { return kind >= 0; }
-  /// True when the text is simply written where it stands in a text line: a single token, but no line end, no `_Pragma`
-  /// and no name that has a macro definition.
-  bool isPlainText() const;
+  /// True when the text is written as it stands in a text line: a single token, but no line end, no `_Pragma` and no
+  /// name that has a macro definition.
+  bool isWrittenAsIs() const;
 };
 
 /// A text that lexes into `pieces`, each a single token; possibly none.

@@ -48,7 +48,7 @@ Spelling* SpellingPool::make(CppTokenKind kind, std::string_view text) {
       Spelling{text.data(), static_cast<std::uint32_t>(text.size()), static_cast<std::int16_t>(kind), nullptr});
 }
 
-const Spelling* SpellingPool::token(CppTokenKind kind, std::string_view text) {
+const Spelling* SpellingPool::spell(CppTokenKind kind, std::string_view text) {
   if (text.size() == 1 && !isName(kind) && !(text[0] >= '0' && text[0] <= '9')) {
     return characterSpelling(text[0]);
   }
@@ -65,12 +65,12 @@ const Spelling* SpellingPool::token(CppTokenKind kind, std::string_view text) {
   return made;
 }
 
-const Spelling* SpellingPool::text(std::string_view text) {
+const Spelling* SpellingPool::spell(std::string_view text) {
   if (text.size() > std::numeric_limits<std::uint32_t>::max()) {
     throw std::bad_alloc();  // No scanner could read it back.
   }
   if (isWord(text)) {
-    return token(TK_IDENTIFIER, text);
+    return spell(TK_IDENTIFIER, text);
   }
   const std::string_view kept = arena_.copy(text);
   if (isStringLiteral(kept)) {
@@ -97,7 +97,7 @@ const Spelling* SpellingPool::text(std::string_view text) {
 
 void SpellingPool::lex(std::string_view text, std::vector<const Spelling*>& tokens) {
   lexer_.lex(text, [this, &tokens](CppTokenKind kind, std::string_view tokenText) {
-    tokens.push_back(token(kind, tokenText));
+    tokens.push_back(spell(kind, tokenText));
   });
 }
 

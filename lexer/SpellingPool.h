@@ -30,16 +30,16 @@ class SpellingPool {
   SpellingPool& operator=(const SpellingPool&) = delete;
 
   /// The spelling of a token that the lexer has handed out with `kind` and `text`; the text is copied.
-  const Spelling* token(CppTokenKind kind, std::string_view text);
+  const Spelling* spell(CppTokenKind kind, std::string_view text);
 
   /// The spelling of a text that may be any number of tokens, such as a joined text; the text is copied.
-  const Spelling* text(std::string_view text);
+  const Spelling* spell(std::string_view text);
 
   /// Lexes `text` and appends a spelling for each token; comments write and report as they do anywhere.
   void lex(std::string_view text, std::vector<const Spelling*>& tokens);
 
   /// A copy of `text` that lives as long as a spelling made now.
-  std::string_view keep(std::string_view text) { return arena_.copy(text); }
+  std::string_view store(std::string_view text) { return arena_.copy(text); }
 
   Mark mark() const { return {arena_.mark(), unknownNames_.size()}; }
   void release(const Mark& mark);

@@ -78,7 +78,7 @@ class TokenList {
   /// All of it, borrowed.
   TokenRange all() const;
 
-  /// Whether runs that are marked as settled are so in this generation of definitions (see NameTable).
+  /// Whether runs that are called settled are so in this generation of definitions (see NameTable).
   bool isSettledIn(std::uint64_t generation) const { return settledIn_ == generation; }
 
   /// Index of the run that holds the token at `position`.
@@ -106,11 +106,11 @@ class TokenList {
   void clear() {
     spellings_.clear();
     runs_.clear();
-    settledIn_ = kNoMarks;
+    settledIn_ = kNeverSettled;
   }
 
  private:
-  static constexpr std::uint64_t kNoMarks = std::numeric_limits<std::uint64_t>::max();
+  static constexpr std::uint64_t kNeverSettled = std::numeric_limits<std::uint64_t>::max();
 
   void appendOneRun(SpellingRange spellings, const HideSet& hideSet, bool areSettled) {
     if (!spellings.empty()) {
@@ -137,7 +137,7 @@ class TokenList {
 
   std::vector<const Spelling*> spellings_;
   std::vector<Run> runs_;
-  std::uint64_t settledIn_ = kNoMarks;  // The oldest generation in which a run was marked as settled.
+  std::uint64_t settledIn_ = kNeverSettled;  // The oldest generation in which a run was appended as settled.
 };
 
 /// Tokens that somebody else holds, each with a hide set of its own and `hideSet` in addition.

@@ -184,26 +184,26 @@ void TokenStream::recycle(std::unique_ptr<CppTokenScanner> list) {
 
 // ---- Scopes ----
 
-TokenStream::Closed::Closed(TokenStream& stream, TokenList& tokens) : stream_(stream), floor_(stream.floor_) {
+TokenStream::Closed::Closed(TokenStream& stream, TokenList& tokens) : stream_(stream), enclosingFloor_(stream.floor_) {
   std::unique_ptr<CppTokenScanner> list = stream.spareList();
   list->read(tokens);
   stream.pushClosed(std::move(list));
 }
 
 TokenStream::Closed::Closed(TokenStream& stream, const TokenRange& tokens, NormalizedTokens* surroundings)
-    : stream_(stream), floor_(stream.floor_) {
+    : stream_(stream), enclosingFloor_(stream.floor_) {
   std::unique_ptr<CppTokenScanner> list = stream.spareList();
   list->read(tokens, surroundings);
   stream.pushClosed(std::move(list));
 }
 
 TokenStream::Closed::~Closed() {
-  assert(stream_.floor_ > floor_);  // The last that was made goes first.
+  assert(stream_.floor_ > enclosingFloor_);  // The last that was made goes first.
   const SpellingPool::Mark mark = stream_.sources_[stream_.floor_].mark;
   while (stream_.sources_.size() > stream_.floor_) {  // There are lists above it only where memory ran out.
     stream_.removeList();
   }
-  stream_.floor_ = floor_;
+  stream_.floor_ = enclosingFloor_;
   stream_.giveBack(mark);
 }
 
@@ -234,12 +234,12 @@ void TokenStream::EndedLists::release() {
   lists_.clear();
 }
 
-TokenStream::Keeping::Keeping(TokenStream& stream, EndedLists& lists) : stream_(stream) {
-  assert(stream.ended_ == nullptr && stream.isHeld_);
+TokenStream::EndedLists::Collecting::Collecting(EndedLists& lists) : stream_(lists.stream_) {
+  assert(stream_.ended_ == nullptr && stream_.isHeld_);
   stream_.ended_ = &lists;
 }
 
-TokenStream::Keeping::~Keeping() { stream_.ended_ = nullptr; }
+TokenStream::EndedLists::Collecting::~Collecting() { stream_.ended_ = nullptr; }
 
 void TokenStream::retire(std::shared_ptr<const void> definition) {
   if (hasLists() || isHeld_) {

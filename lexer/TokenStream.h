@@ -18,7 +18,8 @@
 //  4. A token that has been looked at counts as held: as long as a source is lexing a text anew, so that the token
 //     looked at may be one that it has just made, nothing is given back.
 //  5. Tokens of an argument may stand in the list that they were read from, which may end before the invocation does.
-//     While `Keeping` lives, lists that end are not used again but handed to whoever reads the arguments.
+//     Whoever reads the arguments has an `EndedLists` collect the lists that end meanwhile; they are not used again
+//     before it is released.
 //  6. A definition that is replaced while it may be in use (`retire`) is freed when no list is on the stack and nothing
 //     is held: no token of it can be in use then.
 #pragma once
@@ -84,7 +85,7 @@ class TokenStream {
       popSource();
     }
   }
-  /// Like `get`, but writes plain tokens of a text line to the output instead, see CppLexer::copyText.
+  /// Like `get`, but writes what of a text line comes out as it stands, see CppLexer::copyText.
   CppTokenKind copyText() {
     for (;;) {
       const CppTokenKind kind = isInFile_ ? fileSource().copyText() : listSource().copyText();
@@ -102,7 +103,7 @@ class TokenStream {
   /// A spelling of the current token, whose kind is `kind`. Valid as long as the list that it stands in, or a Hold
   /// taken before.
   const Spelling* spelling(CppTokenKind kind) {
-    return isInFile_ ? pool_.token(kind, fileSource().text()) : listSource().spelling();
+    return isInFile_ ? pool_.spell(kind, fileSource().text()) : listSource().spelling();
   }
   /// The hide set of the current token; after a look-ahead perhaps that of the next. Valid until the next question.
   const HideSet& hideSet() { return current_->hideSet(); }
@@ -126,10 +127,10 @@ class TokenStream {
   void discardLine();
 
   /// At the start of a line: passes over whole lines of a skipped group that cannot be directives, if the current
-  /// source is a file; see CppLexer::skipPlainLines.
-  void skipPlainLines() {
+  /// source is a file; see CppLexer::skipWholeLines.
+  void skipWholeLines() {
     if (isInFile_) {
-      fileSource().skipPlainLines();
+      fileSource().skipWholeLines();
     }
   }
 
@@ -168,7 +169,7 @@ class TokenStream {
 
    private:
     TokenStream& stream_;
-    std::size_t floor_;
+    std::size_t enclosingFloor_;
   };
 
   // ---- Keeping things alive ----
@@ -198,6 +199,19 @@ class TokenStream {
       release();
     }
 
+    /// While one lives, lists that end are collected here, where tokens that stand in them stay. To be made under a
+    /// Hold; one at a time.
+    class Collecting {
+     public:
+      explicit Collecting(EndedLists& lists);
+      Collecting(const Collecting&) = delete;
+      Collecting& operator=(const Collecting&) = delete;
+      ~Collecting();
+
+     private:
+      TokenStream& stream_;
+    };
+
     /// To be called when nothing that stands in one of the lists is in use any more.
     void release();
 
@@ -207,18 +221,6 @@ class TokenStream {
     std::vector<std::unique_ptr<CppTokenScanner>> lists_;
   };
 
-  /// While one lives, lists that end go to `lists`, where tokens that stand in them stay. To be made under a Hold.
-  class Keeping {
-   public:
-    Keeping(TokenStream& stream, EndedLists& lists);
-    Keeping(const Keeping&) = delete;
-    Keeping& operator=(const Keeping&) = delete;
-    ~Keeping();
-
-   private:
-    TokenStream& stream_;
-  };
-
   /// Takes over what tokens in use may belong to, and frees it when none can be. The pointer is a shared one because it
   /// remembers how to free what it points at, whatever that is.
   void retire(std::shared_ptr<const void> definition);
@@ -226,11 +228,11 @@ class TokenStream {
   // ---- Making spellings, which live as tokens do that are taken now ----
 
   /// The spelling of a text that may be any number of tokens, such as a joined text.
-  const Spelling* spell(std::string_view text) { return pool_.text(text); }
+  const Spelling* spell(std::string_view text) { return pool_.spell(text); }
   /// The spelling of a token that a lexer has handed out.
-  const Spelling* spell(CppTokenKind kind, std::string_view text) { return pool_.token(kind, text); }
+  const Spelling* spell(CppTokenKind kind, std::string_view text) { return pool_.spell(kind, text); }
   /// A copy of `text`.
-  std::string_view keep(std::string_view text) { return pool_.keep(text); }
+  std::string_view store(std::string_view text) { return pool_.store(text); }
   StoredTextLexer& storedTextLexer() { return storedTextLexer_; }
 
   /// A macro of this name is being defined, see SpellingPool.

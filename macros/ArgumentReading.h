@@ -9,8 +9,8 @@
 namespace qnpp {
 
 /// Reads "(", which is the next token, the arguments of an invocation of `macro`, and ")", from whatever source they
-/// stand in; that source may end meanwhile. To be called under a Hold and a Keeping of the stream: the arguments borrow
-/// tokens.
+/// stand in; that source may end meanwhile. To be called under a Hold and while ended lists are collected: the
+/// arguments borrow tokens.
 ///
 /// Reports and returns false when the list is not well-formed or has the wrong number of arguments; what has been read
 /// by then is lost, the rest stays to be read as text.

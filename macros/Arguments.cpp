@@ -80,7 +80,7 @@ void Arguments::finish(TokenStream& stream, HideSet hideSet) {
   if (isLexedAnew) {
     std::string joined;
     appendTexts(collected_.spellings().subspan(begin_), joined);
-    text = stream.keep(joined);
+    text = stream.store(joined);
     lexAnew(stream, text);
     mustLex_ = false;
   }
@@ -128,7 +128,7 @@ Arguments::Argument& Arguments::addArgument() {
   return arguments_[count_++];
 }
 
-void Arguments::keepExpanded(std::size_t index, TokenList& tokens) {
+void Arguments::rememberExpanded(std::size_t index, TokenList& tokens) {
   Argument& argument = arguments_[index];
   argument.isExpanded = true;
   std::swap(argument.expanded, tokens);
@@ -161,8 +161,8 @@ void Arguments::Argument::clear() {
 NormalizedTokens* Arguments::surroundings(std::size_t index) {
   Argument& argument = arguments_[index];
   if (argument.surroundings == nullptr && argument.isNormalized) {
-    argument.own.reset(tokens(index).tokens);
-    argument.surroundings = &argument.own;
+    argument.whole.reset(tokens(index).tokens);
+    argument.surroundings = &argument.whole;
   }
   return argument.surroundings;
 }

@@ -49,12 +49,12 @@ class Arguments {
   /// Appends the normalized text of an argument to `text`.
   void appendText(std::size_t index, std::string& text) const;
 
-  /// The expansion of an argument, if it has been kept; null otherwise.
+  /// The expansion of an argument, if it has been remembered; null otherwise.
   const TokenList* expanded(std::size_t index) const {
     return arguments_[index].isExpanded ? &arguments_[index].expanded : nullptr;
   }
-  /// Keeps the expansion of an argument, taking the tokens out of the list.
-  void keepExpanded(std::size_t index, TokenList& tokens);
+  /// Remembers the expansion of an argument, taking the tokens out of the list.
+  void rememberExpanded(std::size_t index, TokenList& tokens);
 
   /// Adds the current token of `stream`, of `kind`, to the argument being read.
   void add(TokenStream& stream, CppTokenKind kind);
@@ -76,8 +76,8 @@ class Arguments {
     bool isInPlace = false;
     TokenRange inPlace;
     std::string_view text;                     // The normalized text, when it is more than the tokens' texts.
-    NormalizedTokens* surroundings = nullptr;  // Null: `own`, once it has been asked for.
-    NormalizedTokens own;
+    NormalizedTokens* surroundings = nullptr;  // Null: `whole`, once it has been asked for.
+    NormalizedTokens whole;                    // The argument's own tokens.
     bool isNormalized = true;
     bool isExpanded = false;
     TokenList expanded;

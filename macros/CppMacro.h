@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "macros/FinalText.h"
 #include "macros/Replacement.h"
-#include "macros/SettledText.h"
 
 namespace qnpp {
 
@@ -24,7 +24,7 @@ struct CppMacro {
   /// The lexed text, made at the first use; null before, and for a text that has to be lexed at each use.
   std::unique_ptr<const Replacement> replacement;
 
-  SettledTextSearch settledText = {};
+  FinalTextSearch finalTextSearch = {};
 };
 
 }  // namespace qnpp

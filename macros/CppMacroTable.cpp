@@ -21,7 +21,7 @@ void CppMacroTable::define(std::string_view name, CppMacro macro) {
     definitions_.resize(names_.size());
   }
   auto definition = std::make_unique<CppMacro>(std::move(macro));
-  retire(entry);
+  dropDefinition(entry);
   names_.noteMacro(entry);
   entry.macro = definition.get();
   names_.beginGeneration();
@@ -31,11 +31,11 @@ void CppMacroTable::define(std::string_view name, CppMacro macro) {
 void CppMacroTable::undefine(std::string_view name) {
   Name* const entry = names_.find(name);
   if (entry != nullptr && entry->macro != nullptr) {
-    retire(*entry);
+    dropDefinition(*entry);
   }
 }
 
-void CppMacroTable::retire(Name& name) {
+void CppMacroTable::dropDefinition(Name& name) {
   if (name.macro != nullptr) {
     name.macro = nullptr;
     stream_.retire(std::move(definitions_[name.id]));

@@ -37,7 +37,7 @@ class CppMacroTable {
   void undefine(std::string_view name);
 
  private:
-  void retire(Name& name);
+  void dropDefinition(Name& name);
 
   NameTable& names_;
   TokenStream& stream_;

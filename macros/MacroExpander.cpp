@@ -80,7 +80,7 @@ MacroExpander::MacroExpander(const LexerContext& context, NameTable& names, Toke
       messages_(messages),
       predefined_(macros, names),
       spareSubstitutions_(std::make_unique<Spares<Substitution>>(stream)),
-      spareLists_(std::make_unique<Spares<ListExpansion>>(stream)) {}
+      spareListExpansions_(std::make_unique<Spares<ListExpansion>>(stream)) {}
 
 // Expansions are left only where memory ran out. Each closed source is above those of the expansions that wait for it.
 MacroExpander::~MacroExpander() {
@@ -105,11 +105,11 @@ void MacroExpander::expandInText() {
   }
 }
 
-// Writes the tokens up to the first that is more than plain text: what would be read back and written is written right
-// here. Returns how many.
+// Writes the tokens up to the first that is not written as it stands: what would be read back and written is written
+// right here. Returns how many.
 std::size_t MacroExpander::writeLeadingText(SpellingRange tokens) {
   std::size_t written = 0;
-  for (; written < tokens.size() && tokens[written]->isPlainText(); ++written) {
+  for (; written < tokens.size() && tokens[written]->isWrittenAsIs(); ++written) {
     context_.output.write(tokens[written]->data, tokens[written]->size);
   }
   return written;
@@ -118,8 +118,8 @@ std::size_t MacroExpander::writeLeadingText(SpellingRange tokens) {
 void MacroExpander::expandObjectLikeInText(Name& name) {
   const TokenStream::Hold hold(stream_);
   const SpellingRange tokens = replacementOf(name).tokens();
-  if (stream_.isInFile() && findSettledText(name, names_)) {
-    context_.output.write(name.settled.text());
+  if (stream_.isInFile() && findFinalText(name, names_)) {
+    context_.output.write(name.finalText.text());
     return;
   }
   const std::size_t written = writeLeadingText(tokens);
@@ -136,7 +136,7 @@ void MacroExpander::expandFunctionLikeInText(const Name& name, const HideSet& hi
   bool isInvocation = false;
   bool isComplete = false;
   {
-    const TokenStream::Keeping keeping(stream_, substitution->ended);
+    const TokenStream::EndedLists::Collecting collecting(substitution->ended);
     while (isWhiteSpace(stream_.peek())) {
       stream_.get();
       skipped.append(stream_.text());
@@ -321,7 +321,7 @@ void MacroExpander::expandTokenList(TokenList& tokens, bool isCondition) {
   if (tokens.empty()) {
     return;
   }
-  std::unique_ptr<ListExpansion> expansion = spareLists_->take();
+  std::unique_ptr<ListExpansion> expansion = spareListExpansions_->take();
   expansion->source.emplace(stream_, tokens);
   expansions_.emplace_back(std::move(expansion));
   inCondition_ = isCondition;
@@ -334,7 +334,7 @@ void MacroExpander::expandTokenList(TokenList& tokens, bool isCondition) {
 // Begins the expansion of an argument of the innermost substitution.
 void MacroExpander::beginListExpansion(Substitution& substitution, std::uint32_t argument, bool isWantedAgain) {
   Arguments& arguments = substitution.arguments;
-  std::unique_ptr<ListExpansion> expansion = spareLists_->take();
+  std::unique_ptr<ListExpansion> expansion = spareListExpansions_->take();
   expansion->argument = argument;
   expansion->isWantedAgain = isWantedAgain;
   expansion->eventCount = eventCount();
@@ -378,10 +378,10 @@ void MacroExpander::finishListExpansion() {
     // A parameter may stand in the replacement list again. Its argument is expanded anew for each place, which is the
     // same unless a message was given or a comment did more than be a blank: those things are repeated.
     if (kShortcuts && finished->isWantedAgain && finished->eventCount == eventCount()) {
-      substitution.arguments.keepExpanded(finished->argument, finished->result);
+      substitution.arguments.rememberExpanded(finished->argument, finished->result);
     }
   }
-  spareLists_->give(std::move(finished));
+  spareListExpansions_->give(std::move(finished));
 }
 
 // The current token is a name of the list. It is collected, or its expansion is pushed or begun.
@@ -416,7 +416,7 @@ void MacroExpander::expandFunctionLikeInList(Name& name, TokenList& result) {
   bool isInvocation = false;
   bool isComplete = false;
   {
-    const TokenStream::Keeping keeping(stream_, substitution->ended);
+    const TokenStream::EndedLists::Collecting collecting(substitution->ended);
     while (isWhiteSpace(stream_.peek())) {
       stream_.get();
       collect(skipped);

@@ -95,7 +95,7 @@ class MacroExpander {
   // Under way, innermost last: the two sorts take turns, each waiting for the next.
   std::vector<std::variant<std::unique_ptr<Substitution>, std::unique_ptr<ListExpansion>>> expansions_;
   std::unique_ptr<Spares<Substitution>> spareSubstitutions_;
-  std::unique_ptr<Spares<ListExpansion>> spareLists_;
+  std::unique_ptr<Spares<ListExpansion>> spareListExpansions_;
   bool inCondition_ = false;
   TokenList expandedList_;    // Result of the last outermost list expansion.
   std::string argumentText_;  // Scratch space for stringizing and joining.

@@ -92,7 +92,7 @@ class Replacement::StepBuilder {
     finishTokens();
   }
 
-  void markLastUses() {
+  void findWantedAgain() {
     std::vector<bool> isWanted(parameterCount_);
     for (auto step = replacement_.steps_.rbegin(); step != replacement_.steps_.rend(); ++step) {
       if (step->kind == Step::Kind::Expand) {
@@ -197,7 +197,7 @@ Replacement::Replacement(std::string_view text, const std::vector<std::string>& 
   lex(text, names, lexer);
   StepBuilder builder(*this, parameters, names);
   builder.build();
-  builder.markLastUses();
+  builder.findWantedAgain();
 }
 
 }  // namespace qnpp

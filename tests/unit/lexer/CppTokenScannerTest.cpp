@@ -235,7 +235,7 @@ TEST_F(CppTokenScannerTest, IsExhaustedWhenNothingIsLeft) {
 
 struct CopyRow {
   std::vector<std::string_view> elements;
-  const char* output;  // What is handed out stands in brackets, plain tokens of it left out.
+  const char* output;  // What is handed out stands in brackets, tokens that are written as they stand left out.
 };
 
 TEST_F(CppTokenScannerTest, CopyingHandsOutWhatTheEngineHasToSee) {

@@ -235,14 +235,14 @@ std::string skipGroup(Reading& reading, PassPlainLines passPlainLines) {
   }
 }
 
-TEST(SkippingTest, PlainLinesLeaveEmptyLines) {
+TEST(SkippingTest, WholeLinesLeaveEmptyLines) {
   std::mt19937 random(4714);
   for (int round = 0; round < 30000; ++round) {
     const std::string text = makeText(random);
     Reading byTokens(text, text.size() + 1);
     Reading skipped(text, 1 + random() % 40);
     const std::string expected = skipGroup(byTokens, [](CppFileScanner&) {});
-    ASSERT_EQ(skipGroup(skipped, [](CppFileScanner& scanner) { scanner.skipPlainLines(); }), expected) << visible(text);
+    ASSERT_EQ(skipGroup(skipped, [](CppFileScanner& scanner) { scanner.skipWholeLines(); }), expected) << visible(text);
   }
 }
 
@@ -305,7 +305,7 @@ TEST(SkippingTest, CopyingWritesWhatAMacroIsKnownToComeTo) {
     Name& name = *setting.names.intern("MACRO");
     name.macro = &macro;
     setting.names.noteMacro(name);
-    name.settled = {"12", 2, setting.names.generation()};
+    name.finalText = {"12", 2, setting.names.generation()};
     if (!isStillKnown) {
       setting.names.beginGeneration();
     }
@@ -323,7 +323,7 @@ struct SkipRow {
 };
 
 // From the start of the second line.
-TEST(SkippingTest, PlainLinesEndAtALineThatMayBeADirective) {
+TEST(SkippingTest, WholeLinesEndAtALineThatMayBeADirective) {
   const SkipRow rows[] = {
       {"\n", "", ""},
       {"\na\nb\n", "\n\n", ""},
@@ -356,7 +356,7 @@ TEST(SkippingTest, PlainLinesEndAtALineThatMayBeADirective) {
     CppLexer lexer(input, setting.context);
     EXPECT_EQ(lexer.next(), TK_NEWLINE);
     const std::string lines = row.output;
-    EXPECT_EQ(lexer.skipPlainLines(), !lines.empty()) << visible(row.text);
+    EXPECT_EQ(lexer.skipWholeLines(), !lines.empty()) << visible(row.text);
     EXPECT_EQ(setting.written(), lines) << visible(row.text);
     EXPECT_EQ(dumpRest(lexer), row.rest) << visible(row.text);
   }

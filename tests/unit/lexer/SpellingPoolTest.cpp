@@ -52,15 +52,15 @@ TEST(SpellingTest, EveryCharacterHasASharedSpelling) {
   EXPECT_EQ(blankSpelling(), characterSpelling(' '));
 }
 
-TEST(SpellingTest, PlainTextIsWhatTheRunLoopWritesAsItStands) {
+TEST(SpellingTest, SomeTokensAreWrittenAsTheyStand) {
   SpellingSetting setting;
   CppMacro macro;
   setting.name("MACRO").macro = &macro;
   for (const std::string_view text : {"a", "MACROS", "if", "defined", "1", "\"MACRO\"", "+", " ", "\\\n", "##"}) {
-    EXPECT_TRUE(setting.spell(text)->isPlainText()) << text;
+    EXPECT_TRUE(setting.spell(text)->isWrittenAsIs()) << text;
   }
   for (const std::string_view text : {"MACRO", "\n", "_Pragma", "", "a+b", "/**/"}) {
-    EXPECT_FALSE(setting.spell(text)->isPlainText()) << text;
+    EXPECT_FALSE(setting.spell(text)->isWrittenAsIs()) << text;
   }
 }
 
@@ -112,7 +112,7 @@ TEST_F(SpellingPoolTest, ATextIsWhatItLexesInto) {
       {"\"//\"", "STRING:\"//\""},
   };
   for (const Row& row : rows) {
-    const Spelling& spelling = *pool.text(row.text);
+    const Spelling& spelling = *pool.spell(row.text);
     EXPECT_EQ(dump(spelling), row.spelling) << visible(row.text);
     EXPECT_TRUE(spelling.text() == row.text || row.text == "\r") << visible(row.text);
   }
@@ -122,26 +122,26 @@ TEST_F(SpellingPoolTest, ATextIsWhatItLexesInto) {
 
 TEST_F(SpellingPoolTest, NamesAndCharactersAreShared) {
   Name& known = setting.name("known");
-  EXPECT_EQ(pool.token(TK_IDENTIFIER, "known"), &known.spelling);
-  EXPECT_EQ(pool.text("known"), &known.spelling);
-  EXPECT_EQ(pool.token(TK_IF, "if"), &setting.names.find("if")->spelling);
-  EXPECT_EQ(pool.token(TK_DEFINED, "defined"), &setting.names.find("defined")->spelling);
-  EXPECT_EQ(pool.token('+', "+"), characterSpelling('+'));
-  EXPECT_EQ(pool.token(TK_SPACE, " "), blankSpelling());
-  EXPECT_EQ(pool.token(TK_NEWLINE, "\n"), characterSpelling('\n'));
-  EXPECT_EQ(pool.token(TK_OTHER, ";"), characterSpelling(';'));
-  EXPECT_EQ(pool.text("+"), characterSpelling('+'));
+  EXPECT_EQ(pool.spell(TK_IDENTIFIER, "known"), &known.spelling);
+  EXPECT_EQ(pool.spell("known"), &known.spelling);
+  EXPECT_EQ(pool.spell(TK_IF, "if"), &setting.names.find("if")->spelling);
+  EXPECT_EQ(pool.spell(TK_DEFINED, "defined"), &setting.names.find("defined")->spelling);
+  EXPECT_EQ(pool.spell('+', "+"), characterSpelling('+'));
+  EXPECT_EQ(pool.spell(TK_SPACE, " "), blankSpelling());
+  EXPECT_EQ(pool.spell(TK_NEWLINE, "\n"), characterSpelling('\n'));
+  EXPECT_EQ(pool.spell(TK_OTHER, ";"), characterSpelling(';'));
+  EXPECT_EQ(pool.spell("+"), characterSpelling('+'));
 }
 
 TEST_F(SpellingPoolTest, OneDigitAndOneLetterAreTokensOfTheirKinds) {
-  EXPECT_EQ(dump(*pool.token(TK_DEC_INT, "1")), "DEC_INT:1");
-  EXPECT_EQ(dump(*pool.token(TK_OCT_INT, "0")), "OCT_INT:0");
-  EXPECT_EQ(dump(*pool.token(TK_IDENTIFIER, "x")), "IDENTIFIER:x");
+  EXPECT_EQ(dump(*pool.spell(TK_DEC_INT, "1")), "DEC_INT:1");
+  EXPECT_EQ(dump(*pool.spell(TK_OCT_INT, "0")), "OCT_INT:0");
+  EXPECT_EQ(dump(*pool.spell(TK_IDENTIFIER, "x")), "IDENTIFIER:x");
 }
 
 TEST_F(SpellingPoolTest, TokenTextsAreCopied) {
   std::string text = "\"string\"";
-  const Spelling& spelling = *pool.token(TK_STRING, text);
+  const Spelling& spelling = *pool.spell(TK_STRING, text);
   text.assign(text.size(), '-');
   EXPECT_EQ(spelling.text(), "\"string\"");
 }
@@ -158,34 +158,34 @@ TEST_F(SpellingPoolTest, LexesATextIntoSpellings) {
 }
 
 TEST_F(SpellingPoolTest, OlderSpellingsSurviveARelease) {
-  const Spelling& older = *pool.text("\"older\"");
+  const Spelling& older = *pool.spell("\"older\"");
   const SpellingPool::Mark mark = pool.mark();
   for (int count = 0; count < 5000; ++count) {
-    pool.text("\"newer " + std::to_string(count) + "\"");
-    pool.text("unknown" + std::to_string(count));
-    pool.text("a+" + std::to_string(count));
+    pool.spell("\"newer " + std::to_string(count) + "\"");
+    pool.spell("unknown" + std::to_string(count));
+    pool.spell("a+" + std::to_string(count));
   }
   EXPECT_LT(mark, pool.mark());
   pool.release(mark);
   EXPECT_EQ(pool.mark(), mark);
   EXPECT_EQ(older.text(), "\"older\"");
-  EXPECT_EQ(dump(*pool.text("x-y")), "[IDENTIFIER:x - IDENTIFIER:y]");
+  EXPECT_EQ(dump(*pool.spell("x-y")), "[IDENTIFIER:x - IDENTIFIER:y]");
   EXPECT_EQ(older.text(), "\"older\"");
 }
 
 TEST_F(SpellingPoolTest, KeptTextsLiveAsLongAsSpellings) {
   const SpellingPool::Mark mark = pool.mark();
   std::string text = "text";
-  const std::string_view kept = pool.keep(text);
+  const std::string_view kept = pool.store(text);
   text = "else";
   EXPECT_EQ(kept, "text");
   EXPECT_LT(mark, pool.mark());
 }
 
 TEST_F(SpellingPoolTest, WordsLearnThatTheyHaveBecomeNames) {
-  const Spelling& before = *pool.text("later");
-  const Spelling& inside = *pool.text("+later");
-  const Spelling& other = *pool.text("other");
+  const Spelling& before = *pool.spell("later");
+  const Spelling& inside = *pool.spell("+later");
+  const Spelling& other = *pool.spell("other");
   EXPECT_EQ(before.name, nullptr);
   Name& name = setting.name("later");
   EXPECT_EQ(before.name, nullptr);
@@ -196,11 +196,11 @@ TEST_F(SpellingPoolTest, WordsLearnThatTheyHaveBecomeNames) {
 }
 
 TEST_F(SpellingPoolTest, ReleasedWordsLearnNothing) {
-  const Spelling& kept = *pool.text("later");
+  const Spelling& kept = *pool.spell("later");
   const SpellingPool::Mark mark = pool.mark();
-  pool.text("later");
+  pool.spell("later");
   pool.release(mark);
-  const std::string_view reused = pool.keep(std::string(sizeof(Spelling) + 16, 'x'));
+  const std::string_view reused = pool.store(std::string(sizeof(Spelling) + 16, 'x'));
   pool.nameBecameKnown(setting.name("later"));
   EXPECT_EQ(reused, std::string(sizeof(Spelling) + 16, 'x'));  // Not written over.
   EXPECT_NE(kept.name, nullptr);

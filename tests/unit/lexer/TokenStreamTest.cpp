@@ -409,13 +409,14 @@ TEST_F(TokenLifeTest, ExhaustedListsAreDropped) {
 }
 
 // Tokens of an argument are borrowed from the list that they stand in.
-TEST_F(TokenLifeTest, WhileKeepingListsThatEndAreNotUsedAgain) {
+TEST_F(TokenLifeTest, CollectedListsAreNotUsedAgainBeforeTheyAreReleased) {
   TokenStream::EndedLists ended(setting.stream);
   setting.push({"x", "+", "y"}, setting.hideSetOf("X"));
   const CppTokenScanner* const source = &setting.stream.listSource();
   const SpellingRange rest = setting.stream.listSource().rest();
   {
-    const TokenStream::Keeping keeping(setting.stream, ended);
+    const TokenStream::Hold hold(setting.stream);
+    const TokenStream::EndedLists::Collecting collecting(ended);
     EXPECT_EQ(setting.takeAll(), "x{X}|+{X}|y{X}|a|<LF>");
   }
   setting.push({"other", "texts", "instead"});

@@ -18,7 +18,7 @@ struct SpellingSetting : LexerSetting {
   StoredTextLexer lexer{context};
   SpellingPool pool{names, lexer};
 
-  const Spelling* spell(std::string_view text) { return pool.text(text); }
+  const Spelling* spell(std::string_view text) { return pool.spell(text); }
   Name& name(std::string_view text) { return *names.intern(text); }
 
   /// The set of the names in `text`, which stand next to each other: "AB" is the set of A and B.

@@ -1,4 +1,4 @@
-#include "macros/SettledText.h"
+#include "macros/FinalText.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -10,12 +10,12 @@ namespace qnpp {
 namespace {
 
 // Whether the name is that of an object-like macro whose list is the same at each use.
-bool hasSettledTokens(const Name& name) {
+bool hasLastingTokens(const Name& name) {
   return name.macro != nullptr && !name.macro->functionLike && name.macro->replacement != nullptr;
 }
 
-// Appends what the object-like macro comes to. Returns false, with the text in pieces, if that is more than plain text,
-// depends on what stands behind the name, or is too long to be worth keeping.
+// Appends what the object-like macro comes to. Returns false, with the text in pieces, if that is more than
+// tokens written as they stand, depends on what stands behind the name, or is too long to be worth keeping.
 bool appendExpandedText(const Name& name, std::string& text) {
   constexpr std::size_t kMostTokens = 200;
   constexpr std::size_t kMostBytes = 250;
@@ -35,9 +35,9 @@ bool appendExpandedText(const Name& name, std::string& text) {
     // The names of the macros around a token are its hide set.
     const bool isHidden =
         std::any_of(levels.begin(), levels.end(), [&token](const Level& level) { return level.name == token.name; });
-    if (isHidden || token.isPlainText()) {
+    if (isHidden || token.isWrittenAsIs()) {
       text.append(token.text());
-    } else if (token.name != nullptr && hasSettledTokens(*token.name)) {
+    } else if (token.name != nullptr && hasLastingTokens(*token.name)) {
       levels.push_back({token.name, token.name->macro->replacement->tokens()});
     } else {
       return false;
@@ -51,17 +51,17 @@ bool appendExpandedText(const Name& name, std::string& text) {
 
 }  // namespace
 
-bool findSettledText(Name& name, const NameTable& names) {
-  if (name.settled.generation == names.generation()) {
+bool findFinalText(Name& name, const NameTable& names) {
+  if (name.finalText.generation == names.generation()) {
     return true;  // The first word of a line is handed out all the same.
   }
-  if (!hasSettledTokens(name)) {
+  if (!hasLastingTokens(name)) {
     return false;  // Lexing it does more than give tokens, each time.
   }
   CppMacro& macro = *name.macro;
   const bool isFixed = macro.replacement->isFixedText();
   if (!isFixed) {
-    SettledTextSearch& search = macro.settledText;
+    FinalTextSearch& search = macro.finalTextSearch;
     if (search.usedIn != names.generation()) {
       search.usedIn = names.generation();
       search.isInVain = false;
@@ -76,8 +76,8 @@ bool findSettledText(Name& name, const NameTable& names) {
       return false;
     }
   }
-  const std::string& text = isFixed ? macro.text : macro.settledText.text;
-  name.settled = {text.data(), text.size(), names.generation()};
+  const std::string& text = isFixed ? macro.text : macro.finalTextSearch.text;
+  name.finalText = {text.data(), text.size(), names.generation()};
   return true;
 }
 

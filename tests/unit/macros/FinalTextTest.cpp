@@ -1,6 +1,6 @@
 // Object-like macros that come to the same text at each use. It is sought at the second use, and from the third on the
 // lexer writes it; so each macro is used three times here, and every use has to give the same.
-#include "macros/SettledText.h"
+#include "macros/FinalText.h"
 
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@
 namespace qnpp {
 namespace {
 
-TEST(SettledTextTest, EachUseGivesTheSame) {
+TEST(FinalTextTest, EachUseGivesTheSame) {
   expectRuns({
       {"#define A a 1\nA A A\n", "#line 2 \"a.c\"\na 1 a 1 a 1\n"},
       {"#define A\n[A] [A] [A]\n", "#line 2 \"a.c\"\n[] [] []\n"},
@@ -26,7 +26,7 @@ TEST(SettledTextTest, EachUseGivesTheSame) {
   });
 }
 
-TEST(SettledTextTest, AnyDefinitionMayChangeIt) {
+TEST(FinalTextTest, AnyDefinitionMayChangeIt) {
   expectRuns({
       {"#define A B\n#define B 1\nA A A\n#undef B\nA A A\n", "#line 3 \"a.c\"\n1 1 1\n#line 5 \"a.c\"\nB B B\n"},
       {"#define A B\n#define B 1\nA A A\n#undef B\n#define B 2\nA A A\n",
@@ -36,7 +36,7 @@ TEST(SettledTextTest, AnyDefinitionMayChangeIt) {
   });
 }
 
-TEST(SettledTextTest, WhatDependsOnThePlaceIsNotSettled) {
+TEST(FinalTextTest, WhatDependsOnThePlaceIsNotFinal) {
   expectRuns({
       {"#define F(x) <x>\n#define A F\nA(1) A(2) A(3) A;\n", "#line 3 \"a.c\"\n<1> <2> <3> F;\n"},
       {"#define A __LINE__ B\n#define B 1\nA\nA\nA\n", "#line 3 \"a.c\"\n3 1\n4 1\n5 1\n"},
@@ -46,7 +46,7 @@ TEST(SettledTextTest, WhatDependsOnThePlaceIsNotSettled) {
   });
 }
 
-TEST(SettledTextTest, LongTextsAndManyTokensAreNotKept) {
+TEST(FinalTextTest, LongTextsAndManyTokensAreNotKept) {
   const std::string word(100, 'w');
   const std::string words = word + " " + word + " " + word;
   EXPECT_EQ(preprocess("#define B " + word + "\n#define A B B B\nA;A;A\n").output,
@@ -57,7 +57,7 @@ TEST(SettledTextTest, LongTextsAndManyTokensAreNotKept) {
             std::string(kFirstLine) + "#line 3 \"a.c\"\n[" + blanks + "][" + blanks + "][" + blanks + "]\n");
 }
 
-TEST(SettledTextTest, EachChangeOfADefinitionBeginsAGeneration) {
+TEST(FinalTextTest, EachChangeOfADefinitionBeginsAGeneration) {
   StreamSetting setting;
   CppMacroTable table(setting.names, setting.stream);
   const auto begins = [&setting](auto change) {
@@ -75,7 +75,7 @@ TEST(SettledTextTest, EachChangeOfADefinitionBeginsAGeneration) {
 
 // ---- The search by itself ----
 
-struct SettledTextSearchTest : testing::Test {
+struct FinalTextSearchTest : testing::Test {
   // What A is found to come to in the use of the given number in this generation, under the definitions, all of them
   // used before.
   std::string found(const std::vector<std::string>& definitions, int use) {
@@ -86,9 +86,9 @@ struct SettledTextSearchTest : testing::Test {
     Name& name = setting.streams.name("A");
     bool isFound = false;
     for (; use > 0; --use) {
-      isFound = findSettledText(name, setting.streams.names);
+      isFound = findFinalText(name, setting.streams.names);
     }
-    return isFound ? std::string(name.settled.text()) : "none";
+    return isFound ? std::string(name.finalText.text()) : "none";
   }
 
   static void lexList(DefinitionSetting& setting, const std::string& name) {
@@ -105,7 +105,7 @@ struct SearchRow {
   std::string second;  // and at the second.
 };
 
-TEST_F(SettledTextSearchTest, TextsWithNamesAreSoughtAtTheSecondUse) {
+TEST_F(FinalTextSearchTest, TextsWithNamesAreSoughtAtTheSecondUse) {
   const SearchRow rows[] = {
       {{"A"}, "", ""},
       {{"A 1 + \"s\" ;"}, "1 + \"s\" ;", "1 + \"s\" ;"},
@@ -126,7 +126,7 @@ TEST_F(SettledTextSearchTest, TextsWithNamesAreSoughtAtTheSecondUse) {
   }
 }
 
-TEST_F(SettledTextSearchTest, LongTextsAreNotKept) {
+TEST_F(FinalTextSearchTest, LongTextsAreNotKept) {
   const std::string word(250, 'w');
   EXPECT_EQ(found({"A " + word}, 2), word);
   EXPECT_EQ(found({"A " + word + "w"}, 2), "none");
@@ -137,21 +137,21 @@ TEST_F(SettledTextSearchTest, LongTextsAreNotKept) {
   EXPECT_EQ(found({"A " + fixed}, 1), fixed);  // That one is the definition's own.
 }
 
-TEST_F(SettledTextSearchTest, AMacroThatHasNotBeenUsedIsNotLookedInto) {
+TEST_F(FinalTextSearchTest, AMacroThatHasNotBeenUsedIsNotLookedInto) {
   DefinitionSetting setting({"A B", "B 1"});
   Name& name = setting.streams.name("A");
-  EXPECT_FALSE(findSettledText(name, setting.streams.names));  // Nor is A itself.
+  EXPECT_FALSE(findFinalText(name, setting.streams.names));  // Nor is A itself.
   lexList(setting, "A");
-  EXPECT_FALSE(findSettledText(name, setting.streams.names));
-  EXPECT_FALSE(findSettledText(name, setting.streams.names));
+  EXPECT_FALSE(findFinalText(name, setting.streams.names));
+  EXPECT_FALSE(findFinalText(name, setting.streams.names));
   lexList(setting, "B");
-  EXPECT_FALSE(findSettledText(name, setting.streams.names));  // It was sought in vain in this generation.
+  EXPECT_FALSE(findFinalText(name, setting.streams.names));  // It was sought in vain in this generation.
   setting.streams.names.beginGeneration();
-  EXPECT_FALSE(findSettledText(name, setting.streams.names));
-  EXPECT_TRUE(findSettledText(name, setting.streams.names));
-  EXPECT_EQ(name.settled.text(), "1");
+  EXPECT_FALSE(findFinalText(name, setting.streams.names));
+  EXPECT_TRUE(findFinalText(name, setting.streams.names));
+  EXPECT_EQ(name.finalText.text(), "1");
   setting.streams.names.beginGeneration();
-  EXPECT_FALSE(findSettledText(name, setting.streams.names));
+  EXPECT_FALSE(findFinalText(name, setting.streams.names));
 }
 
 }  // namespace

@@ -1,0 +1,26 @@
+// What object-like macros come to wherever they stand.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "lexer/NameTable.h"
+
+namespace qnpp {
+
+/// How far the search for the final text of a macro has come; a part of its definition.
+struct FinalTextSearch {
+  std::string text;          ///< What `Name::finalText` shows, unless that is the text of the definition itself.
+  std::uint64_t usedIn = 0;  ///< The generation of definitions in which the macro was last used in a text line,
+  bool isInVain = false;     ///< and whether it was found then that there is no such text.
+};
+
+/// Most object-like macros come to the same text wherever they stand in a file's text lines: what is in
+/// them is written as it stands, or is another such macro. That text is kept with the name until a definition changes,
+/// and the lexer writes it without handing the name out. It is sought when a macro is used for the second time, so that
+/// definitions and uses that take turns do not pay for it.
+///
+/// To be called at each use of `name`, the name of an object-like macro. Returns whether `name.finalText` holds.
+bool findFinalText(Name& name, const NameTable& names);
+
+}  // namespace qnpp

@@ -72,11 +72,6 @@ void CppLexer::restart(std::istream& input) {
   stringUnclosedUntil_ = characterUnclosedUntil_ = 0;
 }
 
-void CppLexer::restart(std::unique_ptr<std::istream> input) {
-  restart(*input);
-  ownedInput_ = std::move(input);
-}
-
 int CppLexer::LexerInput(char* to, int size) {
   if (inputEnded_) {
     return 0;  // The end is final, even where the system would deliver more: a terminal, a growing file.
@@ -598,24 +593,7 @@ bool CppLexer::passLine(char*& at, Stops& stops) {
         break;
       case '\\':
       case '/':
-        if (at[1] == '\0' && atBufferEnd(at + 1)) {
-          char* next = at + 1;
-          refill(next);
-          at = yytext;
-          stops.forget();
-        }
-        if (*at == '\\') {
-          ++at;
-          if (isOneOf(*at, '\n', '\r')) {
-            at = passLineEnd(at);
-            stops.forget();
-          }
-        } else if (isOneOf(at[1], '*', '/')) {
-          at = at[1] == '*' ? passBlockComment(at + 2) : passLineComment(at + 2);
-          stops.forget();
-        } else {
-          ++at;
-        }
+        at = passBackslashOrComment(at, stops);
         break;
       default:
         ++at;
@@ -624,6 +602,26 @@ bool CppLexer::passLine(char*& at, Stops& stops) {
         break;
     }
   }
+}
+
+// Passes over the "\" or "/" at `at`, which is `yytext`, and the line end or comment that follows, if one does.
+char* CppLexer::passBackslashOrComment(char* at, Stops& stops) {
+  if (at[1] == '\0' && atBufferEnd(at + 1)) {
+    char* next = at + 1;
+    refill(next);
+    at = yytext;
+    stops.forget();
+  }
+  const bool isBackslash = *at == '\\';
+  const char next = at[1];
+  if (isBackslash ? !isOneOf(next, '\n', '\r') : !isOneOf(next, '*', '/')) {
+    return at + 1;
+  }
+  stops.forget();
+  if (isBackslash) {
+    return passLineEnd(at + 1);
+  }
+  return next == '*' ? passBlockComment(at + 2) : passLineComment(at + 2);
 }
 
 }  // namespace qnpp

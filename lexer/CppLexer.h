@@ -60,7 +60,6 @@ class CppLexer final : public yyCppFlexLexer {
 
   /// Starts over at line 1 with another borrowed input, keeping the buffers.
   void restart(std::istream& input);
-  void restart(std::unique_ptr<std::istream> input);
 
   /// The next token, TK_END at the end of the input and ever after.
   CppTokenKind next() { return yylex(); }
@@ -172,6 +171,7 @@ class CppLexer final : public yyCppFlexLexer {
   bool canSkipLine(const char* at) const;
   bool canSkipDirective(const char* at) const;
   bool passLine(char*& at, Stops& stops);
+  char* passBackslashOrComment(char* at, Stops& stops);
 
   std::istream* input_ = nullptr;
   std::unique_ptr<std::istream> ownedInput_;

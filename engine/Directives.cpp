@@ -18,7 +18,7 @@ void CppPreprocessor::readOperand(bool isCondition) {
   operand_.clear();
   for (CppTokenKind kind = stream_.peek(); kind != TK_NEWLINE && kind != TK_END; kind = stream_.peek()) {
     stream_.get();
-    stream_.appendCurrent(*stream_.spelling(kind), operand_);
+    stream_.appendCurrent(kind, operand_);
   }
   expander_.expandTokenList(operand_, isCondition);
 }

@@ -1,5 +1,7 @@
 #include "lexer/CppFileScanner.h"
 
+#include <cassert>
+
 #include "lexer/InputFile.h"
 
 namespace qnpp {
@@ -19,6 +21,7 @@ CppFileScanner::CppFileScanner(const std::string& name, std::istream& standardIn
 }
 
 CppTokenKind CppFileScanner::peek() {
+  assert(!openFailed());
   if (!hasPeek_) {
     const std::int32_t line = lexer_->line();
     peekKind_ = lexer_->next();
@@ -29,6 +32,7 @@ CppTokenKind CppFileScanner::peek() {
 }
 
 CppTokenKind CppFileScanner::get() {
+  assert(!openFailed());
   CppTokenKind kind = peekKind_;
   if (hasPeek_) {
     hasPeek_ = false;
@@ -78,6 +82,7 @@ bool CppFileScanner::skipLine() {
 }
 
 void CppFileScanner::skipWholeLines() {
+  assert(atLineStart_);
   if (kShortcuts && !hasPeek_ && lexer_->skipWholeLines()) {
     atLineStart_ = true;
   }

@@ -52,6 +52,9 @@ static_assert(TK_IDENTIFIER == 274 && TK_PRAGMA_OP == 293);
 /// True for the kinds that may name a macro or a parameter: identifiers and the directive words.
 constexpr bool isName(CppTokenKind kind) { return kind >= TK_IF && kind <= TK_IDENTIFIER; }
 
+/// True for the kinds that look like a name: the names, `defined` and `_Pragma`.
+constexpr bool isWord(CppTokenKind kind) { return isName(kind) || kind == TK_DEFINED || kind == TK_PRAGMA_OP; }
+
 /// True for white space inside a line: a blank, a comment or a continued line end.
 constexpr bool isBlank(CppTokenKind kind) { return kind == TK_SPACE || kind == TK_CONTINUATION; }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstdint>
+#include <string_view>
 #include <utility>
 
 #include "lexer/Shortcuts.h"
@@ -32,6 +34,7 @@ CppTokenScanner::CppTokenScanner(SpellingPool& pool, const LexerContext& context
 CppTokenScanner::~CppTokenScanner() = default;
 
 void CppTokenScanner::read(TokenList& list, std::size_t first) {
+  assert(first <= list.size() && list_.empty());
   std::swap(list_, list);
   range_.tokens = list_.spellings().subspan(first);
   range_.list = &list_;
@@ -47,6 +50,7 @@ void CppTokenScanner::read(const TokenRange& tokens, NormalizedTokens* surroundi
 }
 
 void CppTokenScanner::start() {
+  assert(isBetweenElements() && peek_ == nullptr && spelling_ == nullptr);
   begin_ = at_ = range_.tokens.data();
   end_ = begin_ + range_.tokens.size();
   run_ = range_.list == nullptr || begin_ == end_ ? 0 : range_.list->runAt(range_.position);
@@ -112,7 +116,7 @@ CppTokenKind CppTokenScanner::peek() {
 CppTokenKind CppTokenScanner::get() { return handOut(peek_ != nullptr ? std::exchange(peek_, nullptr) : next()); }
 
 CppTokenKind CppTokenScanner::copyText() {
-  if (kShortcuts && peek_ == nullptr && pieces_.empty() && reader_ == nullptr) {
+  if (kShortcuts && peek_ == nullptr && isBetweenElements()) {
     for (; at_ != end_; ++at_) {
       const Spelling& element = **at_;
       if (!element.isWrittenAsIs()) {
@@ -175,7 +179,7 @@ bool CppTokenScanner::isSurelyHidden(const Name& name) {
 // ---- Taking tokens with their hide sets ----
 
 void CppTokenScanner::takeSettled(TokenList& list) {
-  if (!kShortcuts || peek_ != nullptr || !pieces_.empty() || reader_ != nullptr) {
+  if (!kShortcuts || peek_ != nullptr || !isBetweenElements()) {
     return;
   }
   const std::uint64_t generation = context_.names.generation();
@@ -202,6 +206,7 @@ void CppTokenScanner::takeSettled(TokenList& list) {
 }
 
 void CppTokenScanner::appendCurrent(TokenList& list, bool isSettled) {
+  assert(spelling_ != nullptr);
   if (range_.list == nullptr && !isSettled) {
     list.append(spelling_, range_.hideSet);
     return;
@@ -216,7 +221,7 @@ void CppTokenScanner::appendCurrent(TokenList& list, bool isSettled) {
 // ---- Arguments that are used where they stand ----
 
 SpellingRange CppTokenScanner::rest() const {
-  if (!pieces_.empty() || reader_ != nullptr) {
+  if (!isBetweenElements()) {
     return {};
   }
   if (peek_ == nullptr) {

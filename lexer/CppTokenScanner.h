@@ -24,7 +24,7 @@ class CppTokenScanner final : public CppScanner {
   ~CppTokenScanner() override;
 
   /// Reads the tokens of `list` from position `first` on. The scanner owns the list from now on; what storage it had is
-  /// left in `list`, empty. The spellings are borrowed.
+  /// left in `list`, empty. The spellings are borrowed. The scanner must be new or have been reset, here and below.
   void read(TokenList& list, std::size_t first = 0);
   /// Reads `tokens`, which are borrowed: they must stay until the scanner is reset. They are a part of `surroundings`,
   /// or of nothing that is known to be normalized if that is null.
@@ -60,7 +60,7 @@ class CppTokenScanner final : public CppScanner {
   const Spelling* spelling() const { return spelling_; }
 
   /// True when nothing is left to read, not even a token that has been looked at.
-  bool isExhausted() const { return at_ == end_ && peek_ == nullptr && pieces_.empty() && reader_ == nullptr; }
+  bool isExhausted() const { return at_ == end_ && peek_ == nullptr && isBetweenElements(); }
   /// True while tokens come from a text that is lexed here, and so live in the pool: one may have been looked at.
   bool isLexing() const { return reader_ != nullptr; }
 
@@ -74,6 +74,8 @@ class CppTokenScanner final : public CppScanner {
  private:
   struct CommentReader;
 
+  // Nothing is left of the element that was taken last.
+  bool isBetweenElements() const { return pieces_.empty() && reader_ == nullptr; }
   const Spelling* next();
   CppTokenKind handOut(const Spelling* spelling);
   void start();

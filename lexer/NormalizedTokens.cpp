@@ -1,5 +1,6 @@
 #include "lexer/NormalizedTokens.h"
 
+#include <cassert>
 #include <utility>
 
 namespace qnpp {
@@ -8,6 +9,7 @@ const Spelling* const* NormalizedTokens::closing(const Spelling* const* open) {
   if (closing_.empty()) {
     matchParentheses();
   }
+  assert(open >= tokens_.data() && open < tokens_.data() + tokens_.size() && (*open)->kind == '(');
   const std::uint32_t distance = closing_[static_cast<std::size_t>(open - tokens_.data())];
   return distance == 0 ? nullptr : open + distance;
 }

@@ -54,6 +54,11 @@ inline const Spelling* characterSpelling(char character) {
   return &kCharacterSpellings[static_cast<unsigned char>(character)];
 }
 
+/// Whether a token of `kind` and `text` is such a character.
+inline bool isCharacterToken(CppTokenKind kind, std::string_view text) {
+  return text.size() == 1 && !isName(kind) && kind < TK_DEC_INT;
+}
+
 /// The single blank that stands for white space in normalized text.
 inline const Spelling* blankSpelling() { return characterSpelling(' '); }
 

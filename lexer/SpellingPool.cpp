@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cstdint>
 #include <limits>
 #include <memory>
 #include <new>
@@ -11,7 +12,7 @@
 namespace qnpp {
 namespace {
 
-// True for a text that is an identifier or a word with a kind of its own: by far the commonest joined text.
+// True for a text that is one word: by far the commonest joined text.
 bool isWord(std::string_view text) {
   return !text.empty() && !(text[0] >= '0' && text[0] <= '9') && std::all_of(text.begin(), text.end(), isWordByte);
 }
@@ -49,17 +50,16 @@ Spelling* SpellingPool::make(CppTokenKind kind, std::string_view text) {
 }
 
 const Spelling* SpellingPool::spell(CppTokenKind kind, std::string_view text) {
-  if (text.size() == 1 && !isName(kind) && !(text[0] >= '0' && text[0] <= '9')) {
+  if (isCharacterToken(kind, text)) {
     return characterSpelling(text[0]);
   }
-  const bool isWordKind = isName(kind) || kind == TK_DEFINED || kind == TK_PRAGMA_OP;
-  if (isWordKind) {
+  if (isWord(kind)) {
     if (Name* const known = names_.find(text)) {
       return &known->spelling;
     }
   }
   Spelling* const made = make(kind, arena_.copy(text));
-  if (isWordKind) {
+  if (isWord(kind)) {
     unknownNames_.push_back(made);
   }
   return made;

@@ -133,6 +133,7 @@ void TokenList::appendRange(const TokenRange& tokens, const HideSet& added, bool
   if (tokens.tokens.empty()) {
     return;
   }
+  assert(tokens.position + tokens.tokens.size() <= tokens.list->size() && tokens.list != this);
   const std::size_t begin = spellings_.size();
   spellings_.insert(spellings_.end(), tokens.tokens.begin(), tokens.tokens.end());
   const std::vector<Run>& runs = tokens.list->runs_;

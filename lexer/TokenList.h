@@ -1,6 +1,7 @@
 // Stored tokens and lists of them.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
@@ -83,6 +84,7 @@ class TokenList {
 
   /// Index of the run that holds the token at `position`.
   std::size_t runAt(std::size_t position) const {
+    assert(position < size());
     return position < runs_.front().end ? 0 : findRunBehindFirst(position);
   }
   /// The hide set of the token at `position`, which is in the run of that index.
@@ -150,6 +152,7 @@ struct TokenRange {
 
   /// `count` of the tokens, from the one at `begin` on.
   TokenRange part(std::size_t begin, std::size_t count) const {
+    assert(begin <= tokens.size() && count <= tokens.size() - begin);
     return {tokens.subspan(begin, count), hideSet, list, position + begin};
   }
 

@@ -7,9 +7,7 @@
 namespace qnpp {
 
 TokenStream::TokenStream(NameTable& names, const LexerContext& context, Listener& listener)
-    : names_(names), context_(context), listener_(listener), storedTextLexer_(context), pool_(names, storedTextLexer_) {
-  spareLists_.reserve(kMostSpares);
-}
+    : context_(context), listener_(listener), storedTextLexer_(context), pool_(names, storedTextLexer_) {}
 
 TokenStream::~TokenStream() = default;
 
@@ -20,7 +18,7 @@ Name* TokenStream::name() {
     return listSource().spelling()->name;
   }
   Name* const found = fileSource().name();
-  return found != nullptr ? found : names_.find(text());
+  return found != nullptr ? found : context_.names.find(text());
 }
 
 void TokenStream::skipBlanks() {
@@ -106,7 +104,7 @@ void TokenStream::push(const TokenRange& tokens) {
 // what they leave: returns the mark of all that it owns. Not so below a closed source: the tokens of an argument that
 // is being expanded may stand in such a list.
 SpellingPool::Mark TokenStream::dropExhaustedLists() {
-  SpellingPool::Mark mark = isHeld_ ? heldMark_ : pool_.mark();
+  SpellingPool::Mark mark = held_.value_or(pool_.mark());
   while (hasEnclosing() && !isInFile_ && listSource().isExhausted()) {
     mark = std::min(mark, sources_.back().mark);
     removeList();
@@ -115,11 +113,14 @@ SpellingPool::Mark TokenStream::dropExhaustedLists() {
 }
 
 void TokenStream::pushList(std::unique_ptr<CppTokenScanner> list, const SpellingPool::Mark& mark) {
+  assert(current_ != nullptr);
   const bool isBelowLexing = !isInFile_ && listSource().isLexing();
   CppTokenScanner* const entered = list.get();
   sources_.push_back({std::move(list), isBelowLexing ? pool_.mark() : mark});
   setCurrent(*entered);
-  heldMark_ = pool_.mark();  // What was held belongs to the new source.
+  if (held_) {
+    held_ = pool_.mark();  // What was held belongs to the new source.
+  }
 }
 
 void TokenStream::popSource() {
@@ -148,14 +149,14 @@ void TokenStream::removeList() {
   if (ended_ != nullptr) {
     ended_->lists_.push_back(std::move(list));
   } else {
-    recycle(std::move(list));
+    spareLists_.give(std::move(list));
   }
 }
 
 // Gives back what lies behind `mark`, or leaves it to the hold.
 void TokenStream::giveBack(const SpellingPool::Mark& mark) {
-  if (isHeld_) {
-    heldMark_ = std::min(heldMark_, mark);
+  if (held_) {
+    held_ = std::min(*held_, mark);
     return;
   }
   if (isInFile_ || !listSource().isLexing()) {
@@ -163,22 +164,6 @@ void TokenStream::giveBack(const SpellingPool::Mark& mark) {
   }
   if (!hasLists() && !retired_.empty()) {
     retired_.clear();
-  }
-}
-
-std::unique_ptr<CppTokenScanner> TokenStream::spareList() {
-  if (spareLists_.empty()) {
-    return std::make_unique<CppTokenScanner>(pool_, context_, hideSets_);
-  }
-  std::unique_ptr<CppTokenScanner> list = std::move(spareLists_.back());
-  spareLists_.pop_back();
-  return list;
-}
-
-void TokenStream::recycle(std::unique_ptr<CppTokenScanner> list) {
-  if (spareLists_.size() < kMostSpares) {
-    list->reset();
-    spareLists_.push_back(std::move(list));
   }
 }
 
@@ -208,41 +193,41 @@ TokenStream::Closed::~Closed() {
 }
 
 void TokenStream::pushClosed(std::unique_ptr<CppTokenScanner> list) {
-  assert(isHeld_ && !sources_.empty());
-  pushList(std::move(list), heldMark_);
+  assert(held_ && !sources_.empty());
+  pushList(std::move(list), *held_);
   floor_ = sources_.size() - 1;
 }
 
-TokenStream::Hold::Hold(TokenStream& stream) : stream_(stream), isOutermost_(!stream.isHeld_) {
+TokenStream::Hold::Hold(TokenStream& stream) : stream_(stream), isOutermost_(!stream.held_) {
   if (isOutermost_) {
-    stream_.isHeld_ = true;
-    stream_.heldMark_ = stream_.pool_.mark();
+    stream_.held_ = stream_.pool_.mark();
   }
 }
 
 TokenStream::Hold::~Hold() {
   if (isOutermost_) {
-    stream_.isHeld_ = false;
-    stream_.giveBack(stream_.heldMark_);
+    const SpellingPool::Mark mark = *stream_.held_;
+    stream_.held_.reset();
+    stream_.giveBack(mark);
   }
 }
 
 void TokenStream::EndedLists::release() {
   for (std::unique_ptr<CppTokenScanner>& list : lists_) {
-    stream_.recycle(std::move(list));
+    stream_.spareLists_.give(std::move(list));
   }
   lists_.clear();
 }
 
 TokenStream::EndedLists::Collecting::Collecting(EndedLists& lists) : stream_(lists.stream_) {
-  assert(stream_.ended_ == nullptr && stream_.isHeld_);
+  assert(stream_.ended_ == nullptr && stream_.held_);
   stream_.ended_ = &lists;
 }
 
 TokenStream::EndedLists::Collecting::~Collecting() { stream_.ended_ = nullptr; }
 
 void TokenStream::retire(std::shared_ptr<const void> definition) {
-  if (hasLists() || isHeld_) {
+  if (hasLists() || held_) {
     retired_.push_back(std::move(definition));
   }
 }

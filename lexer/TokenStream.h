@@ -16,7 +16,7 @@
 //  3. A source that is pushed under a hold takes over what the hold kept: its tokens may be among it. So an expansion's
 //     result brings along what its arguments were made of.
 //  4. A token that has been looked at counts as held: as long as a source is lexing a text anew, so that the token
-//     looked at may be one that it has just made, nothing is given back.
+//     looked at may be one that it has just made, nothing is given back; it goes with that source.
 //  5. Tokens of an argument may stand in the list that they were read from, which may end before the invocation does.
 //     Whoever reads the arguments has an `EndedLists` collect the lists that end meanwhile; they are not used again
 //     before it is released.
@@ -27,6 +27,7 @@
 #include <cassert>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -34,6 +35,7 @@
 #include "lexer/CppTokenScanner.h"
 #include "lexer/HideSetCache.h"
 #include "lexer/NameTable.h"
+#include "lexer/Spares.h"
 #include "lexer/SpellingPool.h"
 #include "lexer/StoredTextLexer.h"
 #include "lexer/TokenList.h"
@@ -57,7 +59,7 @@ class TokenStream {
     ~Listener() = default;
   };
 
-  /// All three are borrowed and outlive the object; so does whatever the context refers to.
+  /// The names, the listener and whatever the context refers to are borrowed and outlive the object.
   TokenStream(NameTable& names, const LexerContext& context, Listener& listener);
   TokenStream(const TokenStream&) = delete;
   TokenStream& operator=(const TokenStream&) = delete;
@@ -67,37 +69,22 @@ class TokenStream {
 
   /// Kind of the next token, which stays; TK_END at the end of the outermost source, or of a closed one.
   CppTokenKind peek() {
-    for (;;) {
-      const CppTokenKind kind = isInFile_ ? fileSource().peek() : listSource().peek();
-      if (kind != TK_END || !hasEnclosing()) {
-        return kind;
-      }
-      popSource();
-    }
+    return readOn([](auto& source) { return source.peek(); });
   }
   /// Takes the next token and makes it the current one.
   CppTokenKind get() {
-    for (;;) {
-      const CppTokenKind kind = isInFile_ ? fileSource().get() : listSource().get();
-      if (kind != TK_END || !hasEnclosing()) {
-        return kind;
-      }
-      popSource();
-    }
+    return readOn([](auto& source) { return source.get(); });
   }
   /// Like `get`, but writes what of a text line comes out as it stands, see CppLexer::copyText.
   CppTokenKind copyText() {
-    for (;;) {
-      const CppTokenKind kind = isInFile_ ? fileSource().copyText() : listSource().copyText();
-      if (kind != TK_END || !hasEnclosing()) {
-        return kind;
-      }
-      popSource();
-    }
+    return readOn([](auto& source) { return source.copyText(); });
   }
 
   /// Text of the current token; valid until the next one is looked at or taken.
-  std::string_view text() const { return current_->text(); }
+  std::string_view text() const {
+    assert(current_ != nullptr);
+    return current_->text();
+  }
   /// The name table's entry for the current token, which is a name; null when no definition mentions it.
   Name* name();
   /// A spelling of the current token, whose kind is `kind`. Valid as long as the list that it stands in, or a Hold
@@ -109,13 +96,15 @@ class TokenStream {
   const HideSet& hideSet() { return current_->hideSet(); }
   /// Whether `name` is in that set.
   bool isHidden(const Name& name) { return !isInFile_ && listSource().isHidden(name); }
-  /// Appends the current token, whose `spelling` this is, with its hide set.
-  void appendCurrent(const Spelling& spelling, TokenList& list) {
+  /// Appends the current token, of `kind`, with its hide set. Returns the `spelling`.
+  const Spelling& appendCurrent(CppTokenKind kind, TokenList& list) {
+    const Spelling* const appended = spelling(kind);
     if (isInFile_) {
-      list.append(&spelling, HideSet());
+      list.append(appended, HideSet());
     } else {
       listSource().appendCurrent(list);
     }
+    return *appended;
   }
 
   void skipBlanks();
@@ -138,11 +127,9 @@ class TokenStream {
   bool isInFile() const { return isInFile_; }
   /// The innermost file, whichever source is the current one; null before the first is pushed.
   CppFileScanner* file() const { return files_.empty() ? nullptr : files_.back(); }
-  /// The files that are being read, from the outermost on.
-  const std::vector<CppFileScanner*>& files() const { return files_; }
   /// The current source, if it is a list.
   CppTokenScanner& listSource() {
-    assert(!isInFile_);
+    assert(!isInFile_ && current_ != nullptr);
     return static_cast<CppTokenScanner&>(*current_);
   }
 
@@ -247,12 +234,23 @@ class TokenStream {
     SpellingPool::Mark mark;
   };
 
-  static constexpr std::size_t kMostSpares = kKeepsSpares ? 64 : 0;
-
   CppFileScanner& fileSource() {
     assert(isInFile_);
     return static_cast<CppFileScanner&>(*current_);
   }
+  // What `read` gives for the current source, or, where that ends, for the one below it.
+  template <typename Read>
+  CppTokenKind readOn(Read read) {
+    assert(current_ != nullptr);
+    for (;;) {
+      const CppTokenKind kind = isInFile_ ? read(fileSource()) : read(listSource());
+      if (kind != TK_END || !hasEnclosing()) {
+        return kind;
+      }
+      popSource();
+    }
+  }
+
   bool hasEnclosing() const { return sources_.size() > floor_ + 1; }
   bool hasLists() const { return sources_.size() > files_.size(); }
 
@@ -264,10 +262,8 @@ class TokenStream {
   void pushClosed(std::unique_ptr<CppTokenScanner> list);
   void giveBack(const SpellingPool::Mark& mark);
   void setCurrent(CppScanner& source);
-  std::unique_ptr<CppTokenScanner> spareList();
-  void recycle(std::unique_ptr<CppTokenScanner> list);
+  std::unique_ptr<CppTokenScanner> spareList() { return spareLists_.take(pool_, context_, hideSets_); }
 
-  NameTable& names_;
   LexerContext context_;
   Listener& listener_;
   StoredTextLexer storedTextLexer_;
@@ -280,11 +276,10 @@ class TokenStream {
   bool isInFile_ = false;
   std::vector<CppFileScanner*> files_;
 
-  bool isHeld_ = false;
-  SpellingPool::Mark heldMark_;  // While held: what lies behind it stays.
-  EndedLists* ended_ = nullptr;  // Where lists go that end; null: they are used again.
+  std::optional<SpellingPool::Mark> held_;  // Under a Hold: what lies behind it stays.
+  EndedLists* ended_ = nullptr;             // Where lists go that end; null: they are used again.
   std::vector<std::shared_ptr<const void>> retired_;
-  std::vector<std::unique_ptr<CppTokenScanner>> spareLists_;
+  Spares<CppTokenScanner> spareLists_;
 };
 
 }  // namespace qnpp

@@ -1,5 +1,7 @@
 #include "macros/ArgumentReading.h"
 
+#include <cstddef>
+
 #include "lexer/Shortcuts.h"
 
 namespace qnpp {

@@ -1,5 +1,6 @@
 #include "macros/Arguments.h"
 
+#include <cassert>
 #include <utility>
 
 #include "lexer/ByteSet.h"
@@ -29,6 +30,7 @@ bool areNormalized(SpellingRange tokens) {
 }  // namespace
 
 bool mayMerge(const Spelling& before, const Spelling& token) {
+  assert(before.size > 0 && token.size > 0);
   const char last = before.data[before.size - 1];
   const char first = token.data[0];
   if (isWordByte(last)) {
@@ -60,6 +62,7 @@ bool isLoneQuote(const Spelling& token) {
 }
 
 void Arguments::appendText(std::size_t index, std::string& text) const {
+  assert(index < count_);
   if (arguments_[index].text.data() != nullptr) {
     text.append(arguments_[index].text);
   } else {
@@ -68,10 +71,9 @@ void Arguments::appendText(std::size_t index, std::string& text) const {
 }
 
 void Arguments::add(TokenStream& stream, CppTokenKind kind) {
-  const SpellingRange before = collected_.spellings().subspan(begin_);
-  const Spelling& token = *stream.spelling(kind);
-  mustLex_ = mustLex_ || isLoneQuote(token) || (!before.empty() && mayMerge(*before.back(), token));
-  stream.appendCurrent(token, collected_);
+  const Spelling* const before = collected_.size() > begin_ ? collected_.spellings().back() : nullptr;
+  const Spelling& token = stream.appendCurrent(kind, collected_);
+  mustLex_ = mustLex_ || isLoneQuote(token) || (before != nullptr && mayMerge(*before, token));
 }
 
 void Arguments::finish(TokenStream& stream, HideSet hideSet) {
@@ -129,6 +131,7 @@ Arguments::Argument& Arguments::addArgument() {
 }
 
 void Arguments::rememberExpanded(std::size_t index, TokenList& tokens) {
+  assert(index < count_);
   Argument& argument = arguments_[index];
   argument.isExpanded = true;
   std::swap(argument.expanded, tokens);
@@ -159,6 +162,7 @@ void Arguments::Argument::clear() {
 }
 
 NormalizedTokens* Arguments::surroundings(std::size_t index) {
+  assert(index < count_);
   Argument& argument = arguments_[index];
   if (argument.surroundings == nullptr && argument.isNormalized) {
     argument.whole.reset(tokens(index).tokens);

@@ -51,6 +51,7 @@ class Arguments {
 
   /// The expansion of an argument, if it has been remembered; null otherwise.
   const TokenList* expanded(std::size_t index) const {
+    assert(index < count_);
     return arguments_[index].isExpanded ? &arguments_[index].expanded : nullptr;
   }
   /// Remembers the expansion of an argument, taking the tokens out of the list.

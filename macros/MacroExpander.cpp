@@ -1,7 +1,9 @@
 #include "macros/MacroExpander.h"
 
 #include <algorithm>
+#include <cassert>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "lexer/Shortcuts.h"
@@ -20,7 +22,7 @@ struct MacroExpander::Substitution {
   HideSet hideSet;                ///< Of the invocation, the macro's name included.
   TokenList result;               ///< What has been made so far.
 
-  void clear() {
+  void reset() {
     arguments.clear();
     ended.release();
     hideSet = HideSet();
@@ -30,57 +32,19 @@ struct MacroExpander::Substitution {
 
 /// The expansion of a list: the argument of the substitution below it, or what expandTokenList was given.
 struct MacroExpander::ListExpansion {
-  explicit ListExpansion(TokenStream& /*stream*/) {}
-
   std::optional<TokenStream::Closed> source;  ///< The list that is read.
   TokenList result;                           ///< What has been collected so far.
-  std::uint32_t argument = 0;                 ///< Which argument it is.
-  bool isWantedAgain = false;                 ///< And whether a later step wants its expansion too.
   std::uint64_t eventCount = 0;               ///< When it was begun.
 
-  void clear() {
+  void reset() {
     source.reset();
     result.clear();
   }
 };
 
-/// Finished objects, which keep their memory for the next need.
-template <typename T>
-class MacroExpander::Spares {
- public:
-  explicit Spares(TokenStream& stream) : stream_(stream) { objects_.reserve(kMost); }
-
-  std::unique_ptr<T> take() {
-    if (objects_.empty()) {
-      return std::make_unique<T>(stream_);
-    }
-    std::unique_ptr<T> object = std::move(objects_.back());
-    objects_.pop_back();
-    return object;
-  }
-  void give(std::unique_ptr<T> object) {
-    object->clear();
-    if (objects_.size() < kMost) {
-      objects_.push_back(std::move(object));
-    }
-  }
-
- private:
-  static constexpr std::size_t kMost = kKeepsSpares ? 64 : 0;
-
-  TokenStream& stream_;
-  std::vector<std::unique_ptr<T>> objects_;
-};
-
 MacroExpander::MacroExpander(const LexerContext& context, NameTable& names, TokenStream& stream, CppMacroTable& macros,
                              MessageSink& messages)
-    : context_(context),
-      names_(names),
-      stream_(stream),
-      messages_(messages),
-      predefined_(macros, names),
-      spareSubstitutions_(std::make_unique<Spares<Substitution>>(stream)),
-      spareListExpansions_(std::make_unique<Spares<ListExpansion>>(stream)) {}
+    : context_(context), names_(names), stream_(stream), messages_(messages), predefined_(macros, names) {}
 
 // Expansions are left only where memory ran out. Each closed source is above those of the expansions that wait for it.
 MacroExpander::~MacroExpander() {
@@ -92,6 +56,7 @@ MacroExpander::~MacroExpander() {
 // ---- In text ----
 
 void MacroExpander::expandInText() {
+  assert(expansions_.empty());
   Name* const name = stream_.name();
   if (name == nullptr || name->macro == nullptr || stream_.isHidden(*name)) {
     context_.output.write(stream_.text());
@@ -131,29 +96,20 @@ void MacroExpander::expandObjectLikeInText(Name& name) {
 void MacroExpander::expandFunctionLikeInText(const Name& name, const HideSet& hideSet) {
   predefined_.refresh(name, *stream_.file());
   const TokenStream::Hold hold(stream_);
-  std::unique_ptr<Substitution> substitution = spareSubstitutions_->take();
+  std::unique_ptr<Substitution> substitution = spareSubstitutions_.take(stream_);
   std::string skipped;
-  bool isInvocation = false;
-  bool isComplete = false;
-  {
-    const TokenStream::EndedLists::Collecting collecting(substitution->ended);
-    while (isWhiteSpace(stream_.peek())) {
-      stream_.get();
-      skipped.append(stream_.text());
-    }
-    isInvocation = stream_.peek() == '(';
-    isComplete = isInvocation && collectArguments(stream_, messages_, *name.macro, substitution->arguments);
-  }
-  if (isComplete) {
+  const Invocation invocation = readInvocation(
+      *name.macro, *substitution, [this, &skipped] { skipped.append(stream_.text()); }, [] { return false; });
+  if (invocation == Invocation::Complete) {
     beginSubstitution(std::move(substitution), name, hideSet);
     run();
     return;
   }
-  if (!isInvocation) {
+  if (invocation == Invocation::None) {
     context_.output.write(skipped);  // The white space behind the name comes out before it.
   }
   context_.output.write(name.text());
-  spareSubstitutions_->give(std::move(substitution));
+  spareSubstitutions_.give(std::move(substitution));
 }
 
 // The macro's tokens become the current source.
@@ -192,6 +148,23 @@ const Replacement& MacroExpander::replacementOf(const Name& name) {
 
 // ---- Both sorts of expansions ----
 
+// Behind a function-like name: reads the white space that follows, of which each token is handed to `take`, and behind
+// a "(" the arguments, unless `isHidden` says then that the name stays as it is.
+template <typename Take, typename IsHidden>
+MacroExpander::Invocation MacroExpander::readInvocation(const CppMacro& macro, Substitution& substitution, Take take,
+                                                        IsHidden isHidden) {
+  const TokenStream::EndedLists::Collecting collecting(substitution.ended);
+  while (isWhiteSpace(stream_.peek())) {
+    stream_.get();
+    take();
+  }
+  if (stream_.peek() != '(' || isHidden()) {
+    return Invocation::None;
+  }
+  return collectArguments(stream_, messages_, macro, substitution.arguments) ? Invocation::Complete
+                                                                             : Invocation::Malformed;
+}
+
 // Works on the innermost expansion until none is left.
 void MacroExpander::run() {
   while (!expansions_.empty()) {
@@ -227,7 +200,7 @@ void MacroExpander::substitute(Substitution& substitution) {
         break;
       case Replacement::Step::Kind::Expand:
         if (!appendExpanded(substitution, step.begin)) {
-          beginListExpansion(substitution, step.begin, step.isWantedAgain);
+          beginListExpansion(substitution.arguments, step.begin);
           return;
         }
         break;
@@ -255,7 +228,7 @@ void MacroExpander::finishSubstitution() {
   if (written < finished->result.size()) {
     stream_.push(finished->result, written);
   }
-  spareSubstitutions_->give(std::move(finished));
+  spareSubstitutions_.give(std::move(finished));
 }
 
 // Appends the expansion of an argument if it is known: because there is no macro's name in it, or from an earlier step.
@@ -321,7 +294,7 @@ void MacroExpander::expandTokenList(TokenList& tokens, bool isCondition) {
   if (tokens.empty()) {
     return;
   }
-  std::unique_ptr<ListExpansion> expansion = spareListExpansions_->take();
+  std::unique_ptr<ListExpansion> expansion = spareListExpansions_.take();
   expansion->source.emplace(stream_, tokens);
   expansions_.emplace_back(std::move(expansion));
   inCondition_ = isCondition;
@@ -332,11 +305,8 @@ void MacroExpander::expandTokenList(TokenList& tokens, bool isCondition) {
 }
 
 // Begins the expansion of an argument of the innermost substitution.
-void MacroExpander::beginListExpansion(Substitution& substitution, std::uint32_t argument, bool isWantedAgain) {
-  Arguments& arguments = substitution.arguments;
-  std::unique_ptr<ListExpansion> expansion = spareListExpansions_->take();
-  expansion->argument = argument;
-  expansion->isWantedAgain = isWantedAgain;
+void MacroExpander::beginListExpansion(Arguments& arguments, std::uint32_t argument) {
+  std::unique_ptr<ListExpansion> expansion = spareListExpansions_.take();
   expansion->eventCount = eventCount();
   expansion->source.emplace(stream_, arguments.tokens(argument), arguments.surroundings(argument));
   expansions_.emplace_back(std::move(expansion));
@@ -374,14 +344,15 @@ void MacroExpander::finishListExpansion() {
     std::swap(expandedList_, finished->result);
   } else {
     Substitution& substitution = *std::get<std::unique_ptr<Substitution>>(expansions_.back());
+    const Replacement::Step& step = substitution.replacement->steps()[substitution.step - 1];  // It waits.
     substitution.result.append(finished->result.all(), substitution.hideSet, stream_.hideSets());
     // A parameter may stand in the replacement list again. Its argument is expanded anew for each place, which is the
     // same unless a message was given or a comment did more than be a blank: those things are repeated.
-    if (kShortcuts && finished->isWantedAgain && finished->eventCount == eventCount()) {
-      substitution.arguments.rememberExpanded(finished->argument, finished->result);
+    if (kShortcuts && step.isWantedAgain && finished->eventCount == eventCount()) {
+      substitution.arguments.rememberExpanded(step.begin, finished->result);
     }
   }
-  spareListExpansions_->give(std::move(finished));
+  spareListExpansions_.give(std::move(finished));
 }
 
 // The current token is a name of the list. It is collected, or its expansion is pushed or begun.
@@ -411,28 +382,20 @@ void MacroExpander::expandNameInList(TokenList& result) {
 void MacroExpander::expandFunctionLikeInList(Name& name, TokenList& result) {
   const Spelling* const spelling = stream_.listSource().spelling();
   const TokenRange token = stream_.listSource().current(spelling);
-  std::unique_ptr<Substitution> substitution = spareSubstitutions_->take();
+  std::unique_ptr<Substitution> substitution = spareSubstitutions_.take(stream_);
   TokenList skipped;
-  bool isInvocation = false;
-  bool isComplete = false;
-  {
-    const TokenStream::EndedLists::Collecting collecting(substitution->ended);
-    while (isWhiteSpace(stream_.peek())) {
-      stream_.get();
-      collect(skipped);
-    }
-    isInvocation = stream_.peek() == '(' && !token.isFirstHidden(name);
-    isComplete = isInvocation && collectArguments(stream_, messages_, *name.macro, substitution->arguments);
-  }
-  if (isComplete) {
+  const Invocation invocation = readInvocation(
+      *name.macro, *substitution, [this, &skipped] { collect(skipped); },
+      [&token, &name] { return token.isFirstHidden(name); });
+  if (invocation == Invocation::Complete) {
     beginSubstitution(std::move(substitution), name, stream_.hideSets().with(token.firstHideSet(), name));
     return;
   }
   result.append(token, HideSet(), stream_.hideSets());
-  if (!isInvocation) {
+  if (invocation == Invocation::None) {
     result.append(skipped.all(), HideSet(), stream_.hideSets());
   }
-  spareSubstitutions_->give(std::move(substitution));
+  spareSubstitutions_.give(std::move(substitution));
 }
 
 // The current token is `defined` in a condition: its operand, with or without parentheses, is not expanded.

@@ -29,6 +29,7 @@
 #include <vector>
 
 #include "lexer/Messages.h"
+#include "lexer/Spares.h"
 #include "lexer/TokenStream.h"
 #include "macros/Arguments.h"
 #include "macros/CppMacroTable.h"
@@ -58,8 +59,7 @@ class MacroExpander {
  private:
   struct Substitution;
   struct ListExpansion;
-  template <typename T>
-  class Spares;
+  enum class Invocation : std::uint8_t { None, Malformed, Complete };  // What stands behind a function-like name.
 
   void expandFunctionLikeInText(const Name& name, const HideSet& hideSet);
   void expandObjectLikeInText(Name& name);
@@ -67,6 +67,8 @@ class MacroExpander {
   void pushObjectLike(const Name& name, const HideSet& hideSet);
   const Replacement& replacementOf(const Name& name);
 
+  template <typename Take, typename IsHidden>
+  Invocation readInvocation(const CppMacro& macro, Substitution& substitution, Take take, IsHidden isHidden);
   void run();
   void beginSubstitution(std::unique_ptr<Substitution> substitution, const Name& name, const HideSet& hideSet);
   void substitute(Substitution& substitution);
@@ -75,7 +77,7 @@ class MacroExpander {
   void stringize(const Arguments& arguments, std::uint32_t argument, std::string& literal);
   const Spelling* join(const Substitution& substitution, std::size_t begin, std::size_t end);
 
-  void beginListExpansion(Substitution& substitution, std::uint32_t argument, bool isWantedAgain);
+  void beginListExpansion(Arguments& arguments, std::uint32_t argument);
   void expandList(ListExpansion& expansion);
   void finishListExpansion();
   void expandNameInList(TokenList& result);
@@ -94,8 +96,8 @@ class MacroExpander {
 
   // Under way, innermost last: the two sorts take turns, each waiting for the next.
   std::vector<std::variant<std::unique_ptr<Substitution>, std::unique_ptr<ListExpansion>>> expansions_;
-  std::unique_ptr<Spares<Substitution>> spareSubstitutions_;
-  std::unique_ptr<Spares<ListExpansion>> spareListExpansions_;
+  Spares<Substitution> spareSubstitutions_;
+  Spares<ListExpansion> spareListExpansions_;
   bool inCondition_ = false;
   TokenList expandedList_;    // Result of the last outermost list expansion.
   std::string argumentText_;  // Scratch space for stringizing and joining.

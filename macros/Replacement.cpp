@@ -14,9 +14,9 @@ void Replacement::lex(std::string_view text, NameTable& names, StoredTextLexer& 
   std::size_t written = 0;  // A comment is more than its blank, a line end of two bytes more than its token.
   lexer.lex(text, [this, &names, &written](CppTokenKind kind, std::string_view token) {
     written += token.size();
-    if (isName(kind) || kind == TK_DEFINED || kind == TK_PRAGMA_OP) {
+    if (isWord(kind)) {
       tokens_.push_back(&names.intern(token)->spelling);
-    } else if (token.size() == 1 && kind < TK_DEC_INT) {
+    } else if (isCharacterToken(kind, token)) {
       tokens_.push_back(characterSpelling(token[0]));
     } else {
       texts_.append(token);

@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <type_traits>
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -19,7 +18,6 @@
 #endif
 
 #include "lexer/ByteSet.h"
-#include "lexer/Shortcuts.h"
 
 namespace qnpp {
 
@@ -104,10 +102,12 @@ class VectorBlock {
   Bytes parts_[4];
 };
 
-using Block = std::conditional_t<kShortcuts, VectorBlock, ScalarBlock>;
+#endif
 
-#else
+#if defined(QNPP_WITHOUT_SHORTCUTS) || !(defined(__SSE2__) || (defined(__aarch64__) && defined(__ARM_NEON)))
 using Block = ScalarBlock;
+#else
+using Block = VectorBlock;
 #endif
 
 /// The first byte from `at` on that is one of `Stops`. One of them must come: a text ends in a NUL, which is to be one.

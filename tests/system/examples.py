@@ -4,8 +4,8 @@ An example is a folder with a README.md, one or more files `command` or `command
 `expected` (what the program writes to standard output) or `expected-output` (what the compiled result prints), with the
 same ending. A command file holds one command a line, for no shell but with its quotes, beginning with `qnpp`.
 
-The file `reader` may hold what hands the text on to the tool that it is for: commands for a shell, which find the text in
-the file `result`, must succeed, and print what is in `expected-reading`, with the same ending again.
+The file `reader` may hold what hands the text on to the tool that it is for: commands for a shell, which find the text
+in the file `result`, must succeed, and print what is in `expected-reading`, with the same ending again.
 """
 
 import os

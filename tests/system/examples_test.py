@@ -3,7 +3,7 @@
 
     examples_test.py --program PATH --example FOLDER [--compiler cc]
 
-The status is 77, which CTest takes for a skipped test, if all is well but for a tool that is not there to read a result.
+The status is 77, which CTest takes for a skipped test, if all is well but a tool is missing that reads a result.
 """
 
 import argparse

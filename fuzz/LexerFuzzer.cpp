@@ -1,8 +1,9 @@
 // The lexer: any bytes at all.
 //
 // What must hold, besides no fault: the tokens do not depend on the pieces in which the input arrives; they are the
-// input, with a blank for each comment; and the ways to pass over text in one go (skipping a line,
-// copying text) leave what the same tokens would leave one by one.
+// input, with a blank for each comment, and its literals are those of a reader in the target itself; and the ways to
+// pass over text in one go (skipping a line, copying text) leave what the same tokens would leave one by one. Some
+// short names are macros.
 
 #include <algorithm>
 #include <cstddef>
@@ -15,6 +16,7 @@
 #include "lexer/CppLexer.h"
 #include "lexer/NameTable.h"
 #include "lexer/OutputBuffer.h"
+#include "macros/CppMacro.h"
 #include "tests/support/PiecewiseInput.h"
 
 namespace {
@@ -28,10 +30,23 @@ class Bench {
  public:
   Bench(std::string_view text, std::size_t piece) : input_(text, piece), sink_(SIZE_MAX), diagnostics_(SIZE_MAX) {
     output_.attach(sink_);
+    for (const std::string_view name : {"a", "ab", "abc", "abcdefghij", "if", "x1", "_"}) {
+      define(name);
+    }
+    for (const std::string_view name : {"b", "bc", "bcdefghijk", "line", "x", "L"}) {
+      define(name).settled = {kSettledText.data(), kSettledText.size(), names_.generation()};
+    }
   }
 
   qnpp::CppLexer& lexer() { return lexer_; }
   qnpp::OutputBuffer& output() { return output_; }
+
+  // What is written for a token of a text line.
+  std::string_view textOf(CppTokenKind kind) {
+    const std::string_view text = lexer_.text();
+    const qnpp::Name* const name = qnpp::isName(kind) ? names_.find(text) : nullptr;
+    return name != nullptr && name->settled.generation == names_.generation() ? kSettledText : text;
+  }
 
   // Everything written, the messages last.
   std::string written() {
@@ -40,10 +55,20 @@ class Bench {
   }
 
  private:
+  static constexpr std::string_view kSettledText = "(settled b)";
+
+  qnpp::Name& define(std::string_view text) {
+    qnpp::Name& name = *names_.intern(text);
+    name.macro = &macro_;
+    names_.noteMacro(name);
+    return name;
+  }
+
   qnpp::PiecewiseInput input_;
   qnpp::fuzz::LimitedSink sink_;
   qnpp::fuzz::LimitedSink diagnostics_;
   qnpp::OutputBuffer output_;
+  qnpp::CppMacro macro_;
   qnpp::NameTable names_;
   std::uint64_t effectCount_ = 0;
   qnpp::CppLexer lexer_{input_, qnpp::LexerContext{output_, diagnostics_, names_, effectCount_}};
@@ -73,6 +98,26 @@ Tokens lex(std::string_view text, std::size_t piece) {
   return result;
 }
 
+// How many bytes the literal is that `input` begins with; 1 when the quote there opens none.
+std::size_t literalSize(std::string_view input) {
+  const char quote = input.front();
+  std::size_t at = 1;
+  while (at < input.size() && input[at] != quote && input[at] != '\n') {
+    if (input[at] == '\\') {
+      const std::string_view behind = input.substr(at + 1);
+      const bool isHex = behind.starts_with('x') && behind.find_first_of("0123456789ABCDEFabcdef", 1) == 1;
+      const std::string_view escapes = quote == '"' ? "\"\\" : "\"'?\\abfnrtv01234567";
+      if (behind.find_first_of(escapes) != 0 && (quote == '"' || !isHex)) {
+        return 1;
+      }
+      ++at;
+    }
+    ++at;
+  }
+  const bool isEmptyCharacter = quote == '\'' && at == 1;
+  return at < input.size() && input[at] == quote && !isEmptyCharacter ? at + 1 : 1;
+}
+
 // How many bytes at the beginning of `input` the token is; 0 when it is something else that stands there. A line end
 // may be written in three ways, and a NUL that ends a line comment is one too.
 std::size_t sizeInInput(const Token& token, std::string_view input, bool afterLineComment) {
@@ -86,6 +131,11 @@ std::size_t sizeInInput(const Token& token, std::string_view input, bool afterLi
   if (token.kind == qnpp::TK_SPACE && token.text == " " && input.starts_with("/*")) {
     const std::size_t end = input.find("*/", 2);
     return end == std::string_view::npos ? input.size() : end + 2;
+  }
+  if (input.starts_with('"') || input.starts_with('\'')) {
+    const std::size_t size = literalSize(input);
+    const CppTokenKind kind = size == 1 ? qnpp::TK_OTHER : input.front() == '"' ? qnpp::TK_STRING : qnpp::TK_CHAR;
+    return token.kind == kind && token.text == input.substr(0, size) ? size : 0;
   }
   return input.starts_with(token.text) ? token.text.size() : 0;
 }
@@ -146,8 +196,8 @@ bool skipLine(Bench& bench) {
 
 // ---- A text line is written; a line directive would stand where output and input are out of step ----
 
-template <typename Next>
-bool writeLine(Bench& bench, Next next) {
+template <typename Next, typename TextOf>
+bool writeLine(Bench& bench, Next next, TextOf textOf) {
   std::string blanks;
   CppTokenKind kind = bench.lexer().next();
   while (qnpp::isBlank(kind)) {
@@ -161,28 +211,40 @@ bool writeLine(Bench& bench, Next next) {
     bench.output().endLine();
     return true;
   }
+  if (kind == qnpp::TK_END) {
+    return false;
+  }
   // The line end of a line counts when it has been taken, and here none has been.
   if (bench.output().line() != bench.lexer().line()) {
     bench.output().write("(line)\n");
     bench.output().setLine(bench.lexer().line());
   }
   bench.output().write(blanks);
-  for (; kind != qnpp::TK_NEWLINE; kind = next(bench)) {
+  bench.output().write(bench.textOf(kind));
+  for (kind = next(bench); kind != qnpp::TK_NEWLINE; kind = next(bench)) {
     if (kind == qnpp::TK_END) {
       return false;
     }
-    bench.output().write(bench.lexer().text());
+    bench.output().write(textOf(bench, kind));
   }
   bench.output().endLine();
   return true;
 }
 
 bool writeByTokens(Bench& bench) {
-  return writeLine(bench, [](Bench& b) { return b.lexer().next(); });
+  return writeLine(
+      bench, [](Bench& b) { return b.lexer().next(); }, [](Bench& b, CppTokenKind kind) { return b.textOf(kind); });
 }
 
 bool copyText(Bench& bench) {
-  return writeLine(bench, [](Bench& b) { return b.lexer().copyText(); });
+  return writeLine(
+      bench, [](Bench& b) { return b.lexer().copyText(); },
+      [](Bench& b, CppTokenKind kind) {
+        const qnpp::Name* const name = b.lexer().name();
+        require(kind == qnpp::TK_PRAGMA_OP || (name != nullptr && name->text() == b.lexer().text()),
+                "only names that matter are handed out");
+        return b.lexer().text();
+      });
 }
 
 std::string writtenOnly(const std::string& lines) { return lines.substr(lines.find('\n')); }
@@ -199,8 +261,8 @@ std::string skipWholeLines(std::string_view text, std::size_t piece) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string_view text = qnpp::fuzz::textOf(data, size);
-
+  // Blanks before it put an input at another place of the blocks of 64 bytes.
+  const std::string text = std::string(size % 64, ' ').append(qnpp::fuzz::textOf(data, size));
   const std::size_t small = qnpp::fuzz::smallPiece(size);
 
   const Tokens whole = lex(text, kWhole);

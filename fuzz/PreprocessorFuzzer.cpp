@@ -4,7 +4,8 @@
 // a line end. The rest is cut at each "\n@@\n": the first part is the source, the others are the headers "a.h", "b.h"
 // and "c.h", which lie in an include directory.
 //
-// What must hold: no fault, and the same result whether the source arrives whole or in small pieces.
+// What must hold: no fault, and the same result whether the source arrives whole or in small pieces, and whether or not
+// the shortcuts are taken.
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -26,6 +27,7 @@
 #include "driver/Driver.h"
 #include "driver/OptionParser.h"
 #include "engine/CppPreprocessor.h"
+#include "lexer/Shortcuts.h"
 #include "tests/support/Files.h"
 
 namespace {
@@ -218,6 +220,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (whole.isComplete) {
     qnpp::fuzz::requireEqual(whole, run(input, words, qnpp::fuzz::smallPiece(size) + size % 5),
                              "a source gives the same result in any pieces");
+#if defined(QNPP_SWITCHABLE_SHORTCUTS)
+    qnpp::kShortcuts = false;
+    const RunResult plain = run(input, words, qnpp::fuzz::kWhole);
+    qnpp::kShortcuts = true;
+    if (plain.isComplete) {  // Token by token, the limits are reached earlier.
+      qnpp::fuzz::requireEqual(whole, plain, "a source gives the same result without the shortcuts");
+    }
+#endif
   }
   return 0;
 }

@@ -11,9 +11,7 @@
 #include <cstdint>
 #include <cstring>
 
-#if defined(QNPP_SCALAR_BLOCKS)
-// The portable form, which the tests hold the others against.
-#elif defined(__SSE2__)
+#if defined(__SSE2__)
 #include <emmintrin.h>
 #elif defined(__aarch64__) && defined(__ARM_NEON)
 #include <arm_neon.h>
@@ -27,14 +25,10 @@ namespace qnpp {
 /// matter.
 inline constexpr std::size_t kScanSlack = 64;
 
-// Each form gives three operations on a vector of bytes: which are equal to a byte, which belong to words, and the mask
-// of four vectors.
-#if defined(QNPP_SCALAR_BLOCKS) || !(defined(__SSE2__) || (defined(__aarch64__) && defined(__ARM_NEON)))
-
-/// 64 bytes of a text.
-class Block {
+/// 64 bytes of a text, in the portable form: the tests hold the other one against it.
+class ScalarBlock {
  public:
-  explicit Block(const char* at) { std::memcpy(bytes_, at, sizeof bytes_); }
+  explicit ScalarBlock(const char* at) { std::memcpy(bytes_, at, sizeof bytes_); }
 
   /// The bytes that are one of `Wanted`.
   template <char... Wanted>
@@ -57,93 +51,63 @@ class Block {
   char bytes_[64];
 };
 
-#elif defined(__SSE2__)
+#if defined(__SSE2__) || (defined(__aarch64__) && defined(__ARM_NEON))
 
-class Block {
+/// The same in four vectors of the compiler's. Only the way from comparisons to bits differs from processor to
+/// processor.
+class VectorBlock {
  public:
-  explicit Block(const char* at) {
-    for (std::size_t part = 0; part < 4; ++part) {
-      parts_[part] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at + 16 * part));
-    }
-  }
+  explicit VectorBlock(const char* at) { std::memcpy(parts_, at, sizeof parts_); }
 
   template <char... Wanted>
   std::uint64_t find() const {
-    return mask([](__m128i bytes) {
-      __m128i found = _mm_setzero_si128();
-      ((found = _mm_or_si128(found, _mm_cmpeq_epi8(bytes, _mm_set1_epi8(Wanted)))), ...);
-      return found;
-    });
+    return mask([](Bytes bytes) { return ((bytes == all(Wanted)) | ...); });
   }
   std::uint64_t words() const {
-    return mask([](__m128i bytes) {
-      const __m128i letters = isWithin(_mm_or_si128(bytes, _mm_set1_epi8(0x20)), 'a', 26);
-      const __m128i underscores = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('_'));
-      return _mm_or_si128(_mm_or_si128(letters, underscores), isWithin(bytes, '0', 10));
+    return mask([](Bytes bytes) {
+      return isWithin(bytes | all(0x20), 'a', 26) | isWithin(bytes, '0', 10) | (bytes == all('_'));
     });
   }
 
  private:
-  // The bytes from `first` on, `count` of them. Comparisons are of signed bytes, so the range is moved to the lowest
-  // ones.
-  static __m128i isWithin(__m128i bytes, char first, char count) {
-    const __m128i moved = _mm_add_epi8(bytes, _mm_set1_epi8(static_cast<char>(-128 - first)));
-    return _mm_cmplt_epi8(moved, _mm_set1_epi8(static_cast<char>(-128 + count)));
-  }
+  using Bytes = unsigned char __attribute__((vector_size(16)));
+  using Found = signed char __attribute__((vector_size(16)));  // What comparisons give: all bits or none.
+
+  static Bytes all(int byte) { return Bytes{} + static_cast<unsigned char>(byte); }
+  // The bytes from `first` on, `count` of them: what lies below `first` becomes large.
+  static Found isWithin(Bytes bytes, int first, int count) { return bytes - all(first) < all(count); }
+
   template <typename Compare>
   std::uint64_t mask(Compare compare) const {
+#if defined(__SSE2__)
     std::uint64_t bits = 0;
     for (std::size_t part = 0; part < 4; ++part) {
-      bits |= std::uint64_t{static_cast<std::uint32_t>(_mm_movemask_epi8(compare(parts_[part])))} << (16 * part);
+      const auto found =
+          static_cast<std::uint32_t>(_mm_movemask_epi8(reinterpret_cast<__m128i>(compare(parts_[part]))));
+      bits |= std::uint64_t{found} << (16 * part);
     }
     return bits;
-  }
-
-  __m128i parts_[4];
-};
-
 #else
-
-class Block {
- public:
-  explicit Block(const char* at) {
-    for (std::size_t part = 0; part < 4; ++part) {
-      parts_[part] = vld1q_u8(reinterpret_cast<const std::uint8_t*>(at) + 16 * part);
-    }
-  }
-
-  template <char... Wanted>
-  std::uint64_t find() const {
-    return mask([](uint8x16_t bytes) {
-      uint8x16_t found = vdupq_n_u8(0);
-      ((found = vorrq_u8(found, vceqq_u8(bytes, vdupq_n_u8(static_cast<std::uint8_t>(Wanted))))), ...);
-      return found;
-    });
-  }
-  std::uint64_t words() const {
-    return mask([](uint8x16_t bytes) {
-      const uint8x16_t letters = vcltq_u8(vsubq_u8(vorrq_u8(bytes, vdupq_n_u8(0x20)), vdupq_n_u8('a')), vdupq_n_u8(26));
-      const uint8x16_t digits = vcltq_u8(vsubq_u8(bytes, vdupq_n_u8('0')), vdupq_n_u8(10));
-      return vorrq_u8(vorrq_u8(letters, digits), vceqq_u8(bytes, vdupq_n_u8('_')));
-    });
-  }
-
- private:
-  // Each byte keeps the bit of its place, and neighbours are added up until 64 bytes have become 64 bits.
-  template <typename Compare>
-  std::uint64_t mask(Compare compare) const {
+    // Each byte keeps the bit of its place, and neighbours are added up until 64 bytes have become 64 bits.
     const uint8x16_t places = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
     uint8x16_t bits[4];
     for (std::size_t part = 0; part < 4; ++part) {
-      bits[part] = vandq_u8(compare(parts_[part]), places);
+      bits[part] = vandq_u8(reinterpret_cast<uint8x16_t>(compare(parts_[part])), places);
     }
     const uint8x16_t pairs = vpaddq_u8(vpaddq_u8(bits[0], bits[1]), vpaddq_u8(bits[2], bits[3]));
     return vgetq_lane_u64(vreinterpretq_u64_u8(vpaddq_u8(pairs, pairs)), 0);
+#endif
   }
 
-  uint8x16_t parts_[4];
+  Bytes parts_[4];
 };
 
+#endif
+
+#if defined(QNPP_WITHOUT_SHORTCUTS) || !(defined(__SSE2__) || (defined(__aarch64__) && defined(__ARM_NEON)))
+using Block = ScalarBlock;
+#else
+using Block = VectorBlock;
 #endif
 
 /// The first byte from `at` on that is one of `Stops`. One of them must come: a text ends in a NUL, which is to be one.

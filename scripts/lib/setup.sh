@@ -53,6 +53,12 @@ installMissing() {
     hasCommand dpkg-shlibdeps || packages+=(dpkg-dev)
     hasCommand lintian || packages+=(lintian)
     hasCommand file || packages+=(file)
+    # What reads the results of the examples.
+    hasCommand glslangValidator || packages+=(glslang-tools)
+    hasCommand fdtget || packages+=(device-tree-compiler)
+    hasCommand omniidl || packages+=(omniidl)
+    hasCommand sqlite3 || packages+=(sqlite3)
+    [ -d /usr/lib/python3/dist-packages/yaml ] || packages+=(python3-yaml)
   fi
   [ "${#packages[@]}" -gt 0 ] || return 0
 

@@ -1,37 +1,46 @@
 #!/usr/bin/env bash
 # The packages: that the same bytes come out wherever they are made, and that what is in them can be used and removed.
 #
-#   packages_test.sh build <checkout> <folder>     makes them twice, in different folders below <folder>
+#   packages_test.sh build <checkout> <its release build> <folder>     makes them twice below <folder>
 #   packages_test.sh reproducible|lintian|deb|tarball <folder>
 . "$(dirname "$0")/lib.sh"
 
-# The files that belong to the program, without a revision and without anything built.
+# The files that belong to the program, without anything built. Git answers for the copy with the checkout's revision.
 copyCheckout() { # copyCheckout <checkout> <folder>
   mkdir -p "$2"
   (cd "$1" && tar -cf - --exclude=./.git --exclude='./build*' --exclude=./tests --exclude=./bench --exclude=./fuzz .) |
     tar -xf - -C "$2"
+  [ ! -e "$1/.git" ] || printf 'gitdir: %s\n' "$(git -c "safe.directory=$1" -C "$1" rev-parse --absolute-git-dir)" >"$2/.git"
 }
 
-makePackages() { # makePackages <source folder> <build folder>
-  # Tests and benchmarks go into no package. One job each, because two of these run side by side.
-  cmake -S "$1" -B "$2" -DCMAKE_BUILD_TYPE=Release -DQNPP_BUILD_TESTS=OFF -DQNPP_BUILD_BENCHMARKS=OFF \
-    -DQNPP_BUILD_FUZZERS=OFF && cmake --build "$2" --parallel 1 && (cd "$2" && cpack)
+configure() { # configure <source folder> <build folder> <release build, whose compiler and flags are taken>
+  # Tests and benchmarks go into no package.
+  CXX=$(cached "$3" CMAKE_CXX_COMPILER) CXXFLAGS=$(cached "$3" CMAKE_CXX_FLAGS) LDFLAGS=$(cached "$3" CMAKE_EXE_LINKER_FLAGS) \
+    cmake -S "$1" -B "$2" "-DCMAKE_CXX_FLAGS_RELEASE=$(cached "$3" CMAKE_CXX_FLAGS_RELEASE)" -DQNPP_BUILD_TESTS=OFF \
+    -DQNPP_BUILD_BENCHMARKS=OFF -DQNPP_BUILD_FUZZERS=OFF
 }
+cached() { sed -n "s/^$2:[A-Z]*=//p" "$1/CMakeCache.txt"; } # cached <build folder> <variable>
 
-build() { # build <checkout> <folder>
-  rm -rf "$2"
-  mkdir -p "$2"
-  # 2026-01-01 in UTC.
-  export SOURCE_DATE_EPOCH=1767225600
-  copyCheckout "$1" "$2/here"
-  copyCheckout "$1" "$2/another place/with a longer name"
+# Once with the program of the release build, once with one that is built from a copy of the sources. One job, because
+# other tests run beside it.
+build() { # build <checkout> <release build> <folder>
+  local here=$3/here there="$3/another place/with a longer name"
+  rm -rf "$3"
+  mkdir -p "$3"
+  # The day that the program knows, so that midnight makes no difference.
+  SOURCE_DATE_EPOCH=$(date -u +%s -d "$("$2/qnpp" -v | sed -n '1s/.*(\(.*\), .*/\1/p') UTC") || failed 'the program knows its day'
+  export SOURCE_DATE_EPOCH
+  copyCheckout "$1" "$here"
+  copyCheckout "$1" "$there"
   umask 022
-  makePackages "$2/here" "$2/here/build" >"$2/log.1" 2>&1 &
-  local first=$!
-  TZ=Pacific/Honolulu makePackages "$2/another place/with a longer name" "$2/another place/b" >"$2/log.2" 2>&1 ||
-    failed 'the packages can be made in another place' "$(tail -n 30 "$2/log.2")"
-  wait "$first" || failed 'the packages can be made' "$(tail -n 30 "$2/log.1")"
-  ls "$2/here/build"/*.tar.gz || failed 'there is a .tar.gz'
+  { configure "$here" "$here/build" "$2" && cmake --build "$here/build" --target qnpp_man &&
+    cp "$2/qnpp" "$here/build" && (cd "$here/build" && cpack); } >"$3/log.1" 2>&1 ||
+    failed 'the packages can be made' "$(tail -n 30 "$3/log.1")"
+  export TZ=Pacific/Honolulu
+  { configure "$there" "$3/another place/b" "$2" && cmake --build "$3/another place/b" --parallel 1 &&
+    (cd "$3/another place/b" && cpack); } >"$3/log.2" 2>&1 ||
+    failed 'the packages can be made in another place' "$(tail -n 30 "$3/log.2")"
+  ls "$here/build"/*.tar.gz || failed 'there is a .tar.gz'
 }
 
 needsPackage() { # needsPackage <folder>: leaves its name in $deb
@@ -41,12 +50,13 @@ needsPackage() { # needsPackage <folder>: leaves its name in $deb
 
 reproducible() { # reproducible <folder>
   local here=$1/here/build there="$1/another place/b" file
+  # Also that the program is of the commit that is checked out.
+  same 'what the program says of its build' "$("$there/qnpp" -v)" "$("$here/qnpp" -v)"
   cmp "$here/qnpp" "$there/qnpp" || failed 'the program is the same'
   for file in "$here"/*.tar.gz "$here"/*.deb; do
     [ -e "$file" ] || continue
     cmp "$file" "$there/${file##*/}" || failed "${file##*/} is the same"
   done
-  check 'the program knows the day from SOURCE_DATE_EPOCH' grep -qF '(Jan  1 2026, unknown)' <<<"$("$here/qnpp" -v)"
   check 'the program says nothing of where it was built' [ -z "$(strings "$here/qnpp" | grep -F "$1")" ]
 }
 

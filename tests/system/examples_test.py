@@ -2,6 +2,8 @@
 """Runs the commands of one example and compares what comes out; see examples.py.
 
     examples_test.py --program PATH --example FOLDER [--compiler cc]
+
+The status is 77, which CTest takes for a skipped test, if all is well but a tool is missing that reads a result.
 """
 
 import argparse
@@ -15,7 +17,8 @@ import tempfile
 # The source tree stays free of compiled modules.
 sys.dont_write_bytecode = True
 
-from examples import Failure, commands_of, compile_files, copy_to, preprocess  # noqa: E402
+from examples import (Failure, MissingTool, commands_of, compile_files, copy_to, hand_on,  # noqa: E402
+                      preprocess)
 
 
 def output_of_compiled(compiler, files, folder):
@@ -28,16 +31,28 @@ def output_of_compiled(compiler, files, folder):
     return run.stdout
 
 
+SKIPPED = 77
+
+
+def compare(what, expected, actual):
+    if actual != expected:
+        lines = difflib.unified_diff(expected.splitlines(), actual.splitlines(), "expected", "actual", lineterm="")
+        raise Failure("%s differs:\n%s" % (what, "\n".join(lines)))
+
+
 def check(command, program, compiler, example):
     with tempfile.TemporaryDirectory(prefix="qnpp-example-") as place:
         folder = copy_to(example, os.path.join(place, "example"))
         output, files = preprocess(program, command, folder)
         if command.kind == "expected-output":
             output = output_of_compiled(compiler, files, folder)
-    if output != command.expected:
-        lines = difflib.unified_diff(command.expected.decode("latin-1").splitlines(),
-                                     output.decode("latin-1").splitlines(), "expected", "actual", lineterm="")
-        raise Failure("the result differs:\n" + "\n".join(lines))
+        compare("the result", command.expected.decode("latin-1"), output.decode("latin-1"))
+        reading = hand_on(output, folder)
+    if reading is None:
+        return
+    if reading.returncode != 0 or reading.stderr:
+        raise Failure("the reader ended with %d and said:\n%s%s" % (reading.returncode, reading.stdout, reading.stderr))
+    compare("what the reader prints", command.expected_reading, reading.stdout)
 
 
 def check_readme(commands, example):
@@ -59,7 +74,7 @@ def main():
     options = parser.parse_args()
     program, example = os.path.abspath(options.program), os.path.abspath(options.example)
 
-    failures = 0
+    failures = skipped = 0
     try:
         commands = commands_of(example)
         check_readme(commands, example)
@@ -69,11 +84,14 @@ def main():
     for command in commands:
         try:
             check(command, program, options.compiler, example)
+        except MissingTool as missing:
+            skipped += 1
+            print("SKIPPED: %s/%s: %s is not installed" % (os.path.basename(example), command.name, missing))
         except Failure as failure:
             failures += 1
             print("FAILED: %s/%s: %s" % (os.path.basename(example), command.name, failure))
     print("%d of %d commands gave what they should" % (len(commands) - failures, len(commands)))
-    return 1 if failures else 0
+    return 1 if failures else SKIPPED if skipped else 0
 
 
 if __name__ == "__main__":

@@ -194,6 +194,22 @@ class Examples(unittest.TestCase):
             with self.subTest(files=files), self.assertRaises(examples.Failure):
                 self.commands_of(**files)
 
+    def hand_on(self, reader):
+        with tempfile.TemporaryDirectory() as folder:
+            with open(os.path.join(folder, "reader"), "w", encoding="utf-8") as stream:
+                stream.write(reader)
+            return examples.hand_on(b"text\n", folder)
+
+    def test_the_reader_finds_the_result(self):
+        run = self.hand_on("cat result; echo no >&2; exit 3")
+        self.assertEqual((run.returncode, run.stdout, run.stderr), (3, "text\n", "no\n"))
+
+    def test_a_missing_tool_is_no_failure(self):
+        for reader, tool in [("true | no-such-tool -x", "no-such-tool"),
+                             ("'%s' -c 'import no_such_module'" % sys.executable, "no_such_module")]:
+            with self.subTest(reader=reader), self.assertRaisesRegex(examples.MissingTool, tool):
+                self.hand_on(reader)
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -3,13 +3,20 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
+#include <random>
 #include <string>
+#include <string_view>
+#include <tuple>
 
 namespace qnpp {
 namespace {
+
+using std::string_view_literals::operator""sv;
 
 // A text in storage of just the size that the search may read.
 struct ScannedText {
@@ -20,6 +27,70 @@ struct ScannedText {
 
   std::unique_ptr<char[]> bytes;
 };
+
+// All masks that the lexer asks for, and some with bytes of both signs.
+template <typename AnyBlock>
+auto masksAt(const char* at) {
+  const AnyBlock block(at);
+  return std::tuple(block.words(), block.template find<'\n'>(), block.template find<'*'>(), block.template find<'/'>(),
+                    block.template find<'\r', '\0'>(), block.template find<'"', '\'', '/', '\\', '\r', '\0'>(),
+                    block.template find<'"', '\'', '/', '\\', '\r', '\n', '\0'>(),
+                    block.template find<'\x80', '\xFF', '\x7F'>());
+}
+
+// The first mask, byte by byte, by what the C library calls a letter or a digit in the locale "C".
+std::uint64_t wordsAt(const char* at) {
+  std::uint64_t bits = 0;
+  for (std::size_t place = 0; place < 64; ++place) {
+    const auto byte = static_cast<unsigned char>(at[place]);
+    bits |= std::uint64_t{std::isalnum(byte) != 0 || byte == '_'} << place;
+  }
+  return bits;
+}
+
+TEST(BlockTest, EachByteHasTheSameBitsInBothFormsAtEachPlace) {
+  for (int code = 0; code < 256; ++code) {
+    for (const char other : {'x', ' ', '\n', '\xFF'}) {
+      for (std::size_t place = 0; place < 64; ++place) {
+        std::string text(64, other);
+        text[place] = static_cast<char>(code);
+        ASSERT_EQ(masksAt<Block>(text.data()), masksAt<ScalarBlock>(text.data())) << code << " at " << place;
+        ASSERT_EQ(ScalarBlock(text.data()).words(), wordsAt(text.data())) << code << " at " << place;
+        const std::uint64_t found = Block(text.data()).find<'/'>();
+        ASSERT_EQ(found, code == '/' ? std::uint64_t{1} << place : 0) << code << " at " << place;
+      }
+    }
+  }
+}
+
+// Storage of just 64 bytes behind each place, so that a sanitizer sees a look behind them.
+TEST(BlockTest, BothFormsAgreeOnAnyTextFromAnyPlace) {
+  std::mt19937 random(1);
+  for (int round = 0; round < 300; ++round) {
+    std::string text(128, '\0');
+    for (char& byte : text) {
+      // Half of the bytes are of those that the lexer looks for.
+      constexpr std::string_view kWanted("\"'/*\\\r\n\0_az09AZ@[`{/:"sv);
+      const auto number = static_cast<std::uint32_t>(random());
+      byte = (number & 1U) != 0 ? static_cast<char>(number >> 8U) : kWanted[(number >> 8U) % kWanted.size()];
+    }
+    for (std::size_t place = 0; place <= 64; ++place) {
+      const auto bytes = std::make_unique<char[]>(place + 64);
+      std::memcpy(bytes.get(), text.data(), place + 64);
+      const char* const at = bytes.get() + place;
+      ASSERT_EQ(masksAt<Block>(at), masksAt<ScalarBlock>(at)) << round << " at " << place;
+    }
+  }
+}
+
+TEST(BlockTest, AWordOfAnyLengthIsPassedFromAnyPlace) {
+  for (std::size_t place = 0; place < 64; ++place) {
+    for (std::size_t size = 0; size <= 200; ++size) {
+      const ScannedText scanned(std::string(place, ' ') + std::string(size, '_') + (size % 2 == 0 ? " a" : "\x80z"));
+      ASSERT_EQ(passWord(scanned.at(place)), scanned.at(place + size)) << size << " at " << place;
+    }
+  }
+}
 
 TEST(BlockTest, FindsTheFirstStopFromAnyPlace) {
   for (std::size_t start = 0; start < 20; ++start) {

@@ -114,9 +114,8 @@ SpellingPool::Mark TokenStream::dropExhaustedLists() {
 
 void TokenStream::pushList(std::unique_ptr<CppTokenScanner> list, const SpellingPool::Mark& mark) {
   assert(current_ != nullptr);
-  const bool isBelowLexing = !isInFile_ && listSource().isLexing();
   CppTokenScanner* const entered = list.get();
-  sources_.push_back({std::move(list), isBelowLexing ? pool_.mark() : mark});
+  sources_.push_back({std::move(list), mark});
   setCurrent(*entered);
   if (held_) {
     held_ = pool_.mark();  // What was held belongs to the new source.

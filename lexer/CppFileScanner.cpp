@@ -82,7 +82,6 @@ bool CppFileScanner::skipLine() {
 }
 
 void CppFileScanner::skipWholeLines() {
-  assert(atLineStart_);
   if (kShortcuts && !hasPeek_ && lexer_->skipWholeLines()) {
     atLineStart_ = true;
   }

@@ -51,7 +51,8 @@ class CppFileScanner final : public CppScanner {
 
   /// Passes over the rest of the line and its line end; false when the input ended instead.
   bool skipLine();
-  /// Passes over whole lines that cannot be directives, see CppLexer::skipWholeLines. Only at the start of a line.
+  /// Passes over whole lines that cannot be directives, see CppLexer::skipWholeLines. At the start of a line, or behind
+  /// a directive, of which the rest is passed like a line.
   void skipWholeLines();
 
  private:

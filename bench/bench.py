@@ -10,15 +10,15 @@ import re
 import shutil
 import subprocess
 import sys
-import tempfile
 import unittest
 
 import by_construct
 import compare
 import report
+import side_by_side
 from constructs import Construct
-from programs import Launcher, Program, Series, installed_peers, measure, version
-from workloads import MB, STARTUP, WORKLOADS, Workload, prepare
+from programs import Launcher, Program, installed_peers, measure, version
+from workloads import STARTUP, WORKLOADS, Workload, prepare
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 DATA = ROOT / "build" / "bench-data"
@@ -88,113 +88,24 @@ def setting_text(facts: dict) -> str:
 
 
 # ---------------------------------------------------------------------------------------------------------------------
-# Side by side
-
-
-def measure_programs(launcher: Launcher, programs: list[Program], folder: pathlib.Path,
-                     rounds: int) -> dict[str, Series]:
-    by_name = {program.name: program for program in programs}
-    return measure(list(by_name), rounds, lambda name: launcher.run(by_name[name], folder))
-
-
-def side_by_side_row(workload: Workload, bytes_read: int, series: dict[str, Series], factor: float) -> dict:
-    qnpp, peers = series["qnpp"], {name: one for name, one in series.items() if name != "qnpp"}
-    good = {name: one for name, one in peers.items() if not one.failure}
-    best = min(good, key=lambda name: good[name].median, default=None)
-    reference = workload.goal_peer or best
-    ratio = goal_ratio = None
-    goals_hold = factor == 1  # they were set for inputs of this size
-    if not qnpp.failure:
-        ratio = qnpp.median / good[best].median if best else None
-        goal_ratio = qnpp.median / good[reference].median if reference in good else None
-    met = None
-    if goals_hold and workload.goal is not None and goal_ratio is not None:
-        met = goal_ratio <= workload.goal
-    memory_met = None
-    if goals_hold and workload.memory_goal is not None and not qnpp.failure:
-        memory_met = qnpp.peak <= workload.memory_goal
-    return {
-        "workload": workload.name,
-        "title": workload.title,
-        "comparable": workload.comparable,
-        "bytes_read": bytes_read,
-        "median": {name: None if one.failure else one.median for name, one in series.items()},
-        "peak_mb": {name: None if one.failure else one.peak for name, one in series.items()},
-        "failure": {name: one.failure for name, one in series.items() if one.failure},
-        "message": {name: one.message for name, one in series.items() if one.failure},
-        "best_peer": best,
-        "ratio": ratio,
-        "goal": workload.goal,
-        "goal_peer": workload.goal_peer,
-        "goal_ratio": goal_ratio,
-        "goal_met": met,
-        "memory_goal_mb": workload.memory_goal,
-        "memory_goal_met": memory_met,
-        "throughput_mb_s": None if qnpp.failure else bytes_read / MB / qnpp.median,
-        "runs": {name: [vars(run) for run in one.runs] for name, one in series.items()},
-    }
-
-
-def goal_text(row: dict) -> str:
-    if row["goal"] is None:
-        return ""
-    text = f"{row['goal']:g}"
-    if row["goal_peer"]:
-        text += f" of {row['goal_peer']} ({report.number(row['goal_ratio'])})"
-    return text + {True: "", False: " MISSED", None: " ?"}[row["goal_met"]]
-
-
-def side_by_side_tables(rows: list[dict], names: list[str]) -> str:
-    def cell(row, name, kind, show):
-        return row["failure"].get(name) or show(row[kind][name])
-
-    times = report.table(
-        ["workload", "MB", *names, "ratio", "best peer", "goal", "MB/s"],
-        [[row["workload"], report.number(row["bytes_read"] / MB, 1),
-          *(cell(row, name, "median", report.seconds) for name in names), report.number(row["ratio"]),
-          row["best_peer"] or "-", goal_text(row), report.number(row["throughput_mb_s"], 0)] for row in rows])
-    memory = report.table(
-        ["workload", *names, "goal"],
-        [[row["workload"], *(cell(row, name, "peak_mb", lambda value: report.number(value, 1)) for name in names),
-          "" if row["memory_goal_mb"] is None else
-          f"{row['memory_goal_mb']:g}" + (" MISSED" if row["memory_goal_met"] is False else "")] for row in rows])
-    failures = "".join(f"- {name} on {row['workload']}: {failure}. {row['message'][name]}\n"
-                       for row in rows for name, failure in row["failure"].items())
-    if failures:
-        failures = f"Failed, and left out of the ratio\n\n{failures}\n"
-    about = "\n".join(f"- {row['workload']}: {row['title']}. Comparable: {row['comparable']}." for row in rows)
-    return (f"User and system seconds, median\n\n{times}\n\nPeak resident memory, MB\n\n{memory}\n\n"
-            f"{failures}The workloads\n\n{about}\n")
-
-
-def run_side_by_side(launcher, programs, workloads, options) -> tuple[str, list[dict], bool]:
-    rows = []
-    for workload in workloads:
-        note(f"{workload.name} ...")
-        written = prepare(workload, options.scale, DATA)
-        rows.append(side_by_side_row(workload, written.bytes_read,
-                                     measure_programs(launcher, programs, written.folder, options.rounds),
-                                     options.scale))
-        rows[-1]["input_sha256"] = written.sha256
-    return (side_by_side_tables(rows, [program.name for program in programs]), rows,
-            all("qnpp" not in row["failure"] for row in rows))
-
-
-# ---------------------------------------------------------------------------------------------------------------------
 # Growth
 
 
 def run_growth(launcher, qnpp, workloads, options) -> tuple[str, list[dict], bool]:
     """The fastest run of each size counts: what disturbs a run can only make it slower."""
     startup_input = prepare(STARTUP, 1, DATA)
-    startup = measure_programs(launcher, [qnpp], startup_input.folder, max(options.rounds, 20))[qnpp.name].fastest
+    startup = measure([qnpp], max(options.rounds, 20),
+                      lambda program: launcher.run(program, startup_input.folder))[qnpp].fastest
     rows = []
     for workload in workloads:
         note(f"{workload.name} ...")
-        sizes = {factor: prepare(workload, factor * options.scale, DATA) for factor in GROWTH_FACTORS}
-        series = measure(GROWTH_FACTORS, options.rounds, lambda factor: launcher.run(qnpp, sizes[factor].folder))
+        sizes = {factor: prepare(workload, 1 if workload.runs > 1 else factor * options.scale, DATA)
+                 for factor in GROWTH_FACTORS}
+        series = measure(GROWTH_FACTORS, options.rounds, lambda factor: side_by_side.run_once(
+            launcher, qnpp, sizes[factor].folder, side_by_side.repeats(workload, factor * options.scale)))
         failure = next((one.failure for one in series.values() if one.failure), None)
-        net = [max(one.fastest - startup, 1e-6) for one in series.values()]
+        to_start = startup if workload.runs == 1 else 0
+        net = [max(one.fastest - to_start, 1e-6) for one in series.values()]
         ratios = [later / earlier for earlier, later in zip(net, net[1:])]
         rows.append({
             "workload": workload.name,
@@ -234,13 +145,12 @@ def growth_table(rows: list[dict], startup: float) -> str:
 
 def run_check(launcher, programs, workloads, options) -> tuple[str, list[dict], bool]:
     """Every program's output against qnpp's."""
-    memory = pathlib.Path("/dev/shm")
     rows = []
-    with tempfile.TemporaryDirectory(prefix="qnpp-bench-", dir=memory if memory.is_dir() else None) as folder:
+    with side_by_side.scratch() as folder:
         output = os.path.join(folder, "output")
         for workload in workloads:
             note(f"{workload.name} ...")
-            written = prepare(workload, options.scale, DATA)
+            written = prepare(workload, 1 if workload.runs > 1 else options.scale, DATA)
             verdicts = {}
             expected = None
             for program in programs:
@@ -302,8 +212,14 @@ def list_names(options: argparse.Namespace) -> None:
         print(f"{workload.name:14} {workload.title}")
 
 
+def split_at_dashes(words: list[str]) -> tuple[list[str], list[str]]:
+    place = words.index("--") if "--" in words else len(words)
+    return words[:place], words[place + 1:]
+
+
 def parse_options() -> argparse.Namespace:
-    parser = argparse.ArgumentParser(prog="scripts/bench", description=__doc__.strip())
+    parser = argparse.ArgumentParser(prog="scripts/bench", description=__doc__.strip(),
+                                     epilog="With --file, words behind -- are options for all programs, as -I and -D.")
     parser.add_argument("--rounds", type=int, default=5, help="runs of each program on each input (default 5)")
     parser.add_argument("--only", metavar="NAME,NAME",
                         help="these workloads only; with --constructs, those that match one of these patterns")
@@ -312,6 +228,8 @@ def parse_options() -> argparse.Namespace:
                         help="keep the tables in FILE (Markdown) and the raw figures beside it in .json")
     parser.add_argument("--json", type=pathlib.Path, metavar="FILE", help="keep only the raw figures, in FILE")
     parser.add_argument("--record", metavar="LABEL", help="keep them in bench/results/DATE-LABEL.md and .json")
+    parser.add_argument("--file", type=pathlib.Path, metavar="PATH",
+                        help="instead of workloads, measure this source, and compare what is made of it token by token")
     parser.add_argument("--constructs", action="store_true",
                         help="instead of workloads, measure each construct of the language by itself")
     parser.add_argument("--growth", action="store_true",
@@ -321,7 +239,15 @@ def parse_options() -> argparse.Namespace:
     parser.add_argument("--program", type=pathlib.Path, required=True, metavar="PATH",
                         help="the program to measure (default: build/release/qnpp, built first)")
     parser.add_argument("--list", action="store_true", help="name the workloads or constructs")
-    options = parser.parse_args()
+    own, words = split_at_dashes(sys.argv[1:])
+    options = parser.parse_args(own)
+    options.words = words
+    if options.file and (options.constructs or options.growth or options.check or options.only):
+        parser.error("--file goes with none of --constructs, --growth, --check and --only")
+    if options.file and not options.file.is_file():
+        parser.error(f"{options.file} is not a file")
+    if words and not options.file:
+        parser.error("options for the programs are for --file")
     if options.rounds < 1 or options.scale <= 0:
         parser.error("--rounds and --scale take positive numbers")
     if options.constructs and options.check:
@@ -340,12 +266,15 @@ def measured(launcher: Launcher, programs: list[Program], options: argparse.Name
                                                                   options.rounds, note)
         return "Constructs", by_construct.run_side_by_side(launcher, programs, constructs, DATA, options.rounds,
                                                            options.scale, note)
+    if options.file:
+        return "A file", side_by_side.run_file(launcher, programs, options.file, options.words, options.rounds, note)
     workloads = selected(options.only)
     if options.growth:
         return "Growth", run_growth(launcher, programs[0], workloads, options)
     if options.check:
         return "Comparison of outputs", run_check(launcher, programs, workloads, options)
-    return "Benchmark", run_side_by_side(launcher, programs, workloads, options)
+    return "Benchmark", side_by_side.run_workloads(launcher, programs, workloads, DATA, options.rounds, options.scale,
+                                                   note)
 
 
 def main() -> int:

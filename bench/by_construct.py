@@ -9,9 +9,10 @@ from typing import Callable, Optional
 import arithmetic
 import compare
 import report
+import side_by_side
 from arithmetic import Outcome
 from constructs import CONSTRUCTS, GROWTH_ONLY, Construct, Source
-from programs import Launcher, Program, Run, Series, measure
+from programs import Launcher, Program, Run, Series, as_one, measure, was_stopped
 
 Note = Callable[[str], None]
 
@@ -39,14 +40,7 @@ def selected(only: Optional[str], growth: bool = False) -> list[Construct]:
 def run_source(launcher: Launcher, program: Program, folder: pathlib.Path, source: Source,
                output: str = os.devnull) -> Run:
     """All runs that the source asks for, as one."""
-    runs = [launcher.run(program, folder, output, source.options) for _ in range(source.runs)]
-    return Run(sum(run.user for run in runs), sum(run.system for run in runs), sum(run.wall for run in runs),
-               max(run.peak for run in runs), runs[0].failure, runs[0].message)
-
-
-def was_stopped(run: Run) -> bool:
-    """By a signal or the time limit. Errors that a program reports are its own way to go through."""
-    return run.failure is not None and not run.failure.startswith(("status", "error"))
+    return as_one([launcher.run(program, folder, output, source.options) for _ in range(source.runs)])
 
 
 def inputs_below(data: pathlib.Path) -> tempfile.TemporaryDirectory:
@@ -70,12 +64,6 @@ def startups_text(startup: dict[str, float]) -> str:
 # Beside the other programs
 
 
-def written(path: str) -> tuple[int, int]:
-    """Lines, and bytes that are neither white space nor line directives."""
-    content = pathlib.Path(path).read_bytes()
-    return content.count(b"\n"), len(compare.without_line_directives(content).translate(None, b" \t\n\v\f\r"))
-
-
 class SideBySide:
     def __init__(self, launcher: Launcher, programs: list[Program], folder: pathlib.Path, rounds: int):
         self._launcher = launcher
@@ -90,7 +78,7 @@ class SideBySide:
         first, lines, text = {}, {}, {}
         for name, program in self._programs.items():
             first[name] = run_source(self._launcher, program, self._folder, source, output)
-            lines[name], text[name] = written(output)
+            lines[name], text[name] = compare.written(output)
 
         def outcomes(series: dict[str, Series]) -> dict[str, Outcome]:
             return {name: Outcome(arithmetic.net(one.fastest, self.startup[name] if source.runs == 1 else 0),
@@ -169,15 +157,13 @@ def side_by_side_text(rows: list[dict], startup: dict[str, float]) -> str:
 
 def run_side_by_side(launcher: Launcher, programs: list[Program], constructs: list[Construct], data: pathlib.Path,
                      rounds: int, scale: float, note: Note) -> tuple[str, list[dict], bool]:
-    memory = pathlib.Path("/dev/shm")
-    with (inputs_below(data) as inputs,
-          tempfile.TemporaryDirectory(prefix="qnpp-bench-", dir=memory if memory.is_dir() else None) as folder):
-        side_by_side = SideBySide(launcher, programs, pathlib.Path(inputs) / "input", rounds)
+    with inputs_below(data) as inputs, side_by_side.scratch() as folder:
+        beside = SideBySide(launcher, programs, pathlib.Path(inputs) / "input", rounds)
         rows = []
         for construct in constructs:
             note(f"{construct.name} ...")
-            rows.append(side_by_side.row(construct, max(round(construct.n * scale), 1), os.path.join(folder, "output")))
-    return (side_by_side_text(rows, side_by_side.startup), rows,
+            rows.append(beside.row(construct, max(round(construct.n * scale), 1), os.path.join(folder, "output")))
+    return (side_by_side_text(rows, beside.startup), rows,
             not any(row["outcome"]["qnpp"]["stopped"] for row in rows))
 
 

@@ -81,10 +81,10 @@ class Launcher:
                             str(self._path)], check=True)
 
     def run(self, program: Program, folder: pathlib.Path, output: str = os.devnull,
-            options: Sequence[str] = ()) -> Run:
+            options: Sequence[str] = (), source: str = "input.c") -> Run:
         try:
             launch = (str(self._path), str(self._time_limit), output, str(self._errors))
-            result = subprocess.run([*launch, *program.command, *options, "input.c"], cwd=folder, env=environment(),
+            result = subprocess.run([*launch, *program.command, *options, source], cwd=folder, env=environment(),
                                     stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=True, text=True)
             with open(self._errors, "rb") as errors:
                 said = errors.read(_STDERR_READ)
@@ -107,6 +107,18 @@ class Launcher:
             # Results are kept: where they were measured is nobody's business.
             message = message.replace(f"{folder.resolve().parent}/", "")[:_MESSAGE_LENGTH]
         return Run(user / 1e6, system / 1e6, wall / 1e6, peak * 1024 / 1e6, failure, message)
+
+
+def as_one(runs: Sequence[Run]) -> Run:
+    """Several runs as if they were one."""
+    failed = next((run for run in runs if run.failure), runs[0])
+    return Run(sum(run.user for run in runs), sum(run.system for run in runs), sum(run.wall for run in runs),
+               max(run.peak for run in runs), failed.failure, failed.message)
+
+
+def was_stopped(run: Run) -> bool:
+    """By a signal or the time limit. Errors that a program reports are its own way to go through."""
+    return run.failure is not None and not run.failure.startswith(("status", "error"))
 
 
 @dataclasses.dataclass

@@ -24,8 +24,10 @@ class Workload:
     title: str
     comparable: str  # why all programs do the same work and print the same text
     write: Callable[[pathlib.Path, float, random.Random], Optional[int]]
-    goal: Optional[float] = None  # ratio to the best peer that qnpp is to stay below
-    goal_peer: Optional[str] = None  # the goal is a ratio to this peer and not to the best one
+    bar: Optional[float] = None  # ratio to the best peer that qnpp must not exceed
+    aim: Optional[float] = None  # the ratio that it should come to
+    against_all: bool = False  # peers that write less are a bar too
+    runs: int = 1  # so many count as one
     memory_goal: Optional[float] = None  # peak memory in MB at factor 1; none where the macros themselves are large
 
 
@@ -295,7 +297,7 @@ def _write_macros100k(folder, factor, rng):
         for number, name in enumerate(names):
             out.write(f"#define {name} (0x{number:05x}u + {rng.randrange(100)})\n")
         plain = _names(rng, 500)
-        for _ in range(2 * count):
+        for _ in range(count):
             out.write(f"  {rng.choice(plain)} = {rng.choice(names)} + {rng.choice(names)};\n")
 
 
@@ -322,6 +324,18 @@ def _write_params20k(folder, factor, rng):
         body = " ".join(f"p{number} +" for number in range(count))
         out.write(f"#define SUM({parameters}) {body} 0\n")
         arguments = ", ".join(f"{rng.choice(_WORDS)}[{number}]" for number in range(count))
+        out.write(f"total = SUM({arguments});\n")
+
+
+def _write_args40k(folder, factor, rng):
+    count = round(40_000 * factor)
+    with open(folder / "input.c", "w") as out:
+        for number in range(1000):
+            out.write(f"#define VALUE_{number} {rng.choice(_WORDS)}[{number}]\n")
+        parameters = ", ".join(f"p{number}" for number in range(count))
+        body = " ".join(f"p{number} +" for number in range(count))
+        out.write(f"#define SUM({parameters}) {body} 0\n")
+        arguments = ", ".join(f"VALUE_{rng.randrange(1000)}" for _ in range(count))
         out.write(f"total = SUM({arguments});\n")
 
 
@@ -400,6 +414,111 @@ def _write_cond(folder, factor, rng):
             written += len(text)
 
 
+def _write_ifs(folder, factor, rng):
+    with open(folder / "input.c", "w") as out:
+        out.write("#define VERSION 312\n#define LEVEL 5\n")
+        for number in range(0, 40, 2):
+            out.write(f"#define FEATURE_{number} {number}\n")
+        written = 0
+        while written < 4 * MB * factor:
+            one, other, value = rng.randrange(40), rng.randrange(40), rng.randrange(400)
+            joined, again = rng.choice(("&&", "||")), rng.choice(("&&", "||"))
+            text = (f"#if defined(FEATURE_{one}) {joined} (defined FEATURE_{other} {again} VERSION > {value})\n"
+                    f"first_{written}\n#elif LEVEL == {value % 8}\n#endif\n")
+            out.write(text)
+            written += len(text)
+
+
+_MIXED_LINES = """\
+{0} = MAX({1}, {N}) + LIMIT_{M};
+if ({0} > LIMIT_{M} || CHECK({1})) return STATUS_FAILED;
+{0}[LIMIT_{M}] = CLAMP({1}, 0, {N});  // never beyond the last one
+for ({0} = 0; {0} < COUNT_OF({1}); {0}++) {{ {2} += {1}[{0}]; }}
+report(STATUS_FAILED, NAME_OF({0}), "%d of %d, see \\"{1}\\"\\n", {2}, LIMIT_{M});
+EXPORT int MODULE({0})(struct {1} *{2});
+"""
+
+_MIXED_DEFINITIONS = """\
+#define VERSION 312
+#define STATUS_FAILED (-1)
+#define EXPORT extern
+#define MAX(a, b) ((a) > (b) ? (a) : (b))
+#define MIN(a, b) ((a) < (b) ? (a) : (b))
+#define CLAMP(v, low, high) MIN(MAX(v, low), high)
+#define CHECK(condition) check((condition), #condition)
+#define COUNT_OF(array) (sizeof (array) / sizeof (array)[0])
+#define NAME_OF(name) #name
+#define MODULE(name) module_##name
+#define WITH_TRACE 1
+"""
+
+
+class MixedWriter:
+    """Code as people write it: by far the most of it plain, with comments, macros and conditionals in between."""
+
+    def __init__(self, rng: random.Random):
+        self._rng = rng
+        self._code = CodeWriter(rng)
+        self._prose = ProseWriter(rng)
+        self._names = [name for name in _names(rng, 400) if 4 <= len(name) <= 16]
+        self._templates = _MIXED_LINES.split("\n")[:-1]
+        self._limits = 0
+
+    def head(self) -> str:
+        return _MIXED_DEFINITIONS + self._limit()
+
+    def block(self) -> str:
+        parts = [self._comment()] if self._rng.random() < 0.6 else []
+        parts += [self._group() if self._rng.random() < 0.12 else self._lines(self._rng.randrange(3, 15))
+                  for _ in range(self._rng.randrange(1, 5))]
+        if self._rng.random() < 0.2:
+            parts.append(self._limit())
+        return "".join(parts)
+
+    def _limit(self) -> str:
+        self._limits += 1
+        return f"#define LIMIT_{self._limits - 1} {self._rng.randrange(1, 1000)}  /* {self._prose.sentence(20)} */\n"
+
+    def _comment(self) -> str:
+        if self._rng.random() < 0.5:
+            return f"\n// {self._prose.sentence(60)}\n"
+        lines = "".join(f" * {self._prose.sentence(64)}\n" for _ in range(self._rng.randrange(2, 12)))
+        return f"\n/*\n{lines} */\n"
+
+    def _lines(self, count: int) -> str:
+        return "".join(self._line() for _ in range(count))
+
+    def _line(self) -> str:
+        rng = self._rng
+        if rng.random() < 0.85:
+            return self._code.line()
+        return "  " + rng.choice(self._templates).format(*rng.sample(self._names, 3), N=rng.randrange(1, 999),
+                                                         M=rng.randrange(self._limits)) + "\n"
+
+    def _group(self) -> str:
+        rng = self._rng
+        condition = rng.choice(("#if 0", "#ifdef WITH_TRACE", "#ifndef WITH_TRACE", "#ifdef WITH_OTHERS",
+                                f"#if VERSION >= {rng.randrange(600)}",
+                                "#if defined(WITH_TRACE) && VERSION < 400"))
+        text = condition + "\n" + self._lines(rng.randrange(1, 20))
+        if rng.random() < 0.4:
+            text += "#else\n" + self._lines(rng.randrange(1, 6))
+        return text + "#endif\n"
+
+
+def _write_mixed(folder, factor, rng):
+    mixed = MixedWriter(rng)
+    with open(folder / "input.c", "w") as out:
+        written = out.write(mixed.head())
+        while written < 20 * MB * factor:
+            written += out.write(mixed.block())
+
+
+def _write_small(folder, factor, rng):
+    mixed = MixedWriter(rng)
+    (folder / "input.c").write_text(mixed.head() + "".join(mixed.block() for _ in range(3)))
+
+
 def _write_include(folder, factor, rng):
     count = round(1000 * factor)
     total = 0
@@ -446,51 +565,62 @@ def _long_token(opening: str, unit: Callable[[random.Random], str], closing: str
 WORKLOADS = [
     Workload("text", "plain code, no macro used, 20 MB",
              "nothing is expanded and no line is dropped: the output is the input",
-             _write_text, goal=0.6, memory_goal=8),
+             _write_text, bar=0.12, aim=0.06, memory_goal=8),
     Workload("comments", "block comments over several lines and line comments, 20 MB",
              "every program drops the comments and prints the same lines of code",
-             _write_comments, goal=0.6, memory_goal=8),
+             _write_comments, bar=0.35, aim=0.25, memory_goal=8),
     Workload("objmac", "eight words a line, two thirds of them object-like macros, 8 MB",
              "object-like macros without # or ## expand alike everywhere",
-             _write_objmac, goal=0.4, memory_goal=8),
+             _write_objmac, bar=0.15, aim=0.08, memory_goal=8),
     Workload("funmac", "nested function-like macros with # and ##, 4 MB",
              "every ## joins to one token and every # operand is free of quotes and spare blanks",
-             _write_funmac, goal=0.45, memory_goal=8),
+             _write_funmac, bar=0.28, aim=0.18, memory_goal=8),
     Workload("skip", "one skipped group with nested conditionals, 20 MB",
              "no condition inside is evaluated, all of it is left out, only the last line is printed",
-             _write_skip, goal=0.9, memory_goal=8),
+             _write_skip, bar=0.25, aim=0.15, memory_goal=8),
     Workload("cond", "an #if or #elif expression every seven lines, 4 MB",
              "all values are small, so 32-bit and 64-bit arithmetic choose the same groups",
-             _write_cond, goal=1.0, memory_goal=8),
+             _write_cond, memory_goal=8),
+    Workload("ifs", "only conditionals: every four lines an #if of three operands, two with defined, an #elif, 4 MB",
+             "all values are small, so 32-bit and 64-bit arithmetic choose the same groups",
+             _write_ifs, bar=0.9, aim=0.6, memory_goal=8),
+    Workload("mixed", "code as people write it: comments, strings, macros, conditionals, skipped groups, 20 MB",
+             "every ## joins to one token and no # operand holds a quote",
+             _write_mixed, bar=0.2, aim=0.12),
     Workload("include", "1,000 guarded headers of 35 lines, each included ten times",
              "each header's text is printed once; who remembers guards reads it once, the others ten times",
-             _write_include, goal=0.5, goal_peer="mcpp", memory_goal=8),
-    Workload("macros100k", "100,000 macro definitions, then 200,000 lines that use them",
+             _write_include, bar=1, aim=0.7, against_all=True, memory_goal=8),
+    Workload("macros100k", "100,000 macro definitions, then 200,000 uses on 100,000 lines",
              "object-like macros without # or ## expand alike everywhere",
-             _write_macros100k, goal=0.8),
+             _write_macros100k, bar=0.4, aim=0.3),
     Workload("deep256", "an argument re-expanded 256 levels deep, 200 times",
              "the nesting uses no macro inside its own expansion, so no rule about recursion comes into play",
-             _write_deep256, goal=0.4, memory_goal=8),
+             _write_deep256, bar=0.1, aim=0.08, memory_goal=8),
     Workload("chain100k", "a chain of 100,000 object-like macros, each naming the next",
-             "one use runs through the whole chain to one word", _write_chain),
+             "one use runs through the whole chain to one word", _write_chain, bar=1, aim=0.7),
     Workload("chainf20k", "a chain of 20,000 function-like macros, each invoking the next",
-             "one use runs through the whole chain to one number", _write_chain_functions),
+             "one use runs through the whole chain to one number", _write_chain_functions, bar=1, aim=0.7),
     Workload("token-comment", "one comment of 30 MB in lines of 75",
              "the comment leaves nothing but line ends",
              _long_token("/*", lambda rng: ProseWriter(rng).sentence(72)[:74] + "\n", "*/"), memory_goal=90),
     Workload("token-string", "one string of 30 MB", "a string is copied as it is",
              _long_token('"', lambda rng: rng.choice(_PROSE) + " ", '"'), memory_goal=90),
     Workload("token-name", "one name of 30 MB", "a name that is no macro is copied as it is",
-             _long_token("n", lambda rng: rng.choice(_WORDS) + "_", ""), memory_goal=90),
+             _long_token("n", lambda rng: rng.choice(_WORDS) + "_", ""), bar=0.6, aim=0.3, memory_goal=90),
     Workload("token-number", "one number of 30 MB", "a number outside of #if is copied, whatever its value",
-             _long_token("1", lambda rng: str(rng.randrange(10)), ""), memory_goal=90),
+             _long_token("1", lambda rng: str(rng.randrange(10)), ""), bar=0.6, aim=0.3, memory_goal=90),
     Workload("line20m", "one line of plain code, 20 MB",
              "nothing is expanded: the output is the input",
              _write_line20m, memory_goal=8),
     Workload("params20k", "one macro of 20,000 parameters and its 20,000 arguments",
              "each argument appears once, without # or ##", _write_params20k),
+    Workload("args40k", "40,000 arguments that are macros", "each argument appears once, without # or ##",
+             _write_args40k, bar=0.3, aim=0.2),
     Workload("xmacro50k", "an X-macro list of 50,000 entries, used three times",
-             "the list is read into an enumeration, names and numbers; every ## joins to one token", _write_xmacro50k),
+             "the list is read into an enumeration, names and numbers; every ## joins to one token",
+             _write_xmacro50k, bar=0.6, aim=0.4),
+    Workload("small100", "a small source, 100 runs", "it is a piece of the mixed code",
+             _write_small, bar=1.1, aim=0.9, runs=100, memory_goal=8),
 ]
 
 # Not a workload: what it costs to start a program and read one line. Growth is measured with this taken off.

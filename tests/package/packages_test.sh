@@ -5,12 +5,20 @@
 #   packages_test.sh reproducible|lintian|deb|tarball <folder>
 . "$(dirname "$0")/lib.sh"
 
-# The files that belong to the program, without anything built. Git answers for the copy with the checkout's revision.
+# The files that belong to the program, without anything built.
 copyCheckout() { # copyCheckout <checkout> <folder>
   mkdir -p "$2"
   (cd "$1" && tar -cf - --exclude=./.git --exclude='./build*' --exclude=./tests --exclude=./bench --exclude=./fuzz .) |
     tar -xf - -C "$2"
-  [ ! -e "$1/.git" ] || printf 'gitdir: %s\n' "$(git -c "safe.directory=$1" -C "$1" rev-parse --absolute-git-dir)" >"$2/.git"
+}
+
+# giveRevision <checkout> <copy of it> <revision>: what Git answers there, whatever is committed in the meantime.
+giveRevision() {
+  local git=(git -c "safe.directory=$1" -C "$1") revision
+  revision=$("${git[@]}" rev-parse --verify --quiet "$3^{commit}") || return 0
+  git init -q "$2"
+  (cd "$1" && realpath "$("${git[@]}" rev-parse --git-path objects)") >"$2/.git/objects/info/alternates"
+  printf '%s\n' "$revision" >"$2/.git/HEAD"
 }
 
 configure() { # configure <source folder> <build folder> <release build, whose compiler and flags are taken>
@@ -24,14 +32,16 @@ cached() { sed -n "s/^$2:[A-Z]*=//p" "$1/CMakeCache.txt"; } # cached <build fold
 # Once with the program of the release build, once with one that is built from a copy of the sources. One job, because
 # other tests run beside it.
 build() { # build <checkout> <release build> <folder>
-  local here=$3/here there="$3/another place/with a longer name"
+  local here=$3/here there="$3/another place/with a longer name" day revision
   rm -rf "$3"
   mkdir -p "$3"
-  # The day that the program knows, so that midnight makes no difference.
-  SOURCE_DATE_EPOCH=$(date -u +%s -d "$("$2/qnpp" -v | sed -n '1s/.*(\(.*\), .*/\1/p') UTC") || failed 'the program knows its day'
+  # What the program knows, so that midnight and a commit make no difference.
+  IFS=, read -r day revision <<<"$("$2/qnpp" -v | sed -n '1s/.*(\(.*\), \(.*\)).*/\1,\2/p')"
+  SOURCE_DATE_EPOCH=$(date -u +%s -d "$day UTC") || failed 'the program knows its day'
   export SOURCE_DATE_EPOCH
   copyCheckout "$1" "$here"
   copyCheckout "$1" "$there"
+  giveRevision "$1" "$there" "$revision"
   umask 022
   { configure "$here" "$here/build" "$2" && cmake --build "$here/build" --target qnpp_man &&
     cp "$2/qnpp" "$here/build" && (cd "$here/build" && cpack); } >"$3/log.1" 2>&1 ||
@@ -50,7 +60,6 @@ needsPackage() { # needsPackage <folder>: leaves its name in $deb
 
 reproducible() { # reproducible <folder>
   local here=$1/here/build there="$1/another place/b" file
-  # Also that the program is of the commit that is checked out.
   same 'what the program says of its build' "$("$there/qnpp" -v)" "$("$here/qnpp" -v)"
   cmp "$here/qnpp" "$there/qnpp" || failed 'the program is the same'
   for file in "$here"/*.tar.gz "$here"/*.deb; do

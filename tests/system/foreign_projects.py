@@ -12,6 +12,7 @@ the compiler did not, or to blanks behind a function-like name. What is left is 
 """
 
 import argparse
+import codecs
 import collections
 import fnmatch
 import multiprocessing
@@ -71,6 +72,9 @@ class Rewriter:
         self.functions = set()
         self.name = name
         self.is_once = False
+        if text.startswith(codecs.BOM_UTF8):
+            self.rules.add("byte order mark")
+            text = text[len(codecs.BOM_UTF8):]
         lines = []
         line = []
         for match in TOKEN.finditer(text):

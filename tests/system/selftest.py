@@ -185,6 +185,7 @@ class ForeignProjects(unittest.TestCase):
         (b"#\nx\n", b"\nx\n"),
         (b'"a\\n\\"b"\n', b'"an\\"b"\n'),
         (b"a\\\nb\n", b"ab\n"),
+        (b"\xef\xbb\xbfa\n", b"a\n"),
         (b"x // a \\\n b\ny\n", b"x \ny\n"),
         (b"#endif A\n#undef B C\n", b"#endif\n#undef B\n"),
         (b"#define V(a, ...) a\n#define J a ## b\n#define F(a) a ## b\n", b"\n\n#define F(a) a ## b\n"),

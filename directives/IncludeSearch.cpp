@@ -34,18 +34,18 @@ std::optional<IncludeName> readIncludeName(TokenStream& operand, MessageSink& me
   return result;
 }
 
-std::unique_ptr<CppFileScanner> IncludeSearch::find(const IncludeName& name, std::string_view includer) {
-  std::unique_ptr<CppFileScanner> file;
+IncludedFile IncludeSearch::find(const IncludeName& name, std::string_view includer) {
+  IncludedFile found;
   if (isAbsoluteName(name.name)) {
-    file = files_.open(name.name);
+    found = {files_.open(name.name), IncludeOrigin::Absolute};
   } else if (name.isQuoted) {
     const std::string directory = directoryOf(includer);
-    file = files_.open(directory == "." ? name.name : directory + '/' + name.name);
+    found = {files_.open(directory == "." ? name.name : directory + '/' + name.name), IncludeOrigin::BesideIncluder};
   }
-  for (auto directory = directories_.begin(); file == nullptr && directory != directories_.end(); ++directory) {
-    file = files_.open(*directory + '/' + name.name);
+  for (auto directory = directories_.begin(); found.file == nullptr && directory != directories_.end(); ++directory) {
+    found = {files_.open(*directory + '/' + name.name), IncludeOrigin::InIncludeDirectory};
   }
-  return file;
+  return found;
 }
 
 }  // namespace qnpp

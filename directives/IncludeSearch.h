@@ -1,6 +1,7 @@
 // #include: the name, and the search for the file.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,6 +24,14 @@ struct IncludeName {
 /// none when there is no name.
 std::optional<IncludeName> readIncludeName(TokenStream& operand, MessageSink& messages);
 
+/// Where a file was found.
+enum class IncludeOrigin : std::uint8_t { Absolute, BesideIncluder, InIncludeDirectory, Elsewhere };
+
+struct IncludedFile {
+  std::unique_ptr<CppFileScanner> file;  ///< Null: there is none.
+  IncludeOrigin origin = IncludeOrigin::Elsewhere;
+};
+
 /// Opens files for the search.
 class FileOpener {
  public:
@@ -42,9 +51,8 @@ class IncludeSearch {
   void addDirectory(std::string directory) { directories_.push_back(std::move(directory)); }
 
   /// The first file that opens: the name itself when it is absolute; else, in the quoted form, the name in the
-  /// directory of the includer, as that is called now; then the name in each include directory. Null when there is
-  /// none.
-  std::unique_ptr<CppFileScanner> find(const IncludeName& name, std::string_view includer);
+  /// directory of the includer, as that is called now; then the name in each include directory.
+  IncludedFile find(const IncludeName& name, std::string_view includer);
 
  private:
   FileOpener& files_;

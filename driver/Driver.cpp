@@ -1,13 +1,13 @@
 #include "driver/Driver.h"
 
-#include <array>
-#include <optional>
-#include <string>
-#include <string_view>
+#include <fcntl.h>
 
+#include <array>
+#include <string_view>
+#include <utility>
+
+#include "driver/DescriptorStream.h"
 #include "driver/OptionParser.h"
-#include "engine/CppPreprocessor.h"
-#include "macros/CppMacroTable.h"
 #include "qnpp/version.h"
 
 namespace qnpp {
@@ -65,49 +65,53 @@ bool answerQuestions(const OptionParser& options, std::ostream& output) {
   return false;
 }
 
-// `-DNAME=text` defines NAME as the text behind the first "=", which may be empty; `-DNAME` defines it as 1.
-bool defineMacros(const OptionParser& options, CppMacroTable& macros) {
-  const auto values = options.letterValues("D");
-  if (!values) {
+bool defineMacros(const OptionParser& options, Preprocessor& preprocessor) {
+  const auto definitions = options.letterValues("D");
+  if (!definitions) {
     return false;
   }
-  for (const std::string_view value : *values) {
-    const std::size_t equals = value.find('=');
-    if (equals == std::string_view::npos) {
-      macros.defineFromCommandLine(value, "1");
-    } else {
-      macros.defineFromCommandLine(value.substr(0, equals), value.substr(equals + 1));
-    }
+  for (const std::string_view definition : *definitions) {
+    preprocessor.define(definition);
   }
   return true;
 }
 
-bool addIncludeDirectories(const OptionParser& options, CppPreprocessor& preprocessor) {
+bool addIncludeDirectories(const OptionParser& options, Preprocessor& preprocessor) {
   const auto directories = options.letterValues("I");
   if (!directories) {
     return false;
   }
   for (const std::string_view directory : *directories) {
-    preprocessor.addIncludeDirectory(std::string(directory));
+    preprocessor.addIncludeDirectory(directory);
   }
   return true;
 }
 
 }  // namespace
 
-Driver::Driver(std::ostream& output, std::ostream& messages) : output_(output), messages_(messages) {}
+Driver::Driver(std::ostream& output, std::ostream& messages, Reader standardInput)
+    : output_(output), messages_(messages), source_(Source::ofReader(std::move(standardInput))) {}
 
-bool Driver::prepare(int argc, const char* const* argv, CppPreprocessor& preprocessor) {
+std::optional<Status> Driver::run(int argc, const char* const* argv) {
   const OptionParser options(argc, argv, kOptions, kMessagePrefix, PlainArguments::Anywhere, messages_);
   if (options.reportUnknownOptions() || options.reportMisplacedArguments()) {
-    return false;
+    return std::nullopt;
   }
   options.warnAboutRepeatedOptions();
-  if (answerQuestions(options, output_)) {
-    return false;
+  if (answerQuestions(options, output_) || !prepare(options)) {
+    return std::nullopt;
   }
+  std::ostream& textOutput = outputFile_ != nullptr ? *outputFile_ : output_;
+  // Failures of the streams are not looked at: the exit status speaks of the input alone.
+  preprocessor_.setOutputSink([&textOutput](std::string_view block) { textOutput << block; });
+  preprocessor_.setDiagnosticSink([this](const Diagnostic& diagnostic) { messages_ << diagnostic.text << std::flush; });
+  const Result result = preprocessor_.run(std::move(source_), sourceName_);
+  textOutput.flush();
+  return result.status;
+}
 
-  if (!defineMacros(options, preprocessor.macroTable()) || !addIncludeDirectories(options, preprocessor)) {
+bool Driver::prepare(const OptionParser& options) {
+  if (!defineMacros(options, preprocessor_) || !addIncludeDirectories(options, preprocessor_)) {
     return false;
   }
   // The file is made before the rest of the command line is looked at, so a later mistake leaves it behind empty.
@@ -115,13 +119,12 @@ bool Driver::prepare(int argc, const char* const* argv, CppPreprocessor& preproc
     return false;
   }
 
-  std::string sourceName;
   if (options.isPresent("s")) {
     const auto name = options.value("s");
     if (!name) {
       return false;
     }
-    sourceName = *name;
+    sourceName_ = *name;
   }
 
   if (options.plainArgumentCount() > 1) {
@@ -129,14 +132,13 @@ bool Driver::prepare(int argc, const char* const* argv, CppPreprocessor& preproc
     return false;
   }
   // An empty file name means standard input.
-  std::string fileName;
-  if (options.plainArgumentCount() == 1) {
-    fileName = options.plainArgument(0);
+  const bool isFile = options.plainArgumentCount() == 1 && !options.plainArgument(0).empty();
+  if (isFile) {
+    source_ = Source::ofFile(std::string(options.plainArgument(0)));
+  } else if (sourceName_.empty()) {
+    sourceName_ = "stdin";
   }
-
-  preprocessor.setOutput(textOutput());
-  preprocessor.openSource(fileName, sourceName);
-  return !preprocessor.hasError();
+  return true;
 }
 
 // Makes the file of `-o`, if there is one. Reports and returns false when that cannot be done.
@@ -148,25 +150,14 @@ bool Driver::openOutputFile(const OptionParser& options) {
   if (!fileName) {
     return false;
   }
-  outputFile_ = std::make_unique<std::ofstream>(std::string(*fileName));
-  if (!outputFile_->is_open()) {
+  constexpr int kReadableAndWritable = 0666;
+  const int descriptor = ::open(std::string(*fileName).c_str(), O_WRONLY | O_CREAT | O_TRUNC, kReadableAndWritable);
+  if (descriptor < 0) {
     messages_ << kMessagePrefix << "cannot open output file '" << *fileName << "'\n";
     return false;
   }
+  outputFile_ = std::make_unique<DescriptorStream>(descriptor, DescriptorStream::Ownership::Owned);
   return true;
-}
-
-void Driver::flush() {
-  textOutput().flush();
-  output_.flush();
-  messages_.flush();
-}
-
-std::ostream& Driver::textOutput() {
-  if (outputFile_) {
-    return *outputFile_;
-  }
-  return output_;
 }
 
 }  // namespace qnpp

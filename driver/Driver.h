@@ -1,39 +1,38 @@
 // What the program does around a run: the command line and the streams.
 #pragma once
 
-#include <fstream>
 #include <memory>
+#include <optional>
 #include <ostream>
+#include <string>
+
+#include "qnpp/preprocessor.h"
 
 namespace qnpp {
 
-class CppPreprocessor;
 class OptionParser;
 
-/// Turns a command line into a preprocessor that is ready to run.
-///
-/// Owns the stream of the `-o` file, which the preprocessor only borrows: keep the driver alive until the run is over.
+/// Carries out a command line.
 class Driver {
  public:
   /// `output` receives the help and version texts, and the preprocessed text if there is no `-o`; `messages` receives
-  /// what is wrong with the command line. Both must outlive the driver.
-  Driver(std::ostream& output, std::ostream& messages);
+  /// all messages. Both must outlive the driver.
+  Driver(std::ostream& output, std::ostream& messages, Reader standardInput);
 
-  /// Carries out the whole command line, up to the opening of the source. False means that the program ends here with
-  /// status 1: something was wrong and has been reported, or the help or version text was asked for and has been
-  /// written.
-  bool prepare(int argc, const char* const* argv, CppPreprocessor& preprocessor);
-
-  /// Hands everything that the program has written to the operating system.
-  void flush();
+  /// How the run ended. Nothing when the program ends without one, with status 1: something was wrong with the command
+  /// line and has been reported, or the help or version text was asked for and has been written.
+  std::optional<Status> run(int argc, const char* const* argv);
 
  private:
+  bool prepare(const OptionParser& options);
   bool openOutputFile(const OptionParser& options);
-  std::ostream& textOutput();
 
-  std::ostream& output_;                       // Borrowed.
-  std::ostream& messages_;                     // Borrowed.
-  std::unique_ptr<std::ofstream> outputFile_;  // Null without `-o`.
+  std::ostream& output_;                      // Borrowed.
+  std::ostream& messages_;                    // Borrowed.
+  std::unique_ptr<std::ostream> outputFile_;  // Null without `-o`.
+  Preprocessor preprocessor_;
+  Source source_;
+  std::string sourceName_;
 };
 
 }  // namespace qnpp

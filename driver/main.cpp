@@ -6,19 +6,18 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <exception>
-#include <iostream>
-#include <memory>
 #include <new>
-#include <stdexcept>
+#include <optional>
 #include <string_view>
 
+#include "driver/DescriptorStream.h"
 #include "driver/Driver.h"
 #include "driver/MemoryBudget.h"
-#include "engine/CppPreprocessor.h"
-#include "lexer/CppLexer.h"
 
 namespace {
 
@@ -55,29 +54,37 @@ void occupyStandardDescriptors() {
   std::abort();  // Only if the signal is blocked.
 }
 
-int preprocess(int argc, char** argv) {
-  qnpp::Driver driver(std::cout, std::cerr);
-  // Not on the stack, which may be limited to less than its buffers take.
-  const auto preprocessor = std::make_unique<qnpp::CppPreprocessor>(std::cerr, std::cin);
-  int status = 1;
-  try {
-    // Read the command line; open the output and the source.
-    if (driver.prepare(argc, argv, *preprocessor)) {
-      // Preprocess.
-      status = preprocessor->run() ? 1 : 0;
+// Reads until `size` bytes are there or the input ends.
+std::ptrdiff_t readStandardInput(char* to, std::size_t size) {
+  std::size_t got = 0;
+  while (got < size) {
+    const ssize_t count = ::read(STDIN_FILENO, to + got, size - got);
+    if (count == 0) {
+      break;
     }
-  } catch (const qnpp::FatalLexerError&) {
-    status = 2;
-  } catch (const qnpp::DivisionByZero&) {
-    driver.flush();
-    raiseArithmeticFault();
-  } catch (const std::bad_alloc&) {
-    preprocessor->reportOutOfMemory();
-  } catch (const std::length_error&) {  // A container that would grow beyond what can be addressed.
-    preprocessor->reportOutOfMemory();
+    if (count > 0) {
+      got += static_cast<std::size_t>(count);
+    } else if (errno != EINTR) {
+      return -1;
+    }
   }
-  driver.flush();
-  return status;
+  return static_cast<std::ptrdiff_t>(got);
+}
+
+int preprocess(int argc, char** argv) {
+  qnpp::DescriptorStream output(STDOUT_FILENO);
+  qnpp::DescriptorStream messages(STDERR_FILENO);
+  const std::optional<qnpp::Status> status = qnpp::Driver(output, messages, readStandardInput).run(argc, argv);
+  switch (status.value_or(qnpp::Status::Errors)) {
+    case qnpp::Status::Clean:
+      return 0;
+    case qnpp::Status::DivisionByZero:
+      raiseArithmeticFault();
+    case qnpp::Status::ScannerFailed:
+      return 2;
+    default:
+      return 1;
+  }
 }
 
 }  // namespace
@@ -88,9 +95,6 @@ int main(int argc, char** argv) {
   ignoreFailedWrites();
   occupyStandardDescriptors();
   try {
-    // Nothing here uses stdio, and reading need not push out what was written.
-    std::ios::sync_with_stdio(false);
-    std::cin.tie(nullptr);
     return preprocess(argc, argv);
   } catch (const std::bad_alloc&) {
     endOutOfMemory();

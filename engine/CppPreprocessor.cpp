@@ -1,5 +1,7 @@
 #include "engine/CppPreprocessor.h"
 
+#include "lexer/InputFile.h"
+
 namespace qnpp {
 
 // Tells the end of files, and opens them for the search.
@@ -8,10 +10,18 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
   explicit Hooks(CppPreprocessor& preprocessor) : preprocessor_(preprocessor) {}
 
   void fileEnded() override { preprocessor_.checkEndOfFile(); }
-  void fileResumed() override { preprocessor_.writeLineDirective(); }
+  void fileResumed() override {
+    preprocessor_.includeLines_.pop_back();
+    preprocessor_.markLine(LineMark::Returned);
+  }
 
   std::unique_ptr<CppFileScanner> open(const std::string& path) override {
-    auto file = std::make_unique<CppFileScanner>(path, preprocessor_.standardInput_, preprocessor_.lexerContext_);
+    return scannerOf(path, std::make_unique<InputFile>(path));
+  }
+
+  // Null when the file could not be opened.
+  std::unique_ptr<CppFileScanner> scannerOf(std::string path, std::unique_ptr<std::istream> input) {
+    auto file = std::make_unique<CppFileScanner>(std::move(path), std::move(input), preprocessor_.lexerContext_);
     return file->openFailed() ? nullptr : std::move(file);
   }
 
@@ -19,32 +29,36 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
   CppPreprocessor& preprocessor_;
 };
 
-CppPreprocessor::CppPreprocessor(std::ostream& diagnostics, std::istream& standardInput)
-    : standardInput_(standardInput),
-      lexerContext_{output_, diagnostics, names_, effectCount_},
+CppPreprocessor::CppPreprocessor(Host& host, Budget& budget)
+    : host_(host),
+      budget_(budget),
+      lexerContext_{output_, diagnostics_, names_, effectCount_, budget},
       hooks_(std::make_unique<Hooks>(*this)),
       stream_(names_, lexerContext_, *hooks_),
-      diagnostics_(diagnostics, stream_),
-      includes_(*hooks_) {}
+      diagnostics_(host, stream_, includeLines_),
+      includes_(*hooks_) {
+  output_.attach(host);
+}
 
 CppPreprocessor::~CppPreprocessor() = default;
 
-void CppPreprocessor::openSource(const std::string& fileName, const std::string& sourceName) {
-  auto file = std::make_unique<CppFileScanner>(fileName, standardInput_, lexerContext_);
+bool CppPreprocessor::openSource(std::unique_ptr<std::istream> input, std::string path, const std::string& name) {
+  auto file = std::make_unique<CppFileScanner>(std::move(path), std::move(input), lexerContext_);
   if (file->openFailed()) {
     reportError(Message::CannotOpenSource, file->fileName());
-    return;
+    return false;
   }
-  if (!sourceName.empty()) {
-    file->setFileName(sourceName);
+  if (!name.empty()) {
+    file->setFileName(name);
   }
   stream_.pushFile(std::move(file));
-  writeLineDirective();
+  markLine(LineMark::Start);
+  return true;
 }
 
-void CppPreprocessor::reportOutOfMemory() {
-  output_.flush();
-  diagnostics_.reportOutOfMemory();
+FilePlace CppPreprocessor::place() const {
+  const CppFileScanner* const file = stream_.file();
+  return file == nullptr ? FilePlace() : FilePlace{file->fileName(), file->line()};
 }
 
 void CppPreprocessor::evaluate(CppExprValue& result, bool& ok) {
@@ -53,14 +67,34 @@ void CppPreprocessor::evaluate(CppExprValue& result, bool& ok) {
   ok = ok && evaluated.isOk;
 }
 
-// A line directive tells a later compiler which source line the next output line stands for.
-void CppPreprocessor::writeLineDirective() {
-  const std::int32_t line = stream_.file()->line();
+// ---- Included files ----
+
+IncludedFile CppPreprocessor::findFile(const IncludeName& name) {
+  const CppFileScanner& includer = *stream_.file();
+  if (!host_.isResolver()) {
+    return includes_.find(name, includer.fileName());
+  }
+  auto found = host_.resolve(name, place(), includer.path());
+  return {found ? hooks_->scannerOf(std::move(found->path), std::move(found->input)) : nullptr,
+          IncludeOrigin::Elsewhere};
+}
+
+// ---- Line directives: which source line the next output line stands for ----
+
+void CppPreprocessor::markLine(LineMark mark) {
+  const FilePlace now = place();
+  if (writesLineDirectives_) {
+    writeLineDirective(now.line, now.file);
+  }
+  output_.setLine(now.line);
+  host_.mark(mark, now, output_.position());
+}
+
+void CppPreprocessor::writeLineDirective(std::int32_t line, std::string_view name) {
   output_.write("#line ");
   output_.writeNumber(line);
   output_.write(" \"");
   // A backslash would be an escape to the reader of the directive, so each one is doubled.
-  std::string_view name = stream_.file()->fileName();
   for (std::size_t at = name.find('\\'); at != std::string_view::npos; at = name.find('\\')) {
     output_.write(name.substr(0, at + 1));
     output_.write('\\');
@@ -68,7 +102,6 @@ void CppPreprocessor::writeLineDirective() {
   }
   output_.write(name);
   output_.write("\"\n");
-  output_.setLine(line);
 }
 
 }  // namespace qnpp

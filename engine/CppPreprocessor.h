@@ -4,15 +4,17 @@
 #include <cstdint>
 #include <istream>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "directives/ConditionalStack.h"
 #include "directives/ExpressionEvaluator.h"
 #include "directives/IncludeSearch.h"
 #include "engine/Diagnostics.h"
+#include "engine/Host.h"
+#include "lexer/Budget.h"
 #include "lexer/NameTable.h"
 #include "lexer/OutputBuffer.h"
 #include "lexer/TokenList.h"
@@ -23,15 +25,16 @@
 namespace qnpp {
 
 /// Preprocesses one source text: carries out its directives, expands its macros, and writes the result with line
-/// directives. One object does one run: fill `macroTable` and the include directories, set the output, open the source,
-/// `run`. Any number of objects may live side by side; they share nothing.
+/// directives. One object does one run: fill `macroTable` and the include directories, open the source, `run`. Any
+/// number of objects may live side by side; they share nothing.
 ///
-/// Nothing in the source stops a run but a division by zero. Each error is written at once as a line on the diagnostic
-/// stream, and processing goes on to the end of the input.
+/// Nothing in the source stops a run but a division by zero. Each error is reported at once, and processing goes on to
+/// the end of the input. The budget, and whatever else throws, may end it anywhere; the object is of no use afterwards
+/// but for `finishEarly`, `reportOutOfMemory` and `place`.
 class CppPreprocessor {
  public:
-  /// Both streams are borrowed and outlive the object. Defines `__FILE__`, `__LINE__`, `__DATE__` and `__TIME__`.
-  CppPreprocessor(std::ostream& diagnostics, std::istream& standardInput);
+  /// Both are borrowed and outlive the object. Defines `__FILE__`, `__LINE__`, `__DATE__` and `__TIME__`.
+  CppPreprocessor(Host& host, Budget& budget);
   CppPreprocessor(const CppPreprocessor&) = delete;
   CppPreprocessor& operator=(const CppPreprocessor&) = delete;
   ~CppPreprocessor();
@@ -41,23 +44,25 @@ class CppPreprocessor {
   /// Appends a directory to those searched by `#include`.
   void addIncludeDirectory(std::string directory) { includes_.addDirectory(std::move(directory)); }
 
-  /// Where the output goes; borrowed. To be set before the source is opened.
-  void setOutput(std::ostream& output) { output_.attach(output); }
+  /// Whether line directives are written; they are unless this says otherwise.
+  void setLineDirectives(bool areWritten) { writesLineDirectives_ = areWritten; }
 
-  /// Opens the main source and writes the first line directive. An empty `fileName` means standard input; `sourceName`,
-  /// unless it is empty, is the name in messages, in line directives and in `__FILE__`. Reports a source that cannot be
-  /// opened; see `hasError`.
-  void openSource(const std::string& fileName, const std::string& sourceName);
+  /// Opens the main source and writes the first line directive. `name`, unless it is empty, stands for it in messages,
+  /// in line directives and in `__FILE__`. An input in a failed state is a source that cannot be opened: that is
+  /// reported, and the answer is false.
+  bool openSource(std::unique_ptr<std::istream> input, std::string path, const std::string& name);
 
-  /// Preprocesses the whole input of a source that has been opened. Returns whether an error was reported. Throws
-  /// DivisionByZero, or FatalLexerError when the scanner cannot go on, with the output up to there delivered.
-  bool run();
+  /// Preprocesses the whole input of a source that has been opened. Throws DivisionByZero, or FatalLexerError when the
+  /// scanner cannot go on.
+  void run();
 
-  bool hasError() const { return diagnostics_.hasError(); }
-
-  /// To be called when any of the above ended in std::bad_alloc: says so in one line and brings out the output written
-  /// so far. The object is of no use afterwards.
-  void reportOutOfMemory();
+  /// To be called when the run has ended before its end: delivers the output written so far.
+  void finishEarly() { output_.flush(); }
+  /// These say in one line that memory has run out, which takes none, and that the scanner cannot go on.
+  void reportOutOfMemory() { diagnostics_.reportOutOfMemory(); }
+  void reportFailure(std::string_view message) { reportError(Message::ScannerFailed, message); }
+  /// Where the reading stands; nothing before a source is open.
+  FilePlace place() const;
 
   /// Evaluates the tokens of a conditional expression, macros already expanded, from the current source.
   /// Clears `ok` when anything in it is wrong; the errors are reported and evaluation goes on. Throws DivisionByZero.
@@ -95,9 +100,12 @@ class CppPreprocessor {
   void renumber();
 
   void reportError(Message message, std::string_view detail = {}) { diagnostics_.report(message, detail); }
-  void writeLineDirective();
+  IncludedFile findFile(const IncludeName& name);
+  void markLine(LineMark mark);
+  void writeLineDirective(std::int32_t line, std::string_view name);
 
-  std::istream& standardInput_;
+  Host& host_;
+  Budget& budget_;
   OutputBuffer output_;
   NameTable names_;
   std::uint64_t effectCount_ = 0;
@@ -105,6 +113,7 @@ class CppPreprocessor {
   std::unique_ptr<Hooks> hooks_;  // What the layers below call back.
   TokenStream stream_;
   CppMacroTable macroTable_{names_, stream_};
+  std::vector<std::int32_t> includeLines_;  // For each file that is being read but the first: that of its #include.
   Diagnostics diagnostics_;
   MacroExpander expander_{lexerContext_, names_, stream_, macroTable_, diagnostics_};
   ConditionalStack conditionals_;
@@ -112,6 +121,7 @@ class CppPreprocessor {
   IncludeSearch includes_;
   TokenList operand_;         // Of the directive being carried out.
   std::string leadingSpace_;  // Of the line being read.
+  bool writesLineDirectives_ = true;
 };
 
 }  // namespace qnpp

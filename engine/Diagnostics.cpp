@@ -1,6 +1,7 @@
 #include "engine/Diagnostics.h"
 
-#include <string>
+#include <cstddef>
+#include <new>
 
 namespace qnpp {
 namespace {
@@ -18,24 +19,57 @@ constexpr std::string_view leadOf(Grade grade) {
 
 }  // namespace
 
+Diagnostics::Diagnostics(Host& host, const TokenStream& source, const std::vector<std::int32_t>& includeLines)
+    : host_(host), source_(source), includeLines_(includeLines) {
+  constexpr std::size_t kLongName = 4096;
+  constexpr std::size_t kDeepInclude = 32;
+  text_.reserve(kLongName);
+  printed_.reserve(kLongName);
+  includeChain_.reserve(kDeepInclude);
+}
+
 // Each line goes out in one piece, so that those of programs running side by side do not mix.
 void Diagnostics::deliver(Message message, std::string_view detail) {
-  const Grade grade = entryOf(message).grade;
-  hasError_ = hasError_ || grade != Grade::Warning;
-  std::string line;
-  if (const CppFileScanner* const file = source_.file()) {
-    line.append(file->fileName()).append(":").append(std::to_string(file->line())).append(": ");
+  const MessageEntry& entry = entryOf(message);
+  const std::string text = textOf(message, detail);
+  text_.assign(text);
+  printed_.clear();
+  if (entry.grade == Grade::Failure) {
+    printed_.append(text_).append("\n");
+    host_.report({entry, {}, text_, printed_, {}});
+    return;
   }
-  line.append(leadOf(grade)).append(textOf(message, detail)).append(".\n");
-  stream_ << line << std::flush;
+  findPlace();
+  if (entry.grade == Grade::Remark) {
+    printed_.append(detail).append(": ");
+  } else if (source_.file() != nullptr) {
+    printed_.append(place_.file).append(":").append(std::to_string(place_.line)).append(": ");
+  }
+  printed_.append(leadOf(entry.grade)).append(text_).append(".\n");
+  host_.report({entry, place_, text_, printed_, includeChain_});
+}
+
+// Finds where the reading stands, and which lines led there.
+void Diagnostics::findPlace() {
+  place_ = {};
+  includeChain_.clear();
+  const auto& files = source_.files();
+  if (files.empty()) {
+    return;
+  }
+  place_ = {files.back()->fileName(), files.back()->line()};
+  for (std::size_t depth = files.size() - 1; depth > 0; --depth) {
+    includeChain_.push_back({files[depth - 1]->fileName(), includeLines_[depth - 1]});
+  }
 }
 
 void Diagnostics::reportOutOfMemory() {
-  hasError_ = true;
-  if (const CppFileScanner* const file = source_.file()) {
-    stream_ << file->fileName() << ':' << file->line() << ": ";
+  try {
+    deliver(Message::OutOfMemory, {});
+  } catch (const std::bad_alloc&) {
+    const MessageEntry& entry = entryOf(Message::OutOfMemory);
+    host_.report({entry, place_, entry.text, "FATAL ERROR: out of memory.\n", includeChain_});
   }
-  stream_ << leadOf(Grade::FatalError) << entryOf(Message::OutOfMemory).text << ".\n" << std::flush;
 }
 
 }  // namespace qnpp

@@ -1,33 +1,39 @@
-// Messages about the source, on their way to a stream.
+// Messages about the source, on their way to the host.
 #pragma once
 
-#include <ostream>
+#include <cstdint>
+#include <string>
 #include <string_view>
+#include <vector>
 
+#include "engine/Host.h"
 #include "lexer/Messages.h"
 #include "lexer/TokenStream.h"
 
 namespace qnpp {
 
-/// Writes each message as one line, "name:line: message.", and flushes. The place is that of the innermost file at that
-/// moment; before the first file is opened there is none.
+/// Puts messages into their form, "name:line: message.", and reports each at once. The place is that of the innermost
+/// file at that moment; before the first file is opened there is none.
 class Diagnostics final : public MessageSink {
  public:
-  /// Both are borrowed and outlive the object.
-  Diagnostics(std::ostream& stream, const TokenStream& source) : stream_(stream), source_(source) {}
+  /// All are borrowed and outlive the object. `includeLines` has the line of the #include for each file but the first.
+  Diagnostics(Host& host, const TokenStream& source, const std::vector<std::int32_t>& includeLines);
 
-  /// Whether an error of any grade has been reported.
-  bool hasError() const { return hasError_; }
-
-  /// Reports Message::OutOfMemory, without asking for any.
+  /// Reports Message::OutOfMemory. Does without memory: what does not fit into what is there is left out.
   void reportOutOfMemory();
 
  private:
   void deliver(Message message, std::string_view detail) override;
+  void findPlace();
 
-  std::ostream& stream_;
+  Host& host_;
   const TokenStream& source_;
-  bool hasError_ = false;
+  const std::vector<std::int32_t>& includeLines_;
+  // Of the message being reported. They keep some memory for the last one, that there is no more.
+  FilePlace place_;
+  std::string text_;
+  std::string printed_;
+  std::vector<FilePlace> includeChain_;
 };
 
 }  // namespace qnpp

@@ -115,27 +115,32 @@ void CppPreprocessor::checkEndOfFile() {
 // ---- Other directives ----
 
 void CppPreprocessor::handleInclude() {
-  std::unique_ptr<CppFileScanner> file;
+  std::optional<IncludeName> name;
+  IncludedFile included;
+  std::int32_t line = 0;
   {
     const TokenStream::Hold hold(stream_);
     readOperand(false);
-    std::optional<IncludeName> name;
     {
       const TokenStream::Closed source(stream_, operand_);
       name = readIncludeName(stream_, diagnostics_);
     }
+    line = stream_.file()->line();
     if (name) {
-      file = includes_.find(*name, stream_.file()->fileName());
-      if (file == nullptr) {
+      included = findFile(*name);
+      if (included.file != nullptr) {
+        host_.enter({*name, place(), included.file->fileName(), included.origin}, stream_.files().size());
+      } else {
         reportError(Message::CannotOpenFile, name->name);
       }
     }
     stream_.get();  // The line end: not before the search, so that its message shows this line.
   }
-  if (file != nullptr) {
+  if (included.file != nullptr) {
+    includeLines_.push_back(line);
     conditionals_.enterFile();
-    stream_.pushFile(std::move(file));
-    writeLineDirective();
+    stream_.pushFile(std::move(included.file));
+    markLine(LineMark::Entered);
   }
 }
 
@@ -163,7 +168,7 @@ void CppPreprocessor::renumber() {
   if (operand.fileName) {
     file.setFileName(std::move(*operand.fileName));
   }
-  writeLineDirective();
+  markLine(LineMark::Renumbered);
   checkEndOfOperand(stream_, diagnostics_);
 }
 

@@ -9,15 +9,9 @@ static_assert(isConditional(TK_IFDEF) && isConditional(TK_IFNDEF) && isCondition
 
 }  // namespace
 
-bool CppPreprocessor::run() {
-  try {
-    processLines();
-  } catch (const DivisionByZero&) {
-    output_.flush();
-    throw;
-  }
+void CppPreprocessor::run() {
+  processLines();
   output_.flush();
-  return hasError();
 }
 
 void CppPreprocessor::processLines() {
@@ -28,6 +22,7 @@ void CppPreprocessor::processLines() {
     if (stream_.peek() == TK_END) {
       break;
     }
+    budget_.spend();
     processLine();
   }
   checkEndOfFile();
@@ -60,7 +55,7 @@ void CppPreprocessor::collectLeadingSpace() {
 
 void CppPreprocessor::writeTextLine(CppTokenKind kind) {
   if (output_.line() != stream_.file()->line()) {
-    writeLineDirective();
+    markLine(LineMark::Corrected);
   }
   output_.write(leadingSpace_);
   for (; kind != TK_NEWLINE; kind = stream_.copyText()) {

@@ -19,6 +19,7 @@
 #include "lexer/TokenStream.h"
 #include "macros/CppMacroTable.h"
 #include "tests/support/PiecewiseInput.h"
+#include "tests/support/Sinks.h"
 
 namespace {
 
@@ -30,11 +31,13 @@ constexpr std::array<std::string_view, 2> kDefinedNames = {"D", "__FILE__"};
 struct LexerSurroundings {
   LexerSurroundings() { output.attach(sink); }
 
-  qnpp::fuzz::LimitedSink sink{SIZE_MAX};
+  qnpp::KeptText sink;
+  qnpp::KeptMessages messages;
   qnpp::OutputBuffer output;
   qnpp::NameTable names;
   std::uint64_t effectCount = 0;
-  qnpp::LexerContext context{output, sink, names, effectCount};
+  qnpp::Budget budget;
+  qnpp::LexerContext context{output, messages, names, effectCount, budget};
 };
 
 struct Token {
@@ -378,8 +381,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   for (const std::string_view name : kDefinedNames) {
     macros.defineFromCommandLine(name, "1");
   }
-  qnpp::PiecewiseInput input(text, qnpp::fuzz::kWhole);
-  stream.pushFile(std::make_unique<qnpp::CppFileScanner>("", input, surroundings.context));
+  auto input = std::make_unique<qnpp::PiecewiseInput>(text, qnpp::fuzz::kWhole);
+  stream.pushFile(std::make_unique<qnpp::CppFileScanner>("a.c", std::move(input), surroundings.context));
   qnpp::ExpressionEvaluator::Result result;
   bool dividesByZero = false;
   try {

@@ -22,16 +22,20 @@ void print(std::string_view title, std::string_view text) {
 RunResult runWithLimits(std::string_view source, std::size_t piece, const Run& run) {
   RunResult result;
   PiecewiseInput input(source, piece);
+  const auto read = [&input](char* to, std::size_t size) {
+    return input.rdbuf()->sgetn(to, static_cast<std::streamsize>(size));
+  };
   LimitedSink output(kMostOutput);
   LimitedSink messages(kMostOutput);
   try {
     const LimitedAllocation limited({.bytes = kMostAllocated});
-    result.hasError = run(input, output, messages);
-  } catch (const DivisionByZero&) {
-    result.dividesByZero = true;
+    result.status = run(read, output, messages);
   } catch (const OutputLimitReached&) {
     return {};
   } catch (const std::bad_alloc&) {
+    return {};
+  }
+  if (result.status == Status::OutOfMemory || result.status == Status::CallbackFailed) {
     return {};
   }
   result.output = output.text();
@@ -41,9 +45,11 @@ RunResult runWithLimits(std::string_view source, std::size_t piece, const Run& r
 }
 
 RunResult preprocess(std::string_view source, std::size_t piece) {
-  return runWithLimits(source, piece, [](std::istream& input, std::ostream& output, std::ostream& messages) {
-    CppPreprocessor preprocessor(messages, input);
-    return qnpp::preprocess(preprocessor, output);
+  return runWithLimits(source, piece, [](const Reader& read, std::ostream& output, std::ostream& messages) {
+    Preprocessor preprocessor;
+    preprocessor.setOutputSink([&output](std::string_view block) { output << block; });
+    preprocessor.setDiagnosticSink([&messages](const Diagnostic& diagnostic) { messages << diagnostic.text; });
+    return preprocessor.run(Source::ofReader(read), "a.c").status;
   });
 }
 

@@ -5,13 +5,13 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
-#include <istream>
+#include <optional>
 #include <ostream>
 #include <streambuf>
 #include <string>
 #include <string_view>
 
-#include "tests/support/Preprocess.h"
+#include "qnpp/preprocessor.h"
 
 namespace qnpp::fuzz {
 
@@ -60,17 +60,19 @@ class LimitedSink : public std::ostream {
 };
 
 /// What a run has left behind.
-struct RunResult : Preprocessed {
-  bool dividesByZero = false;  ///< This ended the run, as it must; output and messages are those up to there.
-  bool isComplete = false;     ///< False when one of the limits ended the run.
+struct RunResult {
+  std::optional<Status> status;  ///< None: the command line ended the run before it began.
+  std::string output;
+  std::string messages;
+  bool isComplete = false;  ///< False when one of the limits ended the run.
 
   bool operator==(const RunResult&) const = default;
 };
 
-/// Calls `run(input, output, messages)`, which returns whether an error was reported, with `source` as the input,
-/// delivered in pieces of at most `piece` bytes. The sum of its allocations is limited too, so that an input that
-/// stands for an expansion without end comes to one.
-using Run = std::function<bool(std::istream&, std::ostream&, std::ostream&)>;
+/// Calls `run(input, output, messages)`, which returns how it ended, with `source` as the input, delivered in pieces of
+/// at most `piece` bytes. The sum of its allocations is limited too, so that an input that stands for an expansion
+/// without end comes to one.
+using Run = std::function<std::optional<Status>(Reader, std::ostream&, std::ostream&)>;
 RunResult runWithLimits(std::string_view source, std::size_t piece, const Run& run);
 
 /// Preprocesses `source` as standard input, delivered in pieces of at most `piece` bytes, without any options.

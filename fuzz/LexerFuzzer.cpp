@@ -18,6 +18,7 @@
 #include "lexer/OutputBuffer.h"
 #include "macros/CppMacro.h"
 #include "tests/support/PiecewiseInput.h"
+#include "tests/support/Sinks.h"
 
 namespace {
 
@@ -28,7 +29,7 @@ using qnpp::fuzz::require;
 // A lexer and all that it works with.
 class Bench {
  public:
-  Bench(std::string_view text, std::size_t piece) : input_(text, piece), sink_(SIZE_MAX), diagnostics_(SIZE_MAX) {
+  Bench(std::string_view text, std::size_t piece) : input_(text, piece) {
     output_.attach(sink_);
     for (const std::string_view name : {"a", "ab", "abc", "abcdefghij", "if", "x1", "_"}) {
       define(name);
@@ -51,7 +52,7 @@ class Bench {
   // Everything written, the messages last.
   std::string written() {
     output_.flush();
-    return sink_.text() + "\n----\n" + diagnostics_.text();
+    return sink_.str() + "\n----\n" + diagnostics_.str();
   }
 
  private:
@@ -65,13 +66,14 @@ class Bench {
   }
 
   qnpp::PiecewiseInput input_;
-  qnpp::fuzz::LimitedSink sink_;
-  qnpp::fuzz::LimitedSink diagnostics_;
+  qnpp::KeptText sink_;
+  qnpp::KeptMessages diagnostics_;
   qnpp::OutputBuffer output_;
   qnpp::CppMacro macro_;
   qnpp::NameTable names_;
   std::uint64_t effectCount_ = 0;
-  qnpp::CppLexer lexer_{input_, qnpp::LexerContext{output_, diagnostics_, names_, effectCount_}};
+  qnpp::Budget budget_;
+  qnpp::CppLexer lexer_{input_, qnpp::LexerContext{output_, diagnostics_, names_, effectCount_, budget_}};
 };
 
 struct Token {

@@ -15,7 +15,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <istream>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -26,7 +25,6 @@
 #include "FuzzSupport.h"
 #include "driver/Driver.h"
 #include "driver/OptionParser.h"
-#include "engine/CppPreprocessor.h"
 #include "lexer/Shortcuts.h"
 #include "tests/support/Files.h"
 
@@ -166,17 +164,13 @@ std::vector<const char*> pointersTo(const std::vector<std::string>& words) {
 }
 
 RunResult run(const Input& input, const std::vector<std::string>& words, std::size_t piece) {
-  const auto runDriver = [&words](std::istream& source, std::ostream& output, std::ostream& messages) {
+  const auto runDriver = [&words](const qnpp::Reader& source, std::ostream& output, std::ostream& messages) {
     const FileLimit fileLimit;
-    qnpp::Driver driver(output, messages);
-    qnpp::CppPreprocessor preprocessor(messages, source);
-    // Both runs of an input may stand on either side of a second.
-    preprocessor.macroTable().undefine("__TIME__");
-    preprocessor.macroTable().undefine("__DATE__");
     const std::vector<const char*> pointers = pointersTo(words);
-    return driver.prepare(static_cast<int>(pointers.size()), pointers.data(), preprocessor) && preprocessor.run();
+    return qnpp::Driver(output, messages, source).run(static_cast<int>(pointers.size()), pointers.data());
   };
-  return qnpp::fuzz::runWithLimits(input.source, piece, runDriver);
+  // Both runs of an input may stand on either side of a second.
+  return qnpp::fuzz::runWithLimits("#undef __DATE__\n#undef __TIME__\n" + input.source, piece, runDriver);
 }
 
 // Words as they are: the parser opens nothing.

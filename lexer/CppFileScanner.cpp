@@ -1,23 +1,23 @@
 #include "lexer/CppFileScanner.h"
 
 #include <cassert>
-
-#include "lexer/InputFile.h"
+#include <utility>
 
 namespace qnpp {
 
-CppFileScanner::CppFileScanner(const std::string& name, std::istream& standardInput, const LexerContext& context)
-    : CppScanner(true), fileName_(name.empty() ? "stdin" : name) {
-  if (name.empty()) {
-    if (standardInput.good()) {
-      lexer_ = std::make_unique<CppLexer>(standardInput, context);
-    }
-    return;
+CppFileScanner::CppFileScanner(std::string name, std::unique_ptr<std::istream> input, const LexerContext& context)
+    : CppScanner(true), fileName_(std::move(name)) {
+  if (input->good()) {
+    lexer_ = std::make_unique<CppLexer>(std::move(input), context);
   }
-  auto file = std::make_unique<InputFile>(name);
-  if (file->good()) {
-    lexer_ = std::make_unique<CppLexer>(std::move(file), context);
+}
+
+void CppFileScanner::setFileName(std::string name) {
+  if (!isRenamed_) {
+    path_ = std::move(fileName_);
+    isRenamed_ = true;
   }
+  fileName_ = std::move(name);
 }
 
 CppTokenKind CppFileScanner::peek() {

@@ -14,23 +14,25 @@
 
 namespace qnpp {
 
-/// Reads the tokens of a source file or of standard input. Every file, unless it is empty, ends in exactly one line end
-/// before TK_END: one is supplied when the last line has none.
+/// Reads the tokens of a file, wherever its bytes come from. Every file, unless it is empty, ends in exactly one line
+/// end before TK_END: one is supplied when the last line has none.
 ///
 /// The current line is the line of the reading position. A line end that has only been looked at does not count yet,
 /// although the lexer has passed it; so a message about a directive shows the directive's line, whether or not the
 /// handler had to look at the line end first.
 class CppFileScanner final : public CppScanner {
  public:
-  /// Opens the file `name`, or takes `standardInput`, which is borrowed, under the name "stdin" when `name` is empty.
-  /// A file that cannot be opened is told by `openFailed`; nothing may be read then.
-  CppFileScanner(const std::string& name, std::istream& standardInput, const LexerContext& context);
+  /// An input that is in a failed state is a file that could not be opened, which `openFailed` tells; nothing may be
+  /// read then.
+  CppFileScanner(std::string name, std::unique_ptr<std::istream> input, const LexerContext& context);
 
   bool openFailed() const { return lexer_ == nullptr; }
 
   /// The name in messages and line directives.
   const std::string& fileName() const { return fileName_; }
-  void setFileName(std::string name) { fileName_ = std::move(name); }
+  void setFileName(std::string name);
+  /// The name that it had at first.
+  const std::string& path() const { return isRenamed_ ? path_ : fileName_; }
 
   std::int32_t line() const { return subtractLines(lexer_->line(), linesLookedAt_); }
   /// Makes `line` the number of the current line; a line end that has been looked at counts from there.
@@ -59,6 +61,8 @@ class CppFileScanner final : public CppScanner {
   CppTokenKind taken(CppTokenKind kind);
 
   std::string fileName_;
+  std::string path_;  // If it has another name now.
+  bool isRenamed_ = false;
   std::unique_ptr<CppLexer> lexer_;
   Name* name_ = nullptr;
   const HideSet emptyHideSet_;

@@ -76,6 +76,7 @@ int CppLexer::LexerInput(char* to, int size) {
   if (inputEnded_) {
     return 0;  // The end is final, even where the system would deliver more: a terminal, a growing file.
   }
+  context_.budget.look();
   try {
     const std::streamsize count = input_->rdbuf()->sgetn(to, size);
     inputEnded_ = count == 0;
@@ -86,11 +87,7 @@ int CppLexer::LexerInput(char* to, int size) {
   }
 }
 
-void CppLexer::LexerError(const char* message) {
-  context_.output.flush();
-  context_.diagnostics << message << '\n' << std::flush;
-  throw FatalLexerError(message);
-}
+void CppLexer::LexerError(const char* message) { throw FatalLexerError(message); }
 
 // Asks the rules for the token at `at`.
 CppTokenKind CppLexer::scanAt(char* at) {
@@ -436,7 +433,7 @@ char* CppLexer::passBlockComment(char* at) {
       star = starBefore;
       if (!refillFrom(at)) {
         ++context_.effectCount;
-        context_.diagnostics << line_ << ": unterminated comment.\n" << std::flush;
+        context_.messages.report(Message::UnterminatedComment, std::to_string(line_));
         return at;
       }
     }

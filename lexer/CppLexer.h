@@ -12,36 +12,38 @@
 #include <exception>
 #include <istream>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <string_view>
 
+#include "lexer/Budget.h"
 #include "lexer/CppTokenKind.h"
 #include "lexer/LineNumber.h"
+#include "lexer/Messages.h"
 #include "lexer/NameTable.h"
 #include "lexer/OutputBuffer.h"
 
 namespace qnpp {
 
-/// Thrown when the scanner itself cannot go on (a read error, say). The message has been written to the diagnostic
-/// stream by then, and the output is flushed; the program ends with status 2.
+/// Thrown when the scanner itself cannot go on (a read error, say).
 class FatalLexerError : public std::exception {
  public:
-  explicit FatalLexerError(std::string message) : message_(std::move(message)) {}
-  const char* what() const noexcept override { return message_.c_str(); }
+  /// `message` is a text of the generated scanner, which lives as long as the program.
+  explicit FatalLexerError(const char* message) : message_(message) {}
+  const char* what() const noexcept override { return message_; }
 
  private:
-  std::string message_;
+  const char* message_;
 };
 
 /// What a lexer works with beside its input. All of it is borrowed and outlives the lexer.
 struct LexerContext {
-  OutputBuffer& output;       ///< Gets the line ends inside comments.
-  std::ostream& diagnostics;  ///< Gets the message about an unterminated comment.
-  const NameTable& names;     ///< Tells `copyText` which words are macros, and what some of them come to.
+  OutputBuffer& output;    ///< Gets the line ends inside comments.
+  MessageSink& messages;   ///< Gets the message about an unterminated comment.
+  const NameTable& names;  ///< Tells `copyText` which words are macros, and what some of them come to.
   /// Counts what comments do beside being a blank: line ends written, messages given. A text in which one does is lexed
   /// anew at each use.
   std::uint64_t& effectCount;
+  Budget& budget;  ///< Is looked at before input is read.
 };
 
 /// Turns a byte stream into tokens. flex generates the scanner from CppLexer.l; this class adds the counters, the

@@ -6,7 +6,7 @@
 namespace qnpp {
 namespace {
 
-constexpr std::size_t kCount = static_cast<std::size_t>(Message::OutOfMemory) + 1;
+constexpr std::size_t kCount = static_cast<std::size_t>(Message::ScannerFailed) + 1;
 
 constexpr std::array<MessageEntry, kCount> kTable = {{
     {Message::UnknownDirective, Grade::Error, "unknown-directive",
@@ -62,6 +62,9 @@ constexpr std::array<MessageEntry, kCount> kTable = {{
 
     {Message::CannotOpenSource, Grade::FatalError, "missing-source", "cannot open %s"},
     {Message::OutOfMemory, Grade::FatalError, "out-of-memory", "out of memory"},
+
+    {Message::UnterminatedComment, Grade::Remark, "unterminated-comment", "unterminated comment"},
+    {Message::ScannerFailed, Grade::Failure, "scanner-failed", "%s"},
 }};
 
 constexpr bool isInOrder() {

@@ -51,10 +51,19 @@ enum class Message : std::uint8_t {
   // What ends a run.
   CannotOpenSource,
   OutOfMemory,
+  // The scanner's own.
+  UnterminatedComment,
+  ScannerFailed,
 };
 
-/// How grave a message is. Errors of both sorts make the run a failed one.
-enum class Grade : std::uint8_t { Warning, Error, FatalError };
+/// How grave a message is. All but warnings and remarks make the run a failed one.
+enum class Grade : std::uint8_t {
+  Warning,
+  Error,
+  FatalError,
+  Remark,   ///< A warning that shows a line, which is its detail, but neither file nor grade.
+  Failure,  ///< A fatal error that shows nothing but its text.
+};
 
 struct MessageEntry {
   Message message;

@@ -8,7 +8,7 @@ namespace qnpp {
 void OutputBuffer::writeNumber(std::int32_t number) {
   constexpr std::size_t kLongest = 11;  // "-2147483648"
   if (kCapacity - used_ < kLongest) {
-    flushBlock();
+    flush();
   }
   char* const to = bytes_.data() + used_;
   used_ += static_cast<std::size_t>(std::to_chars(to, to + kLongest, number).ptr - to);
@@ -17,7 +17,7 @@ void OutputBuffer::writeNumber(std::int32_t number) {
 void OutputBuffer::writeLineEnds(std::size_t count) {
   while (count > 0) {
     if (used_ == kCapacity) {
-      flushBlock();
+      flush();
     }
     const std::size_t fitting = std::min(count, kCapacity - used_);
     std::memset(bytes_.data() + used_, '\n', fitting);
@@ -26,28 +26,29 @@ void OutputBuffer::writeLineEnds(std::size_t count) {
   }
 }
 
-void OutputBuffer::flush() {
-  flushBlock();
-  if (sink_ != nullptr) {
-    sink_->flush();
-  }
-}
-
 void OutputBuffer::writeBlock(const char* text, std::size_t size) {
-  flushBlock();
+  flush();
   if (size < kCapacity) {
     std::memcpy(bytes_.data(), text, size);
     used_ = size;
-  } else if (sink_ != nullptr) {
-    sink_->write(text, static_cast<std::streamsize>(size));
+  } else {
+    deliver(text, size);
   }
 }
 
-void OutputBuffer::flushBlock() {
-  if (sink_ != nullptr && used_ > 0) {
-    sink_->write(bytes_.data(), static_cast<std::streamsize>(used_));
-  }
+void OutputBuffer::flush() {
+  const std::size_t size = used_;
   used_ = 0;
+  if (size > 0) {
+    deliver(bytes_.data(), size);
+  }
+}
+
+void OutputBuffer::deliver(const char* text, std::size_t size) {
+  delivered_ += size;
+  if (sink_ != nullptr) {
+    sink_->write({text, size});
+  }
 }
 
 }  // namespace qnpp

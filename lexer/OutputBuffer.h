@@ -5,25 +5,33 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <ostream>
 #include <string_view>
 
 #include "lexer/LineNumber.h"
 
 namespace qnpp {
 
-/// Collects the output in blocks and hands them to a stream; the stream is borrowed and must outlive the buffer.
+/// Where texts go, piece by piece.
+class TextSink {
+ public:
+  /// `text` is valid during the call. What this throws goes through the caller.
+  virtual void write(std::string_view text) = 0;
+
+ protected:
+  ~TextSink() = default;
+};
+
+/// Collects the output in blocks and hands them to a sink, which is borrowed and must outlive the buffer.
 ///
 /// The lexer writes here too: a comment's line ends go straight to the output, so that output and input stay in step
-/// without line-end tokens. What has been written reaches the stream by `flush` at the latest. Failures of the stream
-/// are not looked at: the exit status of the program speaks of the input alone.
+/// without line-end tokens. What has been written reaches the sink by `flush` at the latest.
 class OutputBuffer {
  public:
   OutputBuffer() = default;
   OutputBuffer(const OutputBuffer&) = delete;
   OutputBuffer& operator=(const OutputBuffer&) = delete;
 
-  void attach(std::ostream& sink) { sink_ = &sink; }
+  void attach(TextSink& sink) { sink_ = &sink; }
 
   void write(const char* text, std::size_t size) {
     if (size > kCapacity - used_) {
@@ -48,14 +56,17 @@ class OutputBuffer {
   void write(std::string_view text) { write(text.data(), text.size()); }
   void write(char character) {
     if (used_ == kCapacity) {
-      flushBlock();
+      flush();
     }
     bytes_[used_++] = character;
   }
   void writeNumber(std::int32_t number);
 
-  /// Hands everything to the stream and flushes the stream itself.
+  /// Hands everything to the sink.
   void flush();
+
+  /// How many bytes have been written.
+  std::uint64_t position() const { return delivered_ + used_; }
 
   /// The line of the source that the next line written stands for; meaningful while a file is being read.
   std::int32_t line() const { return line_; }
@@ -81,10 +92,11 @@ class OutputBuffer {
   }
 
   void writeBlock(const char* text, std::size_t size);
-  void flushBlock();
+  void deliver(const char* text, std::size_t size);
 
-  std::ostream* sink_ = nullptr;
+  TextSink* sink_ = nullptr;
   std::size_t used_ = 0;
+  std::uint64_t delivered_ = 0;
   std::int32_t line_ = 1;
   std::array<char, kCapacity> bytes_;
 };

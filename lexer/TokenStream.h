@@ -127,6 +127,8 @@ class TokenStream {
   bool isInFile() const { return isInFile_; }
   /// The innermost file, whichever source is the current one; null before the first is pushed.
   CppFileScanner* file() const { return files_.empty() ? nullptr : files_.back(); }
+  /// The files that are being read, from the outermost on.
+  const std::vector<CppFileScanner*>& files() const { return files_; }
   /// The current source, if it is a list.
   CppTokenScanner& listSource() {
     assert(!isInFile_ && current_ != nullptr);

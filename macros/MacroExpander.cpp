@@ -83,6 +83,7 @@ std::size_t MacroExpander::writeLeadingText(SpellingRange tokens) {
 void MacroExpander::expandObjectLikeInText(Name& name) {
   const TokenStream::Hold hold(stream_);
   const SpellingRange tokens = replacementOf(name).tokens();
+  context_.budget.spendOnExpansion(1 + tokens.size());
   if (stream_.isInFile() && findFinalText(name, names_)) {
     context_.output.write(name.finalText.text());
     return;
@@ -116,7 +117,9 @@ void MacroExpander::expandFunctionLikeInText(const Name& name, const HideSet& hi
 void MacroExpander::pushObjectLike(const Name& name, const HideSet& hideSet) {
   const TokenStream::Hold hold(stream_);
   if (!predefined_.isRefreshed(name)) {
-    stream_.push({replacementOf(name).tokens(), hideSet});
+    const SpellingRange tokens = replacementOf(name).tokens();
+    context_.budget.spendOnExpansion(1 + tokens.size());
+    stream_.push({tokens, hideSet});
     return;
   }
   predefined_.refresh(name, *stream_.file());
@@ -182,6 +185,7 @@ void MacroExpander::run() {
 void MacroExpander::beginSubstitution(std::unique_ptr<Substitution> substitution, const Name& name,
                                       const HideSet& hideSet) {
   substitution->replacement = &replacementOf(name);
+  context_.budget.spendOnExpansion(1 + substitution->replacement->tokens().size());
   substitution->step = 0;
   substitution->hideSet = hideSet;
   expansions_.emplace_back(std::move(substitution));
@@ -207,6 +211,7 @@ void MacroExpander::substitute(Substitution& substitution) {
       case Replacement::Step::Kind::Stringize:
         joinedText_.clear();
         stringize(substitution.arguments, step.begin, joinedText_);
+        spendOnText();
         substitution.result.append(stream_.spell(joinedText_), substitution.hideSet);
         break;
       case Replacement::Step::Kind::Join:
@@ -234,6 +239,7 @@ void MacroExpander::finishSubstitution() {
 // Appends the expansion of an argument if it is known: because there is no macro's name in it, or from an earlier step.
 bool MacroExpander::appendExpanded(Substitution& substitution, std::uint32_t argument) {
   const TokenRange tokens = substitution.arguments.tokens(argument);
+  context_.budget.spendOnExpansion(tokens.tokens.size());
   const auto isMacro = [](const Spelling* token) { return token->name != nullptr && token->name->macro != nullptr; };
   if (kShortcuts && std::none_of(tokens.tokens.begin(), tokens.tokens.end(), isMacro)) {
     substitution.result.append(tokens, substitution.hideSet, stream_.hideSets());
@@ -241,6 +247,7 @@ bool MacroExpander::appendExpanded(Substitution& substitution, std::uint32_t arg
   }
   const TokenList* const expanded = substitution.arguments.expanded(argument);
   if (expanded != nullptr) {
+    context_.budget.spendOnExpansion(expanded->size());
     substitution.result.append(expanded->all(), substitution.hideSet, stream_.hideSets());
   }
   return expanded != nullptr;
@@ -285,7 +292,14 @@ const Spelling* MacroExpander::join(const Substitution& substitution, std::size_
         break;
     }
   }
+  spendOnText();
   return stream_.spell(joinedText_);
+}
+
+// The text that "#" or "##" has made.
+void MacroExpander::spendOnText() {
+  constexpr std::size_t kBytesLikeAToken = 16;
+  context_.budget.spendOnExpansion(joinedText_.size() / kBytesLikeAToken);
 }
 
 // ---- List expansion ----
@@ -345,6 +359,7 @@ void MacroExpander::finishListExpansion() {
   } else {
     Substitution& substitution = *std::get<std::unique_ptr<Substitution>>(expansions_.back());
     const Replacement::Step& step = substitution.replacement->steps()[substitution.step - 1];  // It waits.
+    context_.budget.spendOnExpansion(finished->result.size());
     substitution.result.append(finished->result.all(), substitution.hideSet, stream_.hideSets());
     // A parameter may stand in the replacement list again. Its argument is expanded anew for each place, which is the
     // same unless a message was given or a comment did more than be a blank: those things are repeated.

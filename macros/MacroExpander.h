@@ -75,6 +75,7 @@ class MacroExpander {
   void finishSubstitution();
   bool appendExpanded(Substitution& substitution, std::uint32_t argument);
   void stringize(const Arguments& arguments, std::uint32_t argument, std::string& literal);
+  void spendOnText();
   const Spelling* join(const Substitution& substitution, std::size_t begin, std::size_t end);
 
   void beginListExpansion(Arguments& arguments, std::uint32_t argument);

@@ -9,61 +9,66 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <ostream>
-#include <sstream>
-#include <streambuf>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
-#include "tests/support/Preprocess.h"
+#include "engine/CppPreprocessor.h"
+#include "lexer/InputFile.h"
 #include "tests/support/Text.h"
 
 namespace {
 
-using qnpp::CppPreprocessor;
 using qnpp::repeat;
 
 // Takes everything and keeps only how much it was.
-class CountingSink : public std::streambuf {
+class Host final : public qnpp::Host {
  public:
   std::int64_t written() const { return written_; }
+  const std::string& messages() const { return messages_; }
 
- protected:
-  std::streamsize xsputn(const char*, std::streamsize size) override {
-    written_ += size;
-    return size;
+  void write(std::string_view text) override { written_ += static_cast<std::int64_t>(text.size()); }
+  void report(const qnpp::Report& report) override { messages_ += report.printed; }
+  bool isResolver() const override { return false; }
+  std::optional<FoundFile> resolve(const qnpp::IncludeName&, const qnpp::FilePlace&, std::string_view) override {
+    return std::nullopt;
   }
-  int_type overflow(int_type character) override {
-    ++written_;
-    return traits_type::not_eof(character);
-  }
+  void enter(const qnpp::Inclusion&, std::size_t) override {}
+  void mark(qnpp::LineMark, const qnpp::FilePlace&, std::uint64_t) override {}
 
  private:
   std::int64_t written_ = 0;
+  std::string messages_;
 };
+
+using Definitions = std::vector<std::pair<std::string, std::string>>;
 
 // Runs `source` once per iteration. A source that the engine finds fault with, or that leaves nothing to write, does
 // not measure what it was made for.
-void preprocess(benchmark::State& state, const std::string& source, const qnpp::PreprocessOptions& options = {}) {
+void preprocess(benchmark::State& state, const std::string& source, const Definitions& definitions = {}) {
   std::int64_t written = 0;
   for (auto _ : state) {
     state.PauseTiming();
-    std::istringstream input(source);
-    std::ostringstream diagnostics;
-    CountingSink sink;
-    std::ostream output(&sink);
-    auto preprocessor = std::make_unique<CppPreprocessor>(diagnostics, input);
-    qnpp::prepare(*preprocessor, output, options);
+    auto input = std::make_unique<qnpp::InputText>();
+    input->reset(source);
+    Host host;
+    qnpp::Budget budget;
+    auto preprocessor = std::make_unique<qnpp::CppPreprocessor>(host, budget);
+    for (const auto& [name, text] : definitions) {
+      preprocessor->macroTable().defineFromCommandLine(name, text);
+    }
     state.ResumeTiming();
 
-    preprocessor->openSource(options.fileName, options.sourceName);
-    const bool failed = preprocessor->run();
-    output.flush();
+    static_cast<void>(preprocessor->openSource(std::move(input), "a.c", ""));
+    preprocessor->run();
 
     state.PauseTiming();
     preprocessor.reset();
-    written = sink.written();
-    if (failed || !diagnostics.str().empty()) {
-      state.SkipWithError(("unexpected message: " + diagnostics.str()).c_str());
+    written = host.written();
+    if (!host.messages().empty()) {
+      state.SkipWithError(("unexpected message: " + host.messages()).c_str());
       return;
     }
     if (written == 0) {
@@ -93,11 +98,11 @@ void nameLookUp(benchmark::State& state) {
   for (int i = 0; i < 12; ++i) {
     line += "name_" + std::to_string(i * 7919) + ' ';
   }
-  qnpp::PreprocessOptions options;
+  Definitions definitions;
   for (std::int64_t i = 0; i < state.range(0); ++i) {
-    options.definitions.emplace_back("MACRO_" + std::to_string(i), "1");
+    definitions.emplace_back("MACRO_" + std::to_string(i), "1");
   }
-  preprocess(state, repeat(2000, line + '\n'), options);
+  preprocess(state, repeat(2000, line + '\n'), definitions);
 }
 BENCHMARK(nameLookUp)->Arg(0)->Arg(1000)->Arg(100'000)->Unit(benchmark::kMillisecond);
 
@@ -120,11 +125,11 @@ BENCHMARK(substitution)->Unit(benchmark::kMillisecond);
 // A chain of macros, each naming the next: the hide set gains one name with each step.
 void hideSetGrowth(benchmark::State& state) {
   const std::int64_t links = state.range(0);
-  qnpp::PreprocessOptions options;
+  Definitions definitions;
   for (std::int64_t i = 0; i < links; ++i) {
-    options.definitions.emplace_back("LINK_" + std::to_string(i), "LINK_" + std::to_string(i + 1));
+    definitions.emplace_back("LINK_" + std::to_string(i), "LINK_" + std::to_string(i + 1));
   }
-  preprocess(state, repeat(10, "LINK_0\n"), options);
+  preprocess(state, repeat(10, "LINK_0\n"), definitions);
   state.SetComplexityN(links);
 }
 BENCHMARK(hideSetGrowth)->RangeMultiplier(4)->Range(256, 65'536)->Complexity()->Unit(benchmark::kMillisecond);

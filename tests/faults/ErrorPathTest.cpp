@@ -6,12 +6,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <new>
-#include <sstream>
 #include <string>
+#include <string_view>
 
+#include "qnpp/preprocessor.h"
 #include "tests/support/LimitedAllocation.h"
-#include "tests/support/Preprocess.h"
 
 // The scanner's buffers come from realloc; the linker sends its calls here.
 extern "C" {
@@ -49,50 +48,45 @@ constexpr const char* kSource =
     "#if CALL(NEST(1\n"
     "NEST(";
 
-struct Result {
-  bool isComplete = false;
+struct Outcome {
+  Status status = Status::Clean;
   std::string output;
   std::string messages;
 };
 
-Result runWith(std::size_t allocations) {
-  std::istringstream input(kSource);
-  std::ostringstream output;
-  std::ostringstream messages;
-  // The strings of the streams grow with what is written; that is none of the engine's business.
-  output.str(std::string(1 << 16, ' '));
-  messages.str(std::string(1 << 16, ' '));
-  const PreprocessOptions options{.definitions = {{"OUTSIDE", "far"}}, .includeDirectories = {"/nowhere"}};
-  Result result;
-  try {
-    const LimitedAllocation limited({.count = allocations});
-    CppPreprocessor preprocessor(messages, input);
-    try {
-      preprocess(preprocessor, output, options);
-      result.isComplete = true;
-    } catch (const std::bad_alloc&) {
-      preprocessor.reportOutOfMemory();
-    }
-  } catch (const std::bad_alloc&) {
-    messages << "FATAL ERROR: out of memory.\n";  // In the constructor.
-  }
-  result.output = output.str().substr(0, static_cast<std::size_t>(output.tellp()));
-  result.messages = messages.str().substr(0, static_cast<std::size_t>(messages.tellp()));
-  return result;
+Outcome runWith(std::size_t allocations) {
+  Outcome outcome;
+  // The strings grow with what is written; that is none of the engine's business.
+  outcome.output.reserve(1 << 16);
+  outcome.messages.reserve(1 << 16);
+  const LimitedAllocation limited({.count = allocations});
+  Preprocessor preprocessor;
+  preprocessor.define("OUTSIDE=far");
+  preprocessor.addIncludeDirectory("/nowhere");
+  preprocessor.setOutputSink([&outcome](std::string_view block) { outcome.output.append(block); });
+  preprocessor.setDiagnosticSink(
+      [&outcome](const Diagnostic& diagnostic) { outcome.messages.append(diagnostic.text); });
+  outcome.status = preprocessor.run(Source::borrowing(kSource), "a.c").status;
+  return outcome;
 }
 
 TEST(ErrorPathTest, givesBackWhatItHoldsWhereverMemoryRunsOut) {
-  const Result complete = runWith(SIZE_MAX);
-  ASSERT_TRUE(complete.isComplete);
+  const Outcome complete = runWith(SIZE_MAX);
+  ASSERT_EQ(complete.status, Status::Errors);
   constexpr std::size_t kMostAllocations = 100'000;
   std::size_t allocations = 0;
-  for (Result result; !result.isComplete; ++allocations) {
+  for (Outcome outcome{Status::OutOfMemory, "", ""}; outcome.status == Status::OutOfMemory; ++allocations) {
     ASSERT_LT(allocations, kMostAllocations);
-    result = runWith(allocations);
+    outcome = runWith(allocations);
     SCOPED_TRACE("after " + std::to_string(allocations) + " allocations");
-    EXPECT_TRUE(complete.output.starts_with(result.output)) << result.output;
-    if (!result.isComplete) {
-      EXPECT_TRUE(result.messages.ends_with("FATAL ERROR: out of memory.\n")) << result.messages;
+    EXPECT_TRUE(complete.output.starts_with(outcome.output)) << outcome.output;
+    if (outcome.status == Status::OutOfMemory) {
+      // Not even an object could be made at first.
+      EXPECT_TRUE(outcome.messages.ends_with("FATAL ERROR: out of memory.\n") || allocations == 0) << outcome.messages;
+    } else {
+      EXPECT_EQ(outcome.status, complete.status);
+      EXPECT_EQ(outcome.output, complete.output);
+      EXPECT_EQ(outcome.messages, complete.messages);
     }
   }
   EXPECT_GT(allocations, 20U) << "hardly any allocation failed";

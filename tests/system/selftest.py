@@ -2,15 +2,18 @@
 """Tests of the tests: what reads the output, finds the places for marks and judges the results must see a fault."""
 
 import os
+import shutil
 import signal
 import sys
 import tempfile
+import types
 import unittest
 
 # The source tree stays free of compiled modules.
 sys.dont_write_bytecode = True
 
 import examples  # noqa: E402
+import foreign_projects  # noqa: E402
 import foreign_text_test  # noqa: E402
 import line_truth  # noqa: E402
 import random  # noqa: E402
@@ -172,6 +175,49 @@ class ForeignText(unittest.TestCase):
             with self.subTest(text=text, status=status):
                 run = Run(status, b'#line 1 "a.c"\nx\n', b"")
                 self.assertEqual(foreign_text_test.has_divided(run, "a.c", text), is_expected)
+
+
+class ForeignProjects(unittest.TestCase):
+    REWRITTEN = [
+        # What is the same for both is left alone, quotes and comments with what they hold included.
+        (b'#define A "\\"" /* # */ \\\n 1\nA "# x" \'\\n\'\n', None),
+        (b" # version 4\n", b"TEXT  # version 4\n"),
+        (b"#\nx\n", b"\nx\n"),
+        (b'"a\\n\\"b"\n', b'"an\\"b"\n'),
+        (b"a\\\nb\n", b"ab\n"),
+        (b"\xef\xbb\xbfa\n", b"a\n"),
+        (b"x // a \\\n b\ny\n", b"x \ny\n"),
+        (b"#endif A\n#undef B C\n", b"#endif\n#undef B\n"),
+        (b"#define V(a, ...) a\n#define J a ## b\n#define F(a) a ## b\n", b"\n\n#define F(a) a ## b\n"),
+        (b"#pragma x\n#line 7\n__LINE__ __FILE__\n", b"\n\nx__LINE__ __FILE__\n"),
+        (b"#pragma once\nx\n", b"#ifndef ONCE_a_h\n#define ONCE_a_h\n\nx\n\n#endif\n"),
+    ]
+
+    def test_rewriting(self):
+        for text, rewritten in self.REWRITTEN:
+            with self.subTest(text=text):
+                result = foreign_projects.Rewriter(text, "a.h")
+                self.assertEqual((result.text, bool(result.rules)), (rewritten or text, rewritten is not None))
+
+    def test_differences(self):
+        difference, tokens_of = foreign_projects.difference, foreign_projects.tokens_of
+        for ours, theirs, rule, is_news in [
+                (b'#line 1 "a"\n#pragma  x\na+ +b "x  y"\n', b'#pragma x\na ++b "x y"\n', "", False),
+                (b"[ Fy]", b"[F y]", "blanks behind the name of a function-like macro", False),
+                (b"[ Gy]", b"[G y]", "", True),
+                (b"[a # undef F b]", b"[a b]", "directive within arguments", False),
+                (b"a b", b"a c", "", True), (b"a", b"a b", "", True), (b"a b", b"a", "", True)]:
+            with self.subTest(ours=ours):
+                found, shown = difference(tokens_of(ours), tokens_of(theirs), {b"F"})
+                self.assertEqual((found, bool(shown)), (rule, is_news))
+
+    def test_a_program_that_writes_nothing_is_news(self):
+        with tempfile.TemporaryDirectory() as folder, tempfile.TemporaryDirectory() as work:
+            with open(os.path.join(folder, "a.c"), "w", encoding="utf-8") as stream:
+                stream.write("#include <gone.h>\nx\n")
+            options = types.SimpleNamespace(program=shutil.which("true"), cc="cc", jobs=1, only=None)
+            result, = foreign_projects.check_project(options, folder, work)
+            self.assertEqual((result.name, result.kind), ("a.c", "news"))
 
 
 class Examples(unittest.TestCase):

@@ -1,9 +1,9 @@
 // Operands of #include, #line and _Pragma, read from closed sources without a preprocessor around them.
 #include <gtest/gtest.h>
 
-#include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -78,26 +78,24 @@ TEST(IncludeNameTest, ANameStandsInQuotesOrAngles) {
   }
 }
 
-// Files in memory, by path.
+// Empty files in memory, by path.
 class MemoryFiles final : public FileOpener {
  public:
-  explicit MemoryFiles(const std::vector<std::string>& paths) {
-    for (const std::string& path : paths) {
-      files_[path].reset(path);
-    }
-  }
+  explicit MemoryFiles(const std::vector<std::string>& paths) : paths_(paths.begin(), paths.end()) {}
 
   std::unique_ptr<CppFileScanner> open(const std::string& path) override {
     tried += (tried.empty() ? "" : " ") + path;
-    const auto found = files_.find(path);
-    return found == files_.end() ? nullptr : std::make_unique<CppFileScanner>("", found->second, setting_.context);
+    if (!paths_.contains(path)) {
+      return nullptr;
+    }
+    return std::make_unique<CppFileScanner>(path, std::make_unique<InputText>(), setting_.context);
   }
 
   std::string tried;
 
  private:
   LexerSetting setting_;
-  std::map<std::string, InputText> files_;
+  std::set<std::string> paths_;
 };
 
 struct SearchRow {
@@ -138,9 +136,9 @@ TEST(IncludeSearchTest, TheFirstFileThatOpensIsTaken) {
     for (const std::string& directory : row.directories) {
       search.addDirectory(directory);
     }
-    const std::unique_ptr<CppFileScanner> found = search.find(row.name, row.includer);
+    const IncludedFile found = search.find(row.name, row.includer);
     EXPECT_EQ(files.tried, row.tried) << row.name.name << " from " << row.includer;
-    EXPECT_EQ(found != nullptr, row.isFound) << row.name.name << " from " << row.includer;
+    EXPECT_EQ(found.file != nullptr, row.isFound) << row.name.name << " from " << row.includer;
   }
 }
 

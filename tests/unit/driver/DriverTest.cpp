@@ -6,11 +6,11 @@
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "engine/CppPreprocessor.h"
 #include "qnpp/version.h"
 
 namespace qnpp {
@@ -67,20 +67,17 @@ class DriverTest : public testing::Test {
     return file ? content.str() : "(no such file)";
   }
 
-  // Prepares a preprocessor from the words and, if that succeeds, runs it, as the program does.
+  // Carries out a command line, as the program does.
   void run(const std::vector<std::string>& words, const std::string& standardInput = "") {
     std::vector<const char*> argv{"qnpp"};
     for (const std::string& word : words) argv.push_back(word.c_str());
     std::istringstream input(standardInput);
     std::ostringstream output;
     std::ostringstream messages;
-    {
-      Driver driver(output, messages);
-      CppPreprocessor preprocessor(messages, input);
-      ready_ = driver.prepare(static_cast<int>(argv.size()), argv.data(), preprocessor);
-      hadError_ = ready_ && preprocessor.run();
-      driver.flush();
-    }
+    const auto read = [&input](char* to, std::size_t size) {
+      return input.rdbuf()->sgetn(to, static_cast<std::streamsize>(size));
+    };
+    status_ = Driver(output, messages, read).run(static_cast<int>(argv.size()), argv.data());
     output_ = output.str();
     messages_ = messages.str();
   }
@@ -88,7 +85,7 @@ class DriverTest : public testing::Test {
   // A command line that ends before anything is read.
   void expectStop(const std::vector<std::string>& words, const std::string& output, const std::string& messages) {
     run(words, "never read\n");
-    EXPECT_FALSE(ready_);
+    EXPECT_EQ(status_, std::nullopt);
     EXPECT_EQ(output_, output);
     EXPECT_EQ(messages_, messages);
   }
@@ -96,14 +93,12 @@ class DriverTest : public testing::Test {
   // A command line that runs without an error, over "X" in line 1 of standard input.
   void expectRun(const std::vector<std::string>& words, const std::string& output, const std::string& messages = "") {
     run(words, "X\n");
-    EXPECT_TRUE(ready_);
-    EXPECT_FALSE(hadError_);
+    EXPECT_EQ(status_, Status::Clean);
     EXPECT_EQ(output_, output);
     EXPECT_EQ(messages_, messages);
   }
 
-  bool ready_ = false;
-  bool hadError_ = false;
+  std::optional<Status> status_;
   std::string output_;
   std::string messages_;
 
@@ -123,7 +118,10 @@ TEST_F(DriverTest, ReadsTheSourceFileWhereverItStands) {
 }
 
 TEST_F(DriverTest, AMissingSourceFileIsFatal) {
-  expectStop({path("none.c")}, "", "FATAL ERROR: cannot open " + path("none.c") + ".\n");
+  run({path("none.c")});
+  EXPECT_EQ(status_, Status::Errors);
+  EXPECT_EQ(output_, "");
+  EXPECT_EQ(messages_, "FATAL ERROR: cannot open " + path("none.c") + ".\n");
 }
 
 TEST_F(DriverTest, TwoSourceFilesAreTooMany) {
@@ -242,7 +240,9 @@ TEST_F(DriverTest, TheOutputFileIsMadeBeforeTheRestIsLookedAt) {
   EXPECT_EQ(read("1"), "");
   expectStop({"-o", path("2"), "a", "b"}, "", "qnpp: cannot provide more than one source file\n");
   EXPECT_EQ(read("2"), "");
-  expectStop({"-o", path("3"), path("none.c")}, "", "FATAL ERROR: cannot open " + path("none.c") + ".\n");
+  run({"-o", path("3"), path("none.c")});
+  EXPECT_EQ(status_, Status::Errors);
+  EXPECT_EQ(messages_, "FATAL ERROR: cannot open " + path("none.c") + ".\n");
   EXPECT_EQ(read("3"), "");
 }
 
@@ -265,8 +265,7 @@ TEST_F(DriverTest, ASourceNameThatIsNoOptionMayBeginWithADash) { expectRun({"-s"
 
 TEST_F(DriverTest, AnErrorOfTheRunIsNoneOfTheCommandLine) {
   run({}, "#nonsense\n");
-  EXPECT_TRUE(ready_);
-  EXPECT_TRUE(hadError_);
+  EXPECT_EQ(status_, Status::Errors);
   EXPECT_EQ(messages_, "stdin:1: the indicated directive is not a recognized preprocessing directive.\n");
 }
 

@@ -2,10 +2,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <sstream>
-#include <streambuf>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "tests/support/Files.h"
 #include "tests/support/Preprocess.h"
@@ -73,45 +71,13 @@ TEST(DiagnosticsTest, TheCurrentFileIsShown) {
 }
 
 // The output is kept in blocks, messages are not.
-TEST(DiagnosticsTest, EachMessageIsFlushedAtOnceInOnePiece) {
-  struct Watched : std::streambuf {
-    std::streamsize xsputn(const char* text, std::streamsize size) override {
-      pieces.emplace_back(text, static_cast<std::size_t>(size));
-      return size;
-    }
-    int sync() override {
-      flushedPieces.push_back(pieces.size());
-      return 0;
-    }
-    std::vector<std::string> pieces;
-    std::vector<std::size_t> flushedPieces;
-  } buffer;
-  std::ostream messages(&buffer);
-  std::istringstream input("#error 1\n#error 2\n");
-  std::ostringstream output;
-  CppPreprocessor preprocessor(messages, input);
-  EXPECT_TRUE(preprocess(preprocessor, output));
-  EXPECT_EQ(buffer.pieces,
-            (std::vector<std::string>{"a.c:1: #error directive:  1.\n", "a.c:2: #error directive:  2.\n"}));
-  EXPECT_EQ(buffer.flushedPieces, (std::vector<std::size_t>{1, 2}));
-}
-
-TEST(DiagnosticsTest, AFailedMessageStreamIsNotLookedAt) {
-  EngineInMemory engine("#foo\nx\n");
-  engine.messages.setstate(std::ios_base::badbit);
-  EXPECT_TRUE(preprocess(engine.preprocessor, engine.output));
-  EXPECT_EQ(engine.output.str(), std::string(kFirstLine) + "#line 2 \"a.c\"\nx\n");
-}
-
-TEST(DiagnosticsTest, RunningOutOfMemoryIsSaidWithThePlace) {
-  EngineInMemory engine("x\n#error 1\n");
-  engine.preprocessor.reportOutOfMemory();
-  EXPECT_TRUE(engine.preprocessor.hasError());
-  EXPECT_EQ(engine.messages.str(), "FATAL ERROR: out of memory.\n");
-  engine.preprocessor.openSource("", "a.c");
-  engine.preprocessor.reportOutOfMemory();
-  EXPECT_EQ(engine.messages.str(), "FATAL ERROR: out of memory.\na.c:1: FATAL ERROR: out of memory.\n");
-  EXPECT_EQ(engine.output.str(), kFirstLine);  // What had been written has arrived.
+TEST(DiagnosticsTest, MessagesDoNotWaitForTheOutput) {
+  std::string events;
+  Preprocessor preprocessor;
+  preprocessor.setOutputSink([&events](std::string_view) { events += "output "; });
+  preprocessor.setDiagnosticSink([&events](const Diagnostic& diagnostic) { events += diagnostic.text; });
+  EXPECT_EQ(preprocessor.run(Source::borrowing("x\n#error 1\nx\n#error 2\n"), "a.c").status, Status::Errors);
+  EXPECT_EQ(events, "a.c:2: #error directive:  1.\na.c:4: #error directive:  2.\noutput ");
 }
 
 }  // namespace

@@ -121,10 +121,10 @@ TEST(RunLoopTest, LineDirectivesDoubleTheBackslashesOfTheName) {
   EXPECT_EQ(preprocess("x\n", {.sourceName = "a\"b"}).output, "#line 1 \"a\"b\"\nx\n");
 }
 
-TEST(RunLoopTest, StandardInputIsCalledStdin) {
-  EXPECT_EQ(preprocess("x\n#foo\n", {.sourceName = ""}).output, "#line 1 \"stdin\"\nx\n");
+TEST(RunLoopTest, ATextWithoutANameIsCalledSource) {
+  EXPECT_EQ(preprocess("x\n#foo\n", {.sourceName = ""}).output, "#line 1 \"source\"\nx\n");
   EXPECT_EQ(preprocess("#foo\n", {.sourceName = ""}).messages,
-            "stdin:1: the indicated directive is not a recognized preprocessing directive.\n");
+            "source:1: the indicated directive is not a recognized preprocessing directive.\n");
 }
 
 TEST(RunLoopTest, OpensFilesByName) {
@@ -140,12 +140,10 @@ TEST(RunLoopTest, OpensFilesByName) {
 }
 
 TEST(RunLoopTest, ASourceThatCannotBeOpenedIsFatal) {
-  EngineInMemory engine("");
-  EXPECT_FALSE(engine.preprocessor.hasError());
-  engine.preprocessor.openSource("no/such/file.c", "name");
-  EXPECT_TRUE(engine.preprocessor.hasError());
-  EXPECT_EQ(engine.output.str(), "");
-  EXPECT_EQ(engine.messages.str(), "FATAL ERROR: cannot open no/such/file.c.\n");
+  const Preprocessed run = preprocess("", {.fileName = "no/such/file.c", .sourceName = "name"});
+  EXPECT_TRUE(run.hasError);
+  EXPECT_EQ(run.output, "");
+  EXPECT_EQ(run.messages, "FATAL ERROR: cannot open no/such/file.c.\n");
 }
 
 TEST(RunLoopTest, CallersMayAskForDefinitionsBeforehand) {

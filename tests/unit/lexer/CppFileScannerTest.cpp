@@ -17,7 +17,8 @@ namespace {
 
 // A scanner over a text as standard input.
 struct Reading {
-  explicit Reading(const std::string& text) : input(text), scanner("", input, setting.context) {}
+  explicit Reading(const std::string& text)
+      : scanner("stdin", std::make_unique<std::istringstream>(text), setting.context) {}
 
   std::string get() {
     const CppTokenKind kind = scanner.get();
@@ -31,7 +32,6 @@ struct Reading {
     return tokens;
   }
 
-  std::istringstream input;
   LexerSetting setting;
   CppFileScanner scanner;
 };
@@ -143,19 +143,27 @@ TEST(CppFileScannerTest, AnEmptyNameMeansStandardInput) {
   EXPECT_EQ(reading.scanner.fileName(), "other");
 }
 
-TEST(CppFileScannerTest, AFailedStandardInputCannotBeOpened) {
-  std::istringstream input("x");
-  input.setstate(std::ios_base::failbit);
+TEST(CppFileScannerTest, AFailedInputCannotBeOpened) {
+  auto input = std::make_unique<std::istringstream>("x");
+  input->setstate(std::ios_base::failbit);
   LexerSetting setting;
-  EXPECT_TRUE(CppFileScanner("", input, setting.context).openFailed());
+  EXPECT_TRUE(CppFileScanner("a.c", std::move(input), setting.context).openFailed());
+}
+
+TEST(CppFileScannerTest, ThePathIsTheFirstOfItsNames) {
+  Reading reading("x");
+  EXPECT_EQ(reading.scanner.path(), "stdin");
+  reading.scanner.setFileName("");
+  EXPECT_EQ(reading.scanner.path(), "stdin");
+  reading.scanner.setFileName("other");
+  EXPECT_EQ(reading.scanner.path(), "stdin");
 }
 
 TEST(CppFileScannerTest, ReadsAFileByItsName) {
   const TemporaryFolder folder;
   const std::string name = folder.write("a.c", "one\ntwo");
-  std::istringstream none("three");
   LexerSetting setting;
-  CppFileScanner scanner(name, none, setting.context);
+  CppFileScanner scanner(name, std::make_unique<InputFile>(name), setting.context);
   ASSERT_FALSE(scanner.openFailed());
   EXPECT_EQ(scanner.fileName(), name);
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
@@ -165,12 +173,10 @@ TEST(CppFileScannerTest, ReadsAFileByItsName) {
 TEST(CppFileScannerTest, WhatCannotBeOpenedSaysSo) {
   const TemporaryFolder folder;
   const std::string name = folder.write("a.c", "x");
-  std::istringstream input("x");
   LexerSetting setting;
-  EXPECT_TRUE(CppFileScanner(folder.path("none.c"), input, setting.context).openFailed());
-  EXPECT_TRUE(CppFileScanner(folder.path(), input, setting.context).openFailed());
-  EXPECT_TRUE(CppFileScanner(name + "/", input, setting.context).openFailed());
-  EXPECT_TRUE(CppFileScanner(name + std::string("\0.c", 3), input, setting.context).openFailed());
+  for (const std::string& wrong : {folder.path("none.c"), folder.path(), name + "/", name + std::string("\0.c", 3)}) {
+    EXPECT_TRUE(CppFileScanner(wrong, std::make_unique<InputFile>(wrong), setting.context).openFailed()) << wrong;
+  }
   EXPECT_EQ(setting.diagnostics.str(), "");
 }
 

@@ -127,8 +127,8 @@ TEST_F(CppTokenScannerTest, CommentsAreReadEachTime) {
       EXPECT_EQ(setting.written(), output) << row.element;
       EXPECT_EQ(setting.diagnostics.str(), messages) << row.element;
     }
-    setting.sink.str("");
-    setting.diagnostics.str("");
+    setting.sink.clear();
+    setting.diagnostics.clear();
   }
 }
 
@@ -263,7 +263,7 @@ TEST_F(CppTokenScannerTest, CopyingHandsOutWhatTheEngineHasToSee) {
       scanner.reset();
       scanner.read(list);
       setting.written();
-      setting.sink.str("");
+      setting.sink.clear();
       for (;;) {
         if (lookAhead) {
           scanner.peek();

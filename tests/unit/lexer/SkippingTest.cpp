@@ -37,9 +37,10 @@ std::string makeText(std::mt19937& random) {
   return text;
 }
 
-// A scanner over a text that arrives in pieces, as standard input, and what it works with.
+// A scanner over a text that arrives in pieces, and what it works with.
 struct Reading {
-  Reading(std::string_view text, std::size_t step) : input(text, step), scanner("", input, setting.context) {
+  Reading(std::string_view text, std::size_t step)
+      : scanner("a.c", std::make_unique<PiecewiseInput>(text, step), setting.context) {
     Name& name = *setting.names.intern("MACRO");
     name.macro = &macro;
     setting.names.noteMacro(name);
@@ -63,7 +64,6 @@ struct Reading {
   }
 
   LexerSetting setting;
-  PiecewiseInput input;
   CppMacro macro;
   CppFileScanner scanner;
 };

@@ -90,7 +90,7 @@ TEST(PredefinedTest, TheCommandLineCannotChangeThem) {
 TEST(PredefinedTest, FileNamesAreNotEscaped) {
   EXPECT_EQ(preprocess("__FILE__\n", {.sourceName = "d\\a \"b\".c"}).output,
             "#line 1 \"d\\\\a \"b\".c\"\n\"d\\a \"b\".c\"\n");
-  EXPECT_EQ(preprocess("__FILE__\n", {.sourceName = ""}).output, "#line 1 \"stdin\"\n\"stdin\"\n");
+  EXPECT_EQ(preprocess("__FILE__\n", {.sourceName = ""}).output, "#line 1 \"source\"\n\"source\"\n");
 }
 
 TEST(PredefinedTest, AnIncludedFileHasItsOwn) {

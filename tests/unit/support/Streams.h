@@ -23,11 +23,9 @@ struct StreamSetting final : SpellingSetting, TokenStream::Listener {
 
   /// Makes `text`, which is borrowed, a file of the stream.
   void pushText(std::string_view text, const std::string& name = "a.c") {
-    inputs_.push_back(std::make_unique<InputText>());
-    inputs_.back()->reset(text);
-    auto file = std::make_unique<CppFileScanner>("", *inputs_.back(), context);
-    file->setFileName(name);
-    stream.pushFile(std::move(file));
+    auto input = std::make_unique<InputText>();
+    input->reset(text);
+    stream.pushFile(std::make_unique<CppFileScanner>(name, std::move(input), context));
   }
 
   void push(std::initializer_list<std::string_view> texts, const HideSet& hideSet = {}) {
@@ -58,9 +56,6 @@ struct StreamSetting final : SpellingSetting, TokenStream::Listener {
 
   TokenStream stream{names, context, *this};
   std::string events;  ///< What the listener was told.
-
- private:
-  std::vector<std::unique_ptr<InputText>> inputs_;
 };
 
 /// Keeps the identifiers of messages: "too-few-arguments missing-file(a.h)".

@@ -6,12 +6,12 @@
 #include <cstdint>
 #include <istream>
 #include <ostream>
-#include <sstream>
 #include <string>
 #include <string_view>
 
 #include "lexer/CppLexer.h"
 #include "lexer/InputFile.h"
+#include "tests/support/Sinks.h"
 
 namespace qnpp {
 
@@ -115,12 +115,13 @@ inline std::string dumpToken(CppTokenKind kind, std::string_view text) {
 
 /// What a lexer works with: an output kept in a string, messages, names, the counter of effects.
 struct LexerSetting {
-  std::ostringstream sink;
-  std::ostringstream diagnostics;
+  KeptText sink;
+  KeptMessages diagnostics;
   OutputBuffer output;
   NameTable names;
   std::uint64_t effectCount = 0;
-  LexerContext context{output, diagnostics, names, effectCount};
+  Budget budget;
+  LexerContext context{output, diagnostics, names, effectCount, budget};
 
   LexerSetting() { output.attach(sink); }
 

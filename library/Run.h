@@ -1,0 +1,86 @@
+// One run of the engine for a caller of the library.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <istream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "engine/Host.h"
+#include "lexer/Budget.h"
+#include "qnpp/preprocessor.h"
+
+namespace qnpp {
+
+class CppPreprocessor;
+
+/// What a caller has set.
+struct Settings {
+  std::vector<std::string> definitions;
+  std::vector<std::string> includeDirectories;
+  Resolver resolver;
+  DiagnosticSink diagnosticSink;
+  OutputSink outputSink;
+  Limits limits;
+  bool writesLineDirectives = true;
+  bool wantsLineMap = false;
+};
+
+/// Runs the engine once, and turns what it says and how it ends into a result.
+class Run final : public Host {
+ public:
+  /// All are borrowed and outlive the object.
+  Run(const Settings& settings, const std::atomic<bool>& isCancelled, Result& result);
+
+  /// One of these is to be called once. The second ends the run before it begins, for want of memory.
+  void preprocess(Source source, std::string_view name) noexcept;
+  void refuse() noexcept;
+
+ private:
+  template <typename Part>
+  bool attempt(Part part) noexcept;
+  void beginEngine(std::unique_ptr<CppPreprocessor>& engine);
+  bool open(CppPreprocessor& engine, Source source, std::string_view name);
+  void finishEarly(CppPreprocessor& engine) noexcept;
+  void end(Status status, Limit limit = Limit::None);
+  void end(const RunEnded& ended);
+  template <typename Call>
+  auto callBack(Call call);
+
+  std::unique_ptr<std::istream> inputOf(Source source);
+
+  void write(std::string_view text) override;
+  void report(const Report& report) override;
+  bool isResolver() const override { return settings_.resolver != nullptr; }
+  std::optional<FoundFile> resolve(const IncludeName& name, const FilePlace& place,
+                                   std::string_view includerPath) override;
+  void enter(const Inclusion& inclusion, std::size_t depth) override;
+  void mark(LineMark mark, const FilePlace& place, std::uint64_t offset) override;
+
+  void deliver(std::string_view text);
+  void countLines(std::string_view text);
+  void finishLineMap();
+
+  const Settings& settings_;
+  Result& result_;
+  Budget budget_;
+  bool isEnded_ = false;           // Before the end of the source.
+  const char* failure_ = nullptr;  // What the scanner said when it could not go on.
+  bool isOutputOver_ = false;      // Nothing may be delivered any more.
+  std::uint64_t delivered_ = 0;
+  std::uint64_t linesDelivered_ = 0;
+  std::size_t entriesCounted_ = 0;  // Entries of the line map that have got their line of the output.
+  std::vector<Place> includeChain_;
+  std::unordered_set<std::string> paths_;
+  std::unordered_map<std::string, std::size_t> fileNumbers_;
+};
+
+}  // namespace qnpp

@@ -1,0 +1,406 @@
+// What the public header promises.
+#include "qnpp/preprocessor.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "tests/support/Files.h"
+#include "tests/support/Text.h"
+
+namespace qnpp {
+namespace {
+
+using Files = std::map<std::string, std::string, std::less<>>;
+
+// Finds names as they are.
+Resolver resolverOf(const Files& files) {
+  return [&files](const IncludeRequest& request) -> std::optional<Include> {
+    const auto found = files.find(request.name);
+    if (found == files.end()) {
+      return std::nullopt;
+    }
+    return Include{found->first, Source::borrowing(found->second)};
+  };
+}
+
+Result run(std::string_view source, const Files& files = {}) {
+  Preprocessor preprocessor;
+  preprocessor.setResolver(resolverOf(files));
+  return preprocessor.run(Source::borrowing(source), "main");
+}
+
+// ---- Sources ----
+
+TEST(SourceTest, BytesComeFromWhereverTheyAre) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("a.c", "x\n");
+  int calls = 0;
+  const auto read = [&calls](char* to, std::size_t) -> std::ptrdiff_t {
+    *to = "x\n"[calls];
+    return calls++ < 2 ? 1 : 0;
+  };
+  const std::string expected = "#line 1 \"name\"\nx\n";
+  EXPECT_EQ(Preprocessor().run(Source::ofText("x\n"), "name").output, expected);
+  EXPECT_EQ(Preprocessor().run(Source::borrowing("x\n"), "name").output, expected);
+  EXPECT_EQ(Preprocessor().run(Source::ofFile(path), "name").output, expected);
+  EXPECT_EQ(Preprocessor().run(Source::ofReader(read), "name").output, expected);
+  EXPECT_EQ(calls, 3);
+}
+
+TEST(SourceTest, WithoutANameItIsCalledByItsPathOrSource) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("a.c", "");
+  EXPECT_EQ(Preprocessor().run(Source::ofFile(path)).output, "#line 1 \"" + path + "\"\n");
+  EXPECT_EQ(Preprocessor().run(Source::ofText("")).output, "#line 1 \"source\"\n");
+}
+
+TEST(SourceTest, AFileThatCannotBeOpenedIsAnError) {
+  const TemporaryFolder folder;
+  for (const std::string& path : {folder.path("none"), folder.path()}) {
+    std::string text;
+    Preprocessor preprocessor;
+    preprocessor.setDiagnosticSink([&text](const Diagnostic& diagnostic) {
+      text = diagnostic.text;
+      EXPECT_EQ(diagnostic.severity, Severity::FatalError);
+      EXPECT_EQ(diagnostic.identifier, "missing-source");
+      EXPECT_EQ(diagnostic.place.file, "");
+      EXPECT_EQ(diagnostic.place.line, 0);
+    });
+    const Result result = preprocessor.run(Source::ofFile(path));
+    EXPECT_EQ(result.status, Status::Errors);
+    EXPECT_TRUE(result.hasErrors);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(text, "FATAL ERROR: cannot open " + path + ".\n");
+  }
+}
+
+TEST(SourceTest, AReaderMayFail) {
+  std::string text;
+  int calls = 0;
+  Preprocessor preprocessor;
+  preprocessor.setDiagnosticSink([&text](const Diagnostic& diagnostic) {
+    text = diagnostic.text;
+    EXPECT_EQ(diagnostic.identifier, "scanner-failed");
+    EXPECT_EQ(diagnostic.severity, Severity::FatalError);
+    EXPECT_EQ(diagnostic.place.file, "");
+    EXPECT_EQ(diagnostic.message, "input in flex scanner failed");
+  });
+  const Result result = preprocessor.run(Source::ofReader([&calls](char* to, std::size_t) -> std::ptrdiff_t {
+    *to = '\n';
+    return calls++ == 0 ? 1 : -1;
+  }));
+  EXPECT_EQ(result.status, Status::ScannerFailed);
+  EXPECT_TRUE(result.hasErrors);
+  EXPECT_EQ(result.output, "#line 1 \"source\"\n\n");
+  EXPECT_EQ(text, "input in flex scanner failed\n");
+}
+
+// ---- Definitions and includes ----
+
+TEST(PreprocessorTest, DefinitionsAreThoseOfTheProgram) {
+  Preprocessor preprocessor;
+  preprocessor.define("A");
+  preprocessor.define("B=x=y");
+  preprocessor.define("C=");
+  preprocessor.define("A=2");
+  EXPECT_EQ(preprocessor.run(Source::ofText("A B[C]\n"), "a").output, "#line 1 \"a\"\n1 x=y[]\n");
+}
+
+TEST(PreprocessorTest, DefinitionsOfASourceEndWithItsRun) {
+  Preprocessor preprocessor;
+  preprocessor.define("A=kept");
+  EXPECT_EQ(preprocessor.run(Source::ofText("#define B 1\n#undef A\nA B\n"), "a").output,
+            "#line 1 \"a\"\n#line 3 \"a\"\nA 1\n");
+  EXPECT_EQ(preprocessor.run(Source::ofText("A B\n"), "a").output, "#line 1 \"a\"\nkept B\n");
+}
+
+TEST(PreprocessorTest, FilesAreFoundAsTheProgramFindsThem) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("a.c", "#include \"b.h\"\n#include <c.h>\n");
+  const std::string beside = folder.write("b.h", "b\n");
+  const std::string inDirectory = folder.write("dir/c.h", "c\n");
+  Preprocessor preprocessor;
+  preprocessor.addIncludeDirectory(folder.path("none"));
+  preprocessor.addIncludeDirectory(folder.path("dir"));
+  const Result result = preprocessor.run(Source::ofFile(path));
+  EXPECT_EQ(result.status, Status::Clean);
+  ASSERT_EQ(result.dependencies.size(), 2U);
+  EXPECT_EQ(result.dependencies[0].path, beside);
+  EXPECT_EQ(result.dependencies[0].name, "b.h");
+  EXPECT_TRUE(result.dependencies[0].isQuoted);
+  EXPECT_EQ(result.dependencies[0].found, Dependency::Found::BesideIncluder);
+  EXPECT_EQ(result.dependencies[0].includer, path);
+  EXPECT_EQ(result.dependencies[0].line, 1);
+  EXPECT_EQ(result.dependencies[1].path, inDirectory);
+  EXPECT_FALSE(result.dependencies[1].isQuoted);
+  EXPECT_EQ(result.dependencies[1].found, Dependency::Found::InIncludeDirectory);
+  EXPECT_EQ(result.dependencies[1].line, 2);
+}
+
+TEST(ResolverTest, NoFileIsTouched) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("a.h", "on disk\n");
+  const WorkingDirectory here(folder);
+  Preprocessor preprocessor;
+  preprocessor.addIncludeDirectory(folder.path());
+  preprocessor.setResolver([](const IncludeRequest&) { return std::nullopt; });
+  std::string messages;
+  preprocessor.setDiagnosticSink([&messages](const Diagnostic& diagnostic) { messages += diagnostic.text; });
+  preprocessor.run(Source::ofText("#include \"a.h\"\n#include <a.h>\n#include \"" + path + "\"\n"), "m");
+  EXPECT_EQ(messages,
+            "m:1: Cannot open file: a.h.\nm:2: Cannot open file: a.h.\nm:3: Cannot open file: " + path + ".\n");
+}
+
+TEST(ResolverTest, IsAskedWithAllThatIsKnown) {
+  struct Asked {
+    std::string name;
+    bool isQuoted;
+    std::string file;
+    std::int32_t line;
+    std::string path;
+  };
+  std::vector<Asked> asked;
+  Preprocessor preprocessor;
+  preprocessor.setResolver([&asked](const IncludeRequest& request) -> std::optional<Include> {
+    asked.push_back({std::string(request.name), request.isQuoted, std::string(request.place.file), request.place.line,
+                     std::string(request.includerPath)});
+    return Include{"/real/" + std::string(request.name),
+                   Source::ofText(asked.size() == 1 ? "\n#line 70 \"other\"\n#include \"b\"\n" : "")};
+  });
+  const Result result = preprocessor.run(Source::ofText("\n#include <a>\n"), "main");
+  ASSERT_EQ(asked.size(), 2U);
+  EXPECT_EQ(asked[0].name, "a");
+  EXPECT_FALSE(asked[0].isQuoted);
+  EXPECT_EQ(asked[0].file, "main");
+  EXPECT_EQ(asked[0].line, 2);
+  EXPECT_EQ(asked[0].path, "main");
+  EXPECT_EQ(asked[1].name, "b");
+  EXPECT_TRUE(asked[1].isQuoted);
+  EXPECT_EQ(asked[1].file, "other");
+  EXPECT_EQ(asked[1].line, 71);
+  EXPECT_EQ(asked[1].path, "/real/a");
+  ASSERT_EQ(result.dependencies.size(), 2U);
+  EXPECT_EQ(result.dependencies[1].path, "/real/b");
+  EXPECT_EQ(result.dependencies[1].found, Dependency::Found::ByResolver);
+  EXPECT_EQ(result.dependencies[1].includer, "other");
+  EXPECT_EQ(result.dependencies[1].line, 71);
+}
+
+TEST(ResolverTest, EachFileIsADependencyOnce) {
+  EXPECT_EQ(
+      run("#include <a>\n#include <b>\n#include \"a\"\n", {{"a", ""}, {"b", "#include <a>\n"}}).dependencies.size(),
+      2U);
+}
+
+// ---- Messages ----
+
+TEST(DiagnosticTest, ShowsHowTheFileWasReached) {
+  const Files files = {{"a", "\n#include <b>"}, {"b", "\n\n#wrong\n"}};
+  std::string seen;
+  Preprocessor preprocessor;
+  preprocessor.setResolver(resolverOf(files));
+  preprocessor.setDiagnosticSink([&seen](const Diagnostic& diagnostic) {
+    seen.append(diagnostic.identifier).append(" ").append(diagnostic.text);
+    EXPECT_EQ(diagnostic.severity, Severity::Error);
+    EXPECT_EQ(diagnostic.place.file, "b");
+    EXPECT_EQ(diagnostic.place.line, 3);
+    EXPECT_EQ(diagnostic.message, "the indicated directive is not a recognized preprocessing directive");
+    for (std::size_t at = 0; at < diagnostic.includeChainSize; ++at) {
+      const Place& place = diagnostic.includeChain[at];
+      seen.append(place.file).append(":").append(std::to_string(place.line)).append(" ");
+    }
+  });
+  preprocessor.run(Source::ofText("#include <a>\n"), "main");
+  EXPECT_EQ(seen,
+            "unknown-directive b:3: the indicated directive is not a recognized preprocessing directive.\na:2 main:1 ");
+}
+
+TEST(DiagnosticTest, WarningsMakeNoErrors) {
+  int warnings = 0;
+  Preprocessor preprocessor;
+  preprocessor.setDiagnosticSink([&warnings](const Diagnostic& diagnostic) {
+    EXPECT_EQ(diagnostic.severity, Severity::Warning);
+    EXPECT_EQ(diagnostic.place.file, "main");
+    EXPECT_EQ(diagnostic.place.line, 2 + warnings);
+    ++warnings;
+  });
+  const Result result = preprocessor.run(Source::ofText("#define A 1\n#define A 2\n/*"), "main");
+  EXPECT_EQ(warnings, 2);
+  EXPECT_EQ(result.status, Status::Clean);
+  EXPECT_FALSE(result.hasErrors);
+}
+
+// ---- How runs end ----
+
+TEST(StatusTest, ADivisionByZeroIsAStatus) {
+  const Result result = run("x\n#include <a>\ny\n", {{"a", "z\n#if 1/0\n#endif\n"}});
+  EXPECT_EQ(result.status, Status::DivisionByZero);
+  EXPECT_FALSE(result.hasErrors);
+  EXPECT_EQ(result.output, "#line 1 \"main\"\nx\n#line 1 \"a\"\nz\n");
+  EXPECT_EQ(result.endFile, "a");
+  EXPECT_EQ(result.endLine, 2);
+}
+
+TEST(StatusTest, ACallersExceptionComesBack) {
+  const auto messageOf = [](const Result& result) -> std::string {
+    EXPECT_EQ(result.status, Status::CallbackFailed);
+    try {
+      std::rethrow_exception(result.exception);
+    } catch (const std::runtime_error& error) {
+      return error.what();
+    }
+  };
+  Preprocessor preprocessor;
+  preprocessor.setResolver(
+      [](const IncludeRequest&) -> std::optional<Include> { throw std::runtime_error("resolver"); });
+  Result result = preprocessor.run(Source::ofText("x\n#include <a>\n"), "main");
+  EXPECT_EQ(messageOf(result), "resolver");
+  EXPECT_EQ(result.output, "#line 1 \"main\"\nx\n");
+  EXPECT_EQ(result.endLine, 2);
+  result = preprocessor.run(
+      Source::ofReader([](char*, std::size_t) -> std::ptrdiff_t { throw std::runtime_error("reader"); }));
+  EXPECT_EQ(messageOf(result), "reader");
+  preprocessor.setDiagnosticSink([](const Diagnostic&) { throw std::runtime_error("diagnostics"); });
+  result = preprocessor.run(Source::ofText("x\n#wrong\n"), "main");
+  EXPECT_EQ(messageOf(result), "diagnostics");
+  EXPECT_EQ(result.output, "#line 1 \"main\"\nx\n");
+  preprocessor.setOutputSink([](std::string_view) { throw std::runtime_error("output"); });
+  EXPECT_EQ(messageOf(preprocessor.run(Source::ofText("x\n"), "main")), "output");
+  // And the object is as good as new.
+  preprocessor.setOutputSink(nullptr);
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "main").output, "#line 1 \"main\"\nx\n");
+}
+
+TEST(LimitsTest, IncludeDepth) {
+  const Files files = {{"a", "a\n#include <a>\n"}};
+  Preprocessor preprocessor;
+  preprocessor.setResolver(resolverOf(files));
+  preprocessor.setLimits({2, 0, 0, {}});
+  const Result result = preprocessor.run(Source::ofText("#include <a>\n"), "main");
+  EXPECT_EQ(result.status, Status::LimitReached);
+  EXPECT_EQ(result.limit, Limit::IncludeDepth);
+  EXPECT_EQ(result.output, "#line 1 \"main\"\n#line 1 \"a\"\na\n#line 1 \"a\"\na\n");
+  EXPECT_EQ(result.endFile, "a");
+  EXPECT_EQ(result.endLine, 2);
+}
+
+TEST(LimitsTest, ExpansionWork) {
+  Preprocessor preprocessor;
+  preprocessor.setLimits({0, 1'000'000, 0, {}});
+  const Result result =
+      preprocessor.run(Source::ofText("#define f(x) x x\ny\n" + repeat(40, "f(") + "a" + repeat(40, ")")), "main");
+  EXPECT_EQ(result.status, Status::LimitReached);
+  EXPECT_EQ(result.limit, Limit::ExpansionWork);
+  EXPECT_EQ(result.output, "#line 1 \"main\"\n#line 2 \"main\"\ny\n");
+}
+
+TEST(LimitsTest, OutputBytes) {
+  for (const std::uint64_t limit : {1U, 20U, 70'000U, 200'000U}) {
+    Preprocessor preprocessor;
+    preprocessor.setLimits({0, 0, limit, {}});
+    const std::string source = repeat(100'000, "text\n");
+    const Result result = preprocessor.run(Source::borrowing(source), "main");
+    EXPECT_EQ(result.status, Status::LimitReached);
+    EXPECT_EQ(result.limit, Limit::OutputBytes);
+    EXPECT_TRUE(result.output == ("#line 1 \"main\"\n" + source).substr(0, limit));
+  }
+  Preprocessor preprocessor;
+  preprocessor.setLimits({0, 0, 17, {}});
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "main").status, Status::Clean);
+}
+
+TEST(LimitsTest, Time) {
+  Preprocessor preprocessor;
+  preprocessor.setLimits({0, 0, 0, std::chrono::milliseconds(20)});
+  const auto blanks = [](char* to, std::size_t size) {
+    std::fill_n(to, size, ' ');
+    return static_cast<std::ptrdiff_t>(size);
+  };
+  EXPECT_EQ(preprocessor.run(Source::ofReader(blanks)).limit, Limit::Time);
+  const std::string source = "#define f(x) x x\n" + repeat(40, "f(") + "a" + repeat(40, ")");
+  EXPECT_EQ(preprocessor.run(Source::borrowing(source)).limit, Limit::Time);
+}
+
+TEST(CancelTest, EndsTheRunUnderWayOrTheNext) {
+  Preprocessor preprocessor;
+  preprocessor.cancel();
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "main").status, Status::Cancelled);
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "main").status, Status::Clean);
+  std::thread other;
+  const auto endless = [&](char* to, std::size_t size) {
+    if (!other.joinable()) {
+      other = std::thread([&preprocessor] { preprocessor.cancel(); });
+    }
+    std::fill_n(to, size, '\n');
+    return static_cast<std::ptrdiff_t>(size);
+  };
+  preprocessor.setOutputSink([](std::string_view) {});
+  EXPECT_EQ(preprocessor.run(Source::ofReader(endless)).status, Status::Cancelled);
+  other.join();
+}
+
+// ---- The line map ----
+
+TEST(LineMapTest, TellsWhatTheLineDirectivesTell) {
+  const Files files = {{"a", "one\ntwo\n"}};
+  for (const bool areWritten : {true, false}) {
+    Preprocessor preprocessor;
+    preprocessor.setResolver(resolverOf(files));
+    preprocessor.setLineDirectives(areWritten);
+    preprocessor.setLineMap(true);
+    const Result result =
+        preprocessor.run(Source::ofText("x\n#include <a>\n#define A\ny\n#line 70 \"other\"\nz\n"), "main");
+    using Reason = LineMap::Reason;
+    const auto directive = [areWritten](const std::string& text) { return areWritten ? "#line " + text + "\n" : ""; };
+    EXPECT_EQ(result.output, directive("1 \"main\"") + "x\n" + directive("1 \"a\"") + "one\ntwo\n" +
+                                 directive("3 \"main\"") + directive("4 \"main\"") + "y\n" + directive("70 \"other\"") +
+                                 "z\n");
+    EXPECT_EQ(result.lineMap.files, (std::vector<std::string>{"main", "a", "other"}));
+    struct Row {
+      Reason reason;
+      std::size_t file;
+      std::int32_t line;
+      const char* text;
+    };
+    const std::vector<Row> rows = {{Reason::Start, 0, 1, "x\n"},
+                                   {Reason::Entered, 1, 1, "one\n"},
+                                   {Reason::Returned, 0, 3, ""},
+                                   {Reason::Corrected, 0, 4, "y\n"},
+                                   {Reason::Renumbered, 2, 70, "z\n"}};
+    ASSERT_EQ(result.lineMap.entries.size(), rows.size());
+    for (std::size_t at = 0; at < rows.size(); ++at) {
+      const LineMap::Entry& entry = result.lineMap.entries[at];
+      EXPECT_EQ(entry.reason, rows[at].reason) << at;
+      EXPECT_EQ(entry.file, rows[at].file) << at;
+      EXPECT_EQ(entry.line, rows[at].line) << at;
+      EXPECT_TRUE(std::string_view(result.output).substr(entry.offset).starts_with(rows[at].text)) << at;
+      EXPECT_EQ(entry.outputLine, 1 + static_cast<std::uint64_t>(std::count(
+                                          result.output.begin(),
+                                          result.output.begin() + static_cast<std::ptrdiff_t>(entry.offset), '\n')));
+    }
+    const Place two = result.lineMap.find(result.lineMap.entries[1].outputLine + 1);
+    EXPECT_EQ(two.file, "a");
+    EXPECT_EQ(two.line, 2);
+  }
+}
+
+TEST(LineMapTest, IsEmptyUnlessItIsAskedFor) {
+  const Result result = run("x\n");
+  EXPECT_TRUE(result.lineMap.entries.empty());
+  EXPECT_TRUE(result.lineMap.files.empty());
+  EXPECT_EQ(result.lineMap.find(1).line, 0);
+}
+
+}  // namespace
+}  // namespace qnpp

@@ -17,13 +17,15 @@ std::optional<IncludeName> readIncludeName(TokenStream& operand, MessageSink& me
     result.name = operand.text().substr(1, operand.text().size() - 2);
   } else if (form == '<') {
     // Blanks count here, and only a ">" that is a token of its own ends the name.
-    CppTokenKind kind = operand.get();
-    for (; kind != '>' && kind != TK_NEWLINE && kind != TK_END; kind = operand.get()) {
+    CppTokenKind kind = operand.peek();
+    for (; kind != '>' && kind != TK_NEWLINE && kind != TK_END; kind = operand.peek()) {
+      operand.get();
       result.name.append(operand.text());
     }
     if (kind != '>') {
       return fail(Message::FileNameExpected);
     }
+    operand.get();
   } else {
     return fail(Message::FileNameExpected);
   }

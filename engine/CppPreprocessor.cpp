@@ -5,7 +5,7 @@
 namespace qnpp {
 
 // Tells the end of files, and opens them for the search.
-class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOpener {
+class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOpener, public NameExpander {
  public:
   explicit Hooks(CppPreprocessor& preprocessor) : preprocessor_(preprocessor) {}
 
@@ -14,6 +14,8 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     preprocessor_.includeLines_.pop_back();
     preprocessor_.markLine(LineMark::Returned);
   }
+
+  bool expandNext() override { return preprocessor_.expander_.pushFinalTokens(); }
 
   std::unique_ptr<CppFileScanner> open(const std::string& path) override {
     return scannerOf(path, std::make_unique<InputFile>(path));
@@ -36,6 +38,7 @@ CppPreprocessor::CppPreprocessor(Host& host, Budget& budget)
       hooks_(std::make_unique<Hooks>(*this)),
       stream_(names_, lexerContext_, *hooks_),
       diagnostics_(host, stream_, includeLines_),
+      evaluator_(stream_, diagnostics_, hooks_.get()),
       includes_(*hooks_) {
   output_.attach(host);
 }
@@ -62,7 +65,7 @@ FilePlace CppPreprocessor::place() const {
 }
 
 void CppPreprocessor::evaluate(CppExprValue& result, bool& ok) {
-  const ExpressionEvaluator::Result evaluated = evaluator_.evaluate();
+  const ExpressionEvaluator::Result evaluated = evaluator_.evaluate(false);
   result = evaluated.value;
   ok = ok && evaluated.isOk;
 }

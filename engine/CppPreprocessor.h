@@ -78,6 +78,7 @@ class CppPreprocessor {
   void writeTextLine(CppTokenKind kind);
   void handleTextToken(CppTokenKind kind);
   void processDirective();
+  void carryOutDirective(CppTokenKind kind);
   void checkEndOfFile();
 
   // ---- Directives (engine/Directives.cpp). Each is called behind its word and reads the rest of the line. ----
@@ -96,7 +97,8 @@ class CppPreprocessor {
 
   bool openConditional();
   void evaluateCondition();
-  void readOperand(bool isCondition);
+  template <typename Read>
+  void readOperand(bool isCondition, Read read);
   void renumber();
 
   void reportError(Message message, std::string_view detail = {}) { diagnostics_.report(message, detail); }
@@ -117,7 +119,7 @@ class CppPreprocessor {
   Diagnostics diagnostics_;
   MacroExpander expander_{lexerContext_, names_, stream_, macroTable_, diagnostics_};
   ConditionalStack conditionals_;
-  ExpressionEvaluator evaluator_{stream_, diagnostics_};
+  ExpressionEvaluator evaluator_;
   IncludeSearch includes_;
   TokenList operand_;         // Of the directive being carried out.
   std::string leadingSpace_;  // Of the line being read.

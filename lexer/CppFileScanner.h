@@ -48,6 +48,16 @@ class CppFileScanner final : public CppScanner {
   /// The name table's entry for the current token, if that is a name with one; null otherwise.
   Name* name() const { return name_; }
 
+  /// Text of the token that has been looked at.
+  std::string_view nextText() const { return lexer_->text(); }
+
+  /// Passes over the beginning of a directive, see CppLexer::passDirectiveWord. Only at the start of a line.
+  CppTokenKind passDirectiveWord();
+  /// Whether the rest of the line may be read as it stands, see CppLexer::isRestPlain. Only in the middle of a line.
+  bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
+    return kShortcuts && !hasPeek_ && !atLineStart_ && lexer_->isRestPlain(accepts);
+  }
+
   /// Passes over blanks in the middle of a line; perhaps not over all. Returns whether there were any.
   bool passBlanks() { return kShortcuts && !hasPeek_ && !atLineStart_ && lexer_->passBlanks(); }
 

@@ -21,7 +21,14 @@ Name* TokenStream::name() {
   return found != nullptr ? found : context_.names.find(text());
 }
 
+Name* TokenStream::nextName() {
+  return isInFile_ ? names_.find(fileSource().nextText()) : listSource().nextSpelling()->name;
+}
+
 void TokenStream::skipBlanks() {
+  if (isInFile_) {
+    fileSource().passBlanks();
+  }
   while (isBlank(peek())) {
     get();
   }

@@ -81,6 +81,9 @@ void CppPreprocessor::handleIfdef(bool wantDefined) {
   const Name* const name = stream_.name();
   const bool isDefined = name != nullptr && name->macro != nullptr;
   conditionals_.setGroup(isDefined == wantDefined);
+  if (isDefined && !wantDefined) {
+    guardedFiles_.seeGuard(*name);
+  }
   stream_.skipBlanks();
   if (stream_.peek() == TK_NEWLINE) {
     stream_.get();
@@ -126,26 +129,39 @@ void CppPreprocessor::checkEndOfFile() {
 // ---- Other directives ----
 
 void CppPreprocessor::handleInclude() {
-  IncludedFile included;
+  bool isFound = false;
   std::int32_t line = 0;
-  readOperand(false, [this, &included, &line](bool /*isInLine*/) {
+  readOperand(false, [this, &isFound, &line](bool /*isInLine*/) {
     const std::optional<IncludeName> name = readIncludeName(stream_, diagnostics_);
     line = stream_.file()->line();
     if (name) {
-      included = findFile(*name);
-      if (included.file != nullptr) {
-        host_.enter({*name, place(), included.file->fileName(), included.origin}, stream_.files().size());
+      const std::optional<IncludeOrigin> origin = findFile(*name);
+      isFound = origin.has_value();
+      if (isFound) {
+        host_.enter({*name, place(), found_.path, *origin}, stream_.files().size());
       } else {
         reportError(Message::CannotOpenFile, name->name);
       }
     }
   });
-  if (included.file != nullptr) {
+  if (isFound) {
     includeLines_.push_back(line);
-    conditionals_.enterFile();
-    stream_.pushFile(std::move(included.file));
-    markLine(LineMark::Entered);
+    enterFile();
   }
+}
+
+void CppPreprocessor::enterFile() {
+  if (found_.file == nullptr) {
+    markLine(LineMark::Entered, {found_.path, 1});
+    output_.writeLineEnds(found_.lineEnds);
+    includeLines_.pop_back();
+    markLine(LineMark::Returned);
+    return;
+  }
+  conditionals_.enterFile();
+  stream_.pushFile(std::move(found_.file));
+  markLine(LineMark::Entered);
+  guardedFiles_.enter(traces());
 }
 
 void CppPreprocessor::handleLine() {

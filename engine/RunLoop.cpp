@@ -59,6 +59,7 @@ void CppPreprocessor::collectLeadingSpace() {
 }
 
 void CppPreprocessor::writeTextLine(CppTokenKind kind) {
+  guardedFiles_.seeText();
   if (output_.line() != stream_.file()->line()) {
     markLine(LineMark::Corrected);
   }
@@ -88,6 +89,7 @@ void CppPreprocessor::processDirective() {
 }
 
 void CppPreprocessor::carryOutDirective(CppTokenKind kind) {
+  guardedFiles_.seeDirective(kind, conditionals_.isSkipping(), conditionals_.depth(), effectCount_);
   if (conditionals_.isSkipping() && !isConditional(kind)) {
     // One token is read whatever it is. Behind a "#" that stands alone, whose line end has just been taken, it is the
     // first of the next line, and that line goes with it even if it is a directive.

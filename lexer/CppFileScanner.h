@@ -4,11 +4,13 @@
 #include <cstdint>
 #include <istream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "lexer/CppLexer.h"
 #include "lexer/CppScanner.h"
+#include "lexer/InputFile.h"
 #include "lexer/LineNumber.h"
 #include "lexer/Shortcuts.h"
 
@@ -27,6 +29,13 @@ class CppFileScanner final : public CppScanner {
   CppFileScanner(std::string name, std::unique_ptr<std::istream> input, const LexerContext& context);
 
   bool openFailed() const { return lexer_ == nullptr; }
+
+  /// To be told the stamp that the file had when it was opened, if it has one.
+  void setStamp(const std::optional<FileStamp>& stamp) { stamp_ = stamp; }
+  /// The stamp of the file if it is surely that of the bytes read, all of them; to be asked at the end of the input.
+  std::optional<FileStamp> stamp() const {
+    return stamp_ && stamp_->size == lexer_->bytesRead() ? stamp_ : std::nullopt;
+  }
 
   /// The name in messages and line directives.
   const std::string& fileName() const { return fileName_; }
@@ -74,6 +83,7 @@ class CppFileScanner final : public CppScanner {
   std::string path_;  // If it has another name now.
   bool isRenamed_ = false;
   std::unique_ptr<CppLexer> lexer_;
+  std::optional<FileStamp> stamp_;
   Name* name_ = nullptr;
   const HideSet emptyHideSet_;
   std::int32_t linesLookedAt_ = 0;  // Line ends of the token that has been looked at.

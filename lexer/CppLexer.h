@@ -71,6 +71,9 @@ class CppLexer final : public yyCppFlexLexer {
   /// How much of the input it and the tokens before it are.
   std::uint64_t endOffset() const { return offsetOf(yytext) + static_cast<std::uint64_t>(yyleng); }
 
+  /// How much of the input has been read into the buffer.
+  std::uint64_t bytesRead() const { return bytesRead_; }
+
   /// Number of the line being read, from 1: the line ends of all tokens and comments matched so far count.
   std::int32_t line() const { return line_; }
   void setLine(std::int32_t line) { line_ = line; }

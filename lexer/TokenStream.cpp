@@ -22,7 +22,7 @@ Name* TokenStream::name() {
 }
 
 Name* TokenStream::nextName() {
-  return isInFile_ ? names_.find(fileSource().nextText()) : listSource().nextSpelling()->name;
+  return isInFile_ ? context_.names.find(fileSource().nextText()) : listSource().nextSpelling()->name;
 }
 
 void TokenStream::skipBlanks() {

@@ -19,6 +19,9 @@ class ConditionalStack {
   /// Whether the current group is skipped.
   bool isSkipping() const { return isSkipping_; }
 
+  /// How many conditionals of the current file are open.
+  std::size_t depth() const { return enclosing_.size() - fileBase_; }
+
   /// At an `#if`, `#ifdef` or `#ifndef`. Returns false inside a skipped group: the conditional is only counted there,
   /// and its line means nothing. Otherwise `setGroup` has to follow.
   bool open();

@@ -150,7 +150,9 @@ std::uint32_t parseInteger(std::string_view text, int base) {
 
 }  // namespace
 
-ExpressionEvaluator::Result ExpressionEvaluator::evaluate() {
+ExpressionEvaluator::Result ExpressionEvaluator::evaluate(bool isInLine) {
+  expandsNames_ = isInLine;
+  isProtected_ = isBehindDefined_ = false;
   isOk_ = true;
   waiting_.clear();
   for (;;) {
@@ -161,8 +163,23 @@ ExpressionEvaluator::Result ExpressionEvaluator::evaluate() {
   }
 }
 
-CppTokenKind ExpressionEvaluator::peek() { return peekOperandToken(stream_); }
-CppTokenKind ExpressionEvaluator::get() { return nextOperandToken(stream_); }
+CppTokenKind ExpressionEvaluator::peek() {
+  for (;;) {
+    const CppTokenKind kind = peekOperandToken(stream_);
+    if (!expandsNames_ || isProtected_ || !isName(kind) || !names_->expandNext()) {
+      return kind;
+    }
+  }
+}
+
+// Takes what has been looked at. A name behind `defined`, or behind a parenthesis there, is not expanded: not even
+// where that is no operand, as in `defined defined A`.
+CppTokenKind ExpressionEvaluator::get() {
+  const CppTokenKind kind = nextOperandToken(stream_);
+  isProtected_ = kind == TK_DEFINED || (kind == '(' && isBehindDefined_);
+  isBehindDefined_ = kind == TK_DEFINED;
+  return kind;
+}
 
 CppExprValue ExpressionEvaluator::fail(Message message) {
   messages_.report(message);

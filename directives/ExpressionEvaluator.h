@@ -20,6 +20,17 @@ class DivisionByZero : public std::exception {
   const char* what() const noexcept override { return "division by zero in a constant expression"; }
 };
 
+/// Expands names in an expression that is read from the line itself.
+class NameExpander {
+ public:
+  /// The next token of the stream is a name. If it is a macro that is to be expanded, takes it, makes its expansion the
+  /// current source and returns true.
+  virtual bool expandNext() = 0;
+
+ protected:
+  ~NameExpander() = default;
+};
+
 /// Evaluates constant expressions. Values have 32 bits and a sign or none; every operand is evaluated, there is no
 /// short circuit.
 class ExpressionEvaluator {
@@ -29,12 +40,14 @@ class ExpressionEvaluator {
     bool isOk = true;  ///< False when something in the expression was wrong; that has been reported.
   };
 
-  /// Both are borrowed and outlive the object.
-  ExpressionEvaluator(TokenStream& stream, MessageSink& messages) : stream_(stream), messages_(messages) {}
+  /// All are borrowed and outlive the object.
+  ExpressionEvaluator(TokenStream& stream, MessageSink& messages, NameExpander* names = nullptr)
+      : stream_(stream), messages_(messages), names_(names) {}
 
-  /// Reads one expression, its macros already expanded, from the current source, and evaluates it. What is behind it is
-  /// left. Evaluation goes on behind errors. Throws DivisionByZero.
-  Result evaluate();
+  /// Reads one expression from the current source and evaluates it. What is behind it is left. Evaluation goes on
+  /// behind errors. Throws DivisionByZero. Its macros have been expanded already, unless `isInLine`: then names are
+  /// expanded as they are met.
+  Result evaluate(bool isInLine = false);
 
  private:
   CppTokenKind peek();
@@ -51,6 +64,10 @@ class ExpressionEvaluator {
 
   TokenStream& stream_;
   MessageSink& messages_;
+  NameExpander* const names_;
+  bool expandsNames_ = false;
+  bool isProtected_ = false;      // The next token, if it is a name.
+  bool isBehindDefined_ = false;  // That was the last token taken.
   bool isOk_ = true;
   std::vector<WaitingOperator> waiting_;  // What waits for an operand, innermost last.
 };

@@ -17,13 +17,15 @@ std::optional<IncludeName> readIncludeName(TokenStream& operand, MessageSink& me
     result.name = operand.text().substr(1, operand.text().size() - 2);
   } else if (form == '<') {
     // Blanks count here, and only a ">" that is a token of its own ends the name.
-    CppTokenKind kind = operand.get();
-    for (; kind != '>' && kind != TK_NEWLINE && kind != TK_END; kind = operand.get()) {
+    CppTokenKind kind = operand.peek();
+    for (; kind != '>' && kind != TK_NEWLINE && kind != TK_END; kind = operand.peek()) {
+      operand.get();
       result.name.append(operand.text());
     }
     if (kind != '>') {
       return fail(Message::FileNameExpected);
     }
+    operand.get();
   } else {
     return fail(Message::FileNameExpected);
   }
@@ -34,18 +36,23 @@ std::optional<IncludeName> readIncludeName(TokenStream& operand, MessageSink& me
   return result;
 }
 
-IncludedFile IncludeSearch::find(const IncludeName& name, std::string_view includer) {
-  IncludedFile found;
+std::optional<IncludeOrigin> IncludeSearch::find(const IncludeName& name, std::string_view includer) {
   if (isAbsoluteName(name.name)) {
-    found = {files_.open(name.name), IncludeOrigin::Absolute};
+    if (files_.open(name.name)) {
+      return IncludeOrigin::Absolute;
+    }
   } else if (name.isQuoted) {
     const std::string directory = directoryOf(includer);
-    found = {files_.open(directory == "." ? name.name : directory + '/' + name.name), IncludeOrigin::BesideIncluder};
+    if (files_.open(directory == "." ? name.name : directory + '/' + name.name)) {
+      return IncludeOrigin::BesideIncluder;
+    }
   }
-  for (auto directory = directories_.begin(); found.file == nullptr && directory != directories_.end(); ++directory) {
-    found = {files_.open(*directory + '/' + name.name), IncludeOrigin::InIncludeDirectory};
+  for (const std::string& directory : directories_) {
+    if (files_.open(directory + '/' + name.name)) {
+      return IncludeOrigin::InIncludeDirectory;
+    }
   }
-  return found;
+  return std::nullopt;
 }
 
 }  // namespace qnpp

@@ -2,14 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "lexer/CppFileScanner.h"
 #include "lexer/Messages.h"
 #include "lexer/TokenStream.h"
 
@@ -27,16 +25,11 @@ std::optional<IncludeName> readIncludeName(TokenStream& operand, MessageSink& me
 /// Where a file was found.
 enum class IncludeOrigin : std::uint8_t { Absolute, BesideIncluder, InIncludeDirectory, Elsewhere };
 
-struct IncludedFile {
-  std::unique_ptr<CppFileScanner> file;  ///< Null: there is none.
-  IncludeOrigin origin = IncludeOrigin::Elsewhere;
-};
-
-/// Opens files for the search.
+/// Opens files for the search, and keeps the one that was found.
 class FileOpener {
  public:
-  /// The file of this path; null when it cannot be opened.
-  virtual std::unique_ptr<CppFileScanner> open(const std::string& path) = 0;
+  /// Opens the file of this path; false when it cannot be opened.
+  virtual bool open(const std::string& path) = 0;
 
  protected:
   ~FileOpener() = default;
@@ -51,8 +44,9 @@ class IncludeSearch {
   void addDirectory(std::string directory) { directories_.push_back(std::move(directory)); }
 
   /// The first file that opens: the name itself when it is absolute; else, in the quoted form, the name in the
-  /// directory of the includer, as that is called now; then the name in each include directory.
-  IncludedFile find(const IncludeName& name, std::string_view includer);
+  /// directory of the includer, as that is called now; then the name in each include directory. None when there is no
+  /// such file.
+  std::optional<IncludeOrigin> find(const IncludeName& name, std::string_view includer);
 
  private:
   FileOpener& files_;

@@ -1,4 +1,5 @@
-// Operands of #if, #elif, #include and #line, which are read from a closed source over the expanded tokens of the line.
+// Operands of #if, #elif, #include and #line. They are read from a closed source over the expanded tokens of the line;
+// or from the line itself, where its line end, which stays, is the end of the operand.
 #pragma once
 
 #include "lexer/Messages.h"
@@ -9,12 +10,13 @@ namespace qnpp {
 /// The next token of an operand: white space there means nothing. TK_END at the end of the operand.
 inline CppTokenKind peekOperandToken(TokenStream& operand) {
   operand.skipBlanks();
-  return operand.peek();
+  const CppTokenKind kind = operand.peek();
+  return kind == TK_NEWLINE && operand.isInFile() ? TK_END : kind;
 }
 
 inline CppTokenKind nextOperandToken(TokenStream& operand) {
-  operand.skipBlanks();
-  return operand.get();
+  const CppTokenKind kind = peekOperandToken(operand);
+  return kind == TK_END ? TK_END : operand.get();
 }
 
 /// Reports tokens that are left.

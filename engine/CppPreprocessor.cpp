@@ -1,28 +1,51 @@
 #include "engine/CppPreprocessor.h"
 
 #include "lexer/InputFile.h"
+#include "lexer/Shortcuts.h"
 
 namespace qnpp {
 
 // Tells the end of files, and opens them for the search.
-class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOpener {
+class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOpener, public NameExpander {
  public:
   explicit Hooks(CppPreprocessor& preprocessor) : preprocessor_(preprocessor) {}
 
-  void fileEnded() override { preprocessor_.checkEndOfFile(); }
+  void fileEnded() override {
+    preprocessor_.checkEndOfFile();
+    const CppFileScanner& file = *preprocessor_.stream_.file();
+    preprocessor_.guardedFiles_.leave(file.fileName(), file.stamp(), preprocessor_.stream_.files().size(),
+                                      preprocessor_.traces());
+  }
   void fileResumed() override {
     preprocessor_.includeLines_.pop_back();
     preprocessor_.markLine(LineMark::Returned);
   }
 
-  std::unique_ptr<CppFileScanner> open(const std::string& path) override {
-    return scannerOf(path, std::make_unique<InputFile>(path));
+  bool expandNext() override { return preprocessor_.expander_.pushFinalTokens(); }
+
+  bool open(const std::string& path) override {
+    const std::size_t depth = preprocessor_.stream_.files().size() + 1;
+    if (const auto lineEnds = preprocessor_.guardedFiles_.find(path, depth); kShortcuts && lineEnds) {
+      preprocessor_.found_ = {nullptr, path, *lineEnds};
+      return true;
+    }
+    auto input = std::make_unique<InputFile>(path);
+    const std::optional<FileStamp> stamp = input->stamp();
+    if (!open(path, std::move(input))) {
+      return false;
+    }
+    preprocessor_.found_.file->setStamp(stamp);
+    return true;
   }
 
-  // Null when the file could not be opened.
-  std::unique_ptr<CppFileScanner> scannerOf(std::string path, std::unique_ptr<std::istream> input) {
-    auto file = std::make_unique<CppFileScanner>(std::move(path), std::move(input), preprocessor_.lexerContext_);
-    return file->openFailed() ? nullptr : std::move(file);
+  // False when the file could not be opened.
+  bool open(std::string path, std::unique_ptr<std::istream> input) {
+    auto file = std::make_unique<CppFileScanner>(path, std::move(input), preprocessor_.lexerContext_);
+    if (file->openFailed()) {
+      return false;
+    }
+    preprocessor_.found_ = {std::move(file), std::move(path)};
+    return true;
   }
 
  private:
@@ -36,6 +59,7 @@ CppPreprocessor::CppPreprocessor(Host& host, Budget& budget)
       hooks_(std::make_unique<Hooks>(*this)),
       stream_(names_, lexerContext_, *hooks_),
       diagnostics_(host, stream_, includeLines_),
+      evaluator_(stream_, diagnostics_, hooks_.get()),
       includes_(*hooks_) {
   output_.attach(host);
 }
@@ -62,27 +86,28 @@ FilePlace CppPreprocessor::place() const {
 }
 
 void CppPreprocessor::evaluate(CppExprValue& result, bool& ok) {
-  const ExpressionEvaluator::Result evaluated = evaluator_.evaluate();
+  const ExpressionEvaluator::Result evaluated = evaluator_.evaluate(false);
   result = evaluated.value;
   ok = ok && evaluated.isOk;
 }
 
 // ---- Included files ----
 
-IncludedFile CppPreprocessor::findFile(const IncludeName& name) {
+std::optional<IncludeOrigin> CppPreprocessor::findFile(const IncludeName& name) {
   const CppFileScanner& includer = *stream_.file();
   if (!host_.isResolver()) {
     return includes_.find(name, includer.fileName());
   }
   auto found = host_.resolve(name, place(), includer.path());
-  return {found ? hooks_->scannerOf(std::move(found->path), std::move(found->input)) : nullptr,
-          IncludeOrigin::Elsewhere};
+  const bool isFound = found && hooks_->open(std::move(found->path), std::move(found->input));
+  return isFound ? std::optional(IncludeOrigin::Elsewhere) : std::nullopt;
 }
 
 // ---- Line directives: which source line the next output line stands for ----
 
-void CppPreprocessor::markLine(LineMark mark) {
-  const FilePlace now = place();
+void CppPreprocessor::markLine(LineMark mark) { markLine(mark, place()); }
+
+void CppPreprocessor::markLine(LineMark mark, const FilePlace& now) {
   if (writesLineDirectives_) {
     writeLineDirective(now.line, now.file);
   }

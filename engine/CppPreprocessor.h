@@ -11,6 +11,7 @@
 
 #include "directives/ConditionalStack.h"
 #include "directives/ExpressionEvaluator.h"
+#include "directives/GuardedFiles.h"
 #include "directives/IncludeSearch.h"
 #include "engine/Diagnostics.h"
 #include "engine/Host.h"
@@ -71,6 +72,13 @@ class CppPreprocessor {
  private:
   class Hooks;
 
+  // What an `#include` names: a file that has been opened, or the path of one that is known to stand for line ends.
+  struct FoundFile {
+    std::unique_ptr<CppFileScanner> file;
+    std::string path;
+    std::uint64_t lineEnds = 0;
+  };
+
   // ---- The run loop (engine/RunLoop.cpp) ----
   void processLines();
   void processLine();
@@ -78,6 +86,7 @@ class CppPreprocessor {
   void writeTextLine(CppTokenKind kind);
   void handleTextToken(CppTokenKind kind);
   void processDirective();
+  void carryOutDirective(CppTokenKind kind);
   void checkEndOfFile();
 
   // ---- Directives (engine/Directives.cpp). Each is called behind its word and reads the rest of the line. ----
@@ -95,14 +104,18 @@ class CppPreprocessor {
   void handleError();
 
   bool openConditional();
+  void enterFile();
   void evaluateCondition();
-  void readOperand(bool isCondition);
+  template <typename Read>
+  void readOperand(bool isCondition, Read read);
   void renumber();
 
   void reportError(Message message, std::string_view detail = {}) { diagnostics_.report(message, detail); }
-  IncludedFile findFile(const IncludeName& name);
+  std::optional<IncludeOrigin> findFile(const IncludeName& name);
   void markLine(LineMark mark);
+  void markLine(LineMark mark, const FilePlace& now);
   void writeLineDirective(std::int32_t line, std::string_view name);
+  GuardedFiles::Traces traces() const { return {output_.position(), diagnostics_.count(), effectCount_}; }
 
   Host& host_;
   Budget& budget_;
@@ -117,8 +130,10 @@ class CppPreprocessor {
   Diagnostics diagnostics_;
   MacroExpander expander_{lexerContext_, names_, stream_, macroTable_, diagnostics_};
   ConditionalStack conditionals_;
-  ExpressionEvaluator evaluator_{stream_, diagnostics_};
+  ExpressionEvaluator evaluator_;
   IncludeSearch includes_;
+  GuardedFiles guardedFiles_;
+  FoundFile found_;           // By the search of an `#include`.
   TokenList operand_;         // Of the directive being carried out.
   std::string leadingSpace_;  // Of the line being read.
   bool writesLineDirectives_ = true;

@@ -5,6 +5,7 @@
 #include "directives/PragmaOperator.h"
 #include "engine/CppPreprocessor.h"
 #include "macros/Define.h"
+#include "macros/FinalText.h"
 
 namespace qnpp {
 
@@ -12,15 +13,31 @@ void CppPreprocessor::handleDefine() { carryOutDefine(stream_, macroTable_, diag
 
 void CppPreprocessor::handleUndef() { carryOutUndef(stream_, macroTable_, diagnostics_); }
 
-// Reads the rest of the line with its white space into `operand_`, macros expanded. The line end has been looked at,
-// but stays. Under a Hold.
-void CppPreprocessor::readOperand(bool isCondition) {
+// Lets `read` read the rest of the line as an operand, macros expanded, and takes the line end.
+//
+// In general the tokens of the line are collected with their white space, expanded, and read back from a closed source.
+// Where nothing but reading the operand can be noticed, because the line is plain and so are the macros in it, the
+// operand is read right from the line: `read` is told so, since it has to expand the names of a condition then.
+template <typename Read>
+void CppPreprocessor::readOperand(bool isCondition, Read read) {
+  const auto acceptNone = [](Name& /*name*/, const NameTable& /*names*/) { return false; };
+  if (stream_.isRestPlain(isCondition ? findFinalText : acceptNone)) {
+    read(true);
+    stream_.discardLine();
+    return;
+  }
+  const TokenStream::Hold hold(stream_);
   operand_.clear();
   for (CppTokenKind kind = stream_.peek(); kind != TK_NEWLINE && kind != TK_END; kind = stream_.peek()) {
     stream_.get();
     stream_.appendCurrent(kind, operand_);
   }
   expander_.expandTokenList(operand_, isCondition);
+  {
+    const TokenStream::Closed source(stream_, operand_);
+    read(false);
+  }
+  stream_.get();  // The line end has been looked at, and is taken only now, so that messages show this line.
 }
 
 // ---- Conditionals ----
@@ -40,19 +57,13 @@ void CppPreprocessor::handleIf() {
 }
 
 void CppPreprocessor::evaluateCondition() {
-  const TokenStream::Hold hold(stream_);
-  readOperand(true);
-  {
-    const TokenStream::Closed source(stream_, operand_);
-    CppExprValue value;
-    bool ok = true;
-    evaluate(value, ok);
-    conditionals_.setGroup(ok && value.value != 0);
-    if (ok) {
+  readOperand(true, [this](bool isInLine) {
+    const auto [value, isOk] = evaluator_.evaluate(isInLine);
+    conditionals_.setGroup(isOk && value.value != 0);
+    if (isOk) {
       checkEndOfOperand(stream_, diagnostics_);
     }
-  }
-  stream_.get();  // The line end.
+  });
 }
 
 void CppPreprocessor::handleIfdef(bool wantDefined) {
@@ -70,6 +81,9 @@ void CppPreprocessor::handleIfdef(bool wantDefined) {
   const Name* const name = stream_.name();
   const bool isDefined = name != nullptr && name->macro != nullptr;
   conditionals_.setGroup(isDefined == wantDefined);
+  if (isDefined && !wantDefined) {
+    guardedFiles_.seeGuard(*name);
+  }
   stream_.skipBlanks();
   if (stream_.peek() == TK_NEWLINE) {
     stream_.get();
@@ -115,43 +129,43 @@ void CppPreprocessor::checkEndOfFile() {
 // ---- Other directives ----
 
 void CppPreprocessor::handleInclude() {
-  std::optional<IncludeName> name;
-  IncludedFile included;
+  bool isFound = false;
   std::int32_t line = 0;
-  {
-    const TokenStream::Hold hold(stream_);
-    readOperand(false);
-    {
-      const TokenStream::Closed source(stream_, operand_);
-      name = readIncludeName(stream_, diagnostics_);
-    }
+  readOperand(false, [this, &isFound, &line](bool /*isInLine*/) {
+    const std::optional<IncludeName> name = readIncludeName(stream_, diagnostics_);
     line = stream_.file()->line();
     if (name) {
-      included = findFile(*name);
-      if (included.file != nullptr) {
-        host_.enter({*name, place(), included.file->fileName(), included.origin}, stream_.files().size());
+      const std::optional<IncludeOrigin> origin = findFile(*name);
+      isFound = origin.has_value();
+      if (isFound) {
+        host_.enter({*name, place(), found_.path, *origin}, stream_.files().size());
       } else {
         reportError(Message::CannotOpenFile, name->name);
       }
     }
-    stream_.get();  // The line end: not before the search, so that its message shows this line.
-  }
-  if (included.file != nullptr) {
+  });
+  if (isFound) {
     includeLines_.push_back(line);
-    conditionals_.enterFile();
-    stream_.pushFile(std::move(included.file));
-    markLine(LineMark::Entered);
+    enterFile();
   }
 }
 
-void CppPreprocessor::handleLine() {
-  const TokenStream::Hold hold(stream_);
-  readOperand(false);
-  {
-    const TokenStream::Closed source(stream_, operand_);
-    renumber();
+void CppPreprocessor::enterFile() {
+  if (found_.file == nullptr) {
+    markLine(LineMark::Entered, {found_.path, 1});
+    output_.writeLineEnds(found_.lineEnds);
+    includeLines_.pop_back();
+    markLine(LineMark::Returned);
+    return;
   }
-  stream_.get();  // The line end.
+  conditionals_.enterFile();
+  stream_.pushFile(std::move(found_.file));
+  markLine(LineMark::Entered);
+  guardedFiles_.enter(traces());
+}
+
+void CppPreprocessor::handleLine() {
+  readOperand(false, [this](bool /*isInLine*/) { renumber(); });
 }
 
 // The number is in force at once, even if what follows is wrong. It is that of this very line: its line end counts.

@@ -19,6 +19,11 @@ void CppPreprocessor::processLines() {
     if (conditionals_.isSkipping()) {
       stream_.skipWholeLines();
     }
+    if (const CppTokenKind directive = stream_.passDirectiveWord(); directive != TK_END) {
+      budget_.spend();
+      carryOutDirective(directive);
+      continue;
+    }
     if (stream_.peek() == TK_END) {
       break;
     }
@@ -54,6 +59,7 @@ void CppPreprocessor::collectLeadingSpace() {
 }
 
 void CppPreprocessor::writeTextLine(CppTokenKind kind) {
+  guardedFiles_.seeText();
   if (output_.line() != stream_.file()->line()) {
     markLine(LineMark::Corrected);
   }
@@ -79,7 +85,11 @@ void CppPreprocessor::handleTextToken(CppTokenKind kind) {
 
 void CppPreprocessor::processDirective() {
   stream_.skipBlanks();
-  const CppTokenKind kind = stream_.get();
+  carryOutDirective(stream_.get());
+}
+
+void CppPreprocessor::carryOutDirective(CppTokenKind kind) {
+  guardedFiles_.seeDirective(kind, conditionals_.isSkipping(), conditionals_.depth(), effectCount_);
   if (conditionals_.isSkipping() && !isConditional(kind)) {
     // One token is read whatever it is. Behind a "#" that stands alone, whose line end has just been taken, it is the
     // first of the next line, and that line goes with it even if it is a directive.

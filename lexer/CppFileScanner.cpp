@@ -53,6 +53,14 @@ CppTokenKind CppFileScanner::copyText() {
   return taken(kind);
 }
 
+CppTokenKind CppFileScanner::passDirectiveWord() {
+  if (!kShortcuts || hasPeek_) {
+    return TK_END;
+  }
+  const CppTokenKind kind = lexer_->passDirectiveWord();
+  return kind == TK_END ? TK_END : taken(kind);
+}
+
 CppTokenKind CppFileScanner::taken(CppTokenKind kind) {
   text_ = lexer_->text();
   if (kind == TK_END) {

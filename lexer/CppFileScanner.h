@@ -4,11 +4,13 @@
 #include <cstdint>
 #include <istream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
 #include "lexer/CppLexer.h"
 #include "lexer/CppScanner.h"
+#include "lexer/InputFile.h"
 #include "lexer/LineNumber.h"
 #include "lexer/Shortcuts.h"
 
@@ -27,6 +29,13 @@ class CppFileScanner final : public CppScanner {
   CppFileScanner(std::string name, std::unique_ptr<std::istream> input, const LexerContext& context);
 
   bool openFailed() const { return lexer_ == nullptr; }
+
+  /// To be told the stamp that the file had when it was opened, if it has one.
+  void setStamp(const std::optional<FileStamp>& stamp) { stamp_ = stamp; }
+  /// The stamp of the file if it is surely that of the bytes read, all of them; to be asked at the end of the input.
+  std::optional<FileStamp> stamp() const {
+    return stamp_ && stamp_->size == lexer_->bytesRead() ? stamp_ : std::nullopt;
+  }
 
   /// The name in messages and line directives.
   const std::string& fileName() const { return fileName_; }
@@ -48,6 +57,16 @@ class CppFileScanner final : public CppScanner {
   /// The name table's entry for the current token, if that is a name with one; null otherwise.
   Name* name() const { return name_; }
 
+  /// Text of the token that has been looked at.
+  std::string_view nextText() const { return lexer_->text(); }
+
+  /// Passes over the beginning of a directive, see CppLexer::passDirectiveWord. Only at the start of a line.
+  CppTokenKind passDirectiveWord();
+  /// Whether the rest of the line may be read as it stands, see CppLexer::isRestPlain. Only in the middle of a line.
+  bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
+    return kShortcuts && !hasPeek_ && !atLineStart_ && lexer_->isRestPlain(accepts);
+  }
+
   /// Passes over blanks in the middle of a line; perhaps not over all. Returns whether there were any.
   bool passBlanks() { return kShortcuts && !hasPeek_ && !atLineStart_ && lexer_->passBlanks(); }
 
@@ -64,6 +83,7 @@ class CppFileScanner final : public CppScanner {
   std::string path_;  // If it has another name now.
   bool isRenamed_ = false;
   std::unique_ptr<CppLexer> lexer_;
+  std::optional<FileStamp> stamp_;
   Name* name_ = nullptr;
   const HideSet emptyHideSet_;
   std::int32_t linesLookedAt_ = 0;  // Line ends of the token that has been looked at.

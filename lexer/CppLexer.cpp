@@ -1,8 +1,10 @@
 #include "lexer/CppLexer.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <utility>
 
 #include "lexer/Block.h"
@@ -32,6 +34,40 @@ Byte* passAll(const ByteSet& set, Byte* at) {
 constexpr std::uint64_t bitsFrom(std::size_t place) { return ~std::uint64_t{0} << place; }
 
 bool isOneOf(char byte, char a, char b) { return byte == a || byte == b; }
+
+// The kind of a directive's word; TK_END for any other.
+CppTokenKind directiveKind(std::string_view word) {
+  struct Entry {
+    std::string_view word;
+    CppTokenKind kind;
+  };
+  constexpr Entry kDirectives[] = {
+      {"if", TK_IF},           {"ifdef", TK_IFDEF},   {"ifndef", TK_IFNDEF}, {"else", TK_ELSE},
+      {"elif", TK_ELIF},       {"endif", TK_ENDIF},   {"define", TK_DEFINE}, {"undef", TK_UNDEF},
+      {"include", TK_INCLUDE}, {"pragma", TK_PRAGMA}, {"line", TK_LINE},     {"error", TK_ERROR},
+  };
+  const auto* const found = std::find_if(std::begin(kDirectives), std::end(kDirectives),
+                                         [word](const Entry& entry) { return entry.word == word; });
+  return found == std::end(kDirectives) ? TK_END : found->kind;
+}
+
+// Whether the word in the text that begins at `begin` stands behind `defined`, or behind a parenthesis there.
+bool isBehindDefined(const char* begin, const char* word) {
+  const auto passBlanksBack = [begin, &word] {
+    while (word != begin && has(kBlanks, word[-1])) {
+      --word;
+    }
+  };
+  passBlanksBack();
+  if (word != begin && word[-1] == '(') {
+    --word;
+    passBlanksBack();
+  }
+  constexpr std::string_view kDefined = "defined";
+  const std::string_view before(begin, static_cast<std::size_t>(word - begin));
+  return before.ends_with(kDefined) &&
+         (before.size() == kDefined.size() || !isWordByte(before[before.size() - kDefined.size() - 1]));
+}
 
 // Behind the number that begins at `at`, by the rules of the tokens: the longest one.
 const char* passNumber(const char* at) {
@@ -97,6 +133,76 @@ CppTokenKind CppLexer::scanAt(char* at) {
 }
 
 void CppLexer::passBlanksInBuffer() { endScan(passAll(kBlanks, beginScan())); }
+
+// The name of a macro or `_Pragma` in the word from `word` to `end`, or null. Moves `word` to where the name begins.
+Name* CppLexer::findMacroName(const char*& word, const char* end) const {
+  while (word != end && has(kDigits, *word)) {
+    word = passNumber(word);  // Behind a number a name may follow directly.
+  }
+  const std::string_view text(word, static_cast<std::size_t>(end - word));
+  const NameTable& names = context_.names;
+  Name* const name = text.empty() || !names.mayBeMacro(text) ? nullptr : names.find(text);
+  return name == nullptr || (name->macro == nullptr && name->spelling.kind != TK_PRAGMA_OP) ? nullptr : name;
+}
+
+// ---- Directives ----
+
+CppTokenKind CppLexer::passDirectiveWord() {
+  if (!isReading()) {
+    return TK_END;
+  }
+  char* at = beginScan();
+  CppTokenKind kind = TK_END;
+  if (char* const hash = passAll(kBlanks, at); *hash == '#') {
+    char* const word = passAll(kBlanks, hash + 1);
+    char* const end = passAll(kWordBytes, word);
+    kind = *end == '\0' ? TK_END : directiveKind({word, static_cast<std::size_t>(end - word)});
+    if (kind != TK_END) {
+      yytext = word;
+      at = end;
+    }
+  }
+  endScan(at);
+  return kind == TK_END ? TK_END : token(kind);
+}
+
+bool CppLexer::isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
+  char* const at = beginScan();
+  const bool isPlain = isPlainUpToLineEnd(at, accepts);
+  endScan(at);
+  return isPlain;
+}
+
+bool CppLexer::isPlainUpToLineEnd(const char* at, bool (*accepts)(Name& name, const NameTable& names)) const {
+  const char* const begin = at;
+  std::uint64_t wordBefore = 0;  // 1 when the byte before `at` belongs to a word that has been looked at.
+  for (;; at += 64) {
+    const Block block(at);
+    const std::uint64_t ends = block.find<'\n'>();
+    const std::uint64_t beforeEnd = ends != 0 ? (ends & (~ends + 1)) - 1 : ~std::uint64_t{0};
+    // A slash before the last byte opens a comment only if one of these is behind it.
+    const std::uint64_t comments = block.find<'/'>() & (block.find<'*', '/'>() >> 1U | std::uint64_t{1} << 63U);
+    if (((block.find<'\\', '\r', '\0'>() | comments) & beforeEnd) != 0) {
+      return false;
+    }
+    const std::uint64_t words = block.words();
+    std::uint64_t begins = words & ~(words << 1U | wordBefore) & beforeEnd;
+    for (; begins != 0; begins &= begins - 1) {
+      const char* word = at + std::countr_zero(begins);
+      if (!context_.names.mayHoldMacro(word)) {
+        continue;
+      }
+      Name* const name = findMacroName(word, passAll(kWordBytes, word));
+      if (name != nullptr && !isBehindDefined(begin, word) && !accepts(*name, context_.names)) {
+        return false;
+      }
+    }
+    if (ends != 0) {
+      return true;
+    }
+    wordBefore = words >> 63U;
+  }
+}
 
 // ---- Text ----
 
@@ -203,17 +309,14 @@ class CppLexer::TextCopy {
 
   // If there is the name of a macro in the word, or `_Pragma`, its final text is written or it is handed out.
   char* replaceName(char* word, char* end) {
-    while (word != end && has(kDigits, *word)) {
-      word += passNumber(word) - word;  // Behind a number a name may follow directly.
-    }
-    const std::string_view text(word, static_cast<std::size_t>(end - word));
-    const NameTable& names = lexer_.context_.names;
-    Name* const name = text.empty() || !names.mayBeMacro(text) ? nullptr : names.find(text);
-    if (name == nullptr || (name->macro == nullptr && name->spelling.kind != TK_PRAGMA_OP)) {
+    const char* first = word;
+    Name* const name = lexer_.findMacroName(first, end);
+    if (name == nullptr) {
       return end;
     }
+    word += first - word;
     writeUpTo(word);
-    if (name->finalText.generation == names.generation()) {
+    if (name->finalText.generation == lexer_.context_.names.generation()) {
       lexer_.context_.output.write(name->finalText.text());
       from_ = end;
       return end;

@@ -71,6 +71,9 @@ class CppLexer final : public yyCppFlexLexer {
   /// How much of the input it and the tokens before it are.
   std::uint64_t endOffset() const { return offsetOf(yytext) + static_cast<std::uint64_t>(yyleng); }
 
+  /// How much of the input has been read into the buffer.
+  std::uint64_t bytesRead() const { return bytesRead_; }
+
   /// Number of the line being read, from 1: the line ends of all tokens and comments matched so far count.
   std::int32_t line() const { return line_; }
   void setLine(std::int32_t line) { line_ = line; }
@@ -95,6 +98,16 @@ class CppLexer final : public yyCppFlexLexer {
     passBlanksInBuffer();
     return true;
   }
+
+  /// From the start of a line: passes over the beginning of a directive that means something, up to behind its word, as
+  /// if its tokens had been asked for, and returns the kind of the word. TK_END, with nothing passed, when something
+  /// else begins the line or it takes more to be sure.
+  CppTokenKind passDirectiveWord();
+
+  /// Whether the rest of the line means what stands there and nothing else: all of it is in the buffer, without
+  /// comments and continued line ends, and ends in "\n"; and `accepts` holds for each macro whose name may be in it,
+  /// but for those behind `defined`.
+  bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names));
 
   /// Passes over the rest of the line, its line end included, as if its tokens had been asked for. Returns false when
   /// the input ended before a line end. To be called in the middle of a line only, so behind some token of it.
@@ -155,6 +168,8 @@ class CppLexer final : public yyCppFlexLexer {
   CppTokenKind scanAt(char* at);
 
   void passBlanksInBuffer();
+  Name* findMacroName(const char*& word, const char* end) const;
+  bool isPlainUpToLineEnd(const char* at, bool (*accepts)(Name& name, const NameTable& names)) const;
 
   // Parts of copyText; see TextCopy.
   class TextCopy;

@@ -5,8 +5,33 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <ctime>
+#include <utility>
 
 namespace qnpp {
+namespace {
+
+std::optional<FileStamp> stampOf(const struct stat& status) {
+  if (!S_ISREG(status.st_mode)) {
+    return std::nullopt;
+  }
+  return FileStamp{status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size), status.st_ctim.tv_sec,
+                   status.st_ctim.tv_nsec};
+}
+
+// The system dates changes by a clock that stands still for some milliseconds. Whether it goes on before the next one.
+bool isPast(const FileStamp& stamp) {
+  struct timespec now {};
+  return ::clock_gettime(CLOCK_REALTIME_COARSE, &now) == 0 &&
+         std::pair{std::int64_t{now.tv_sec}, std::int64_t{now.tv_nsec}} > std::pair{stamp.changedAt, stamp.nanoseconds};
+}
+
+}  // namespace
+
+std::optional<FileStamp> stampOf(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 ? stampOf(status) : std::nullopt;
+}
 
 FileBuffer::FileBuffer(const std::string& path) {
   if (path.find('\0') != std::string::npos) {
@@ -18,6 +43,12 @@ FileBuffer::FileBuffer(const std::string& path) {
   if (descriptor_ >= 0 && (::fstat(descriptor_, &status) != 0 || S_ISDIR(status.st_mode))) {
     ::close(descriptor_);
     descriptor_ = -1;
+  }
+  if (descriptor_ >= 0) {
+    stamp_ = stampOf(status);
+    if (stamp_ && !isPast(*stamp_)) {
+      stamp_.reset();
+    }
   }
 }
 

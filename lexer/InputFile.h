@@ -1,12 +1,27 @@
 // Byte streams that the lexer reads from.
 #pragma once
 
+#include <cstdint>
 #include <istream>
+#include <optional>
 #include <streambuf>
 #include <string>
 #include <string_view>
 
 namespace qnpp {
+
+/// What tells a file and its content from others.
+struct FileStamp {
+  std::uint64_t device = 0;
+  std::uint64_t number = 0;
+  std::uint64_t size = 0;
+  std::int64_t changedAt = 0;  ///< In seconds, and nanoseconds behind them.
+  std::int64_t nanoseconds = 0;
+  bool operator==(const FileStamp&) const = default;
+};
+
+/// The stamp of the file of this path; none if that is no regular file, or nothing that can be looked at.
+std::optional<FileStamp> stampOf(const std::string& path);
 
 /// Reads a file of the system. Blocks go straight into the reader's own buffer, so nothing is copied twice and an open
 /// file costs no buffer here.
@@ -19,6 +34,9 @@ class FileBuffer : public std::streambuf {
   ~FileBuffer() override;
 
   bool isOpen() const { return descriptor_ >= 0; }
+  /// The stamp that the file had when it was opened; none if it is no regular file, or one that has been changed so
+  /// recently that it may be changed once more without another stamp.
+  const std::optional<FileStamp>& stamp() const { return stamp_; }
 
  protected:
   /// Reads until `size` bytes are there or the file ends. Throws std::ios_base::failure when the system reports an
@@ -27,6 +45,7 @@ class FileBuffer : public std::streambuf {
 
  private:
   int descriptor_ = -1;
+  std::optional<FileStamp> stamp_;
 };
 
 /// A stream over a file; in the failed state when the file could not be opened.
@@ -38,6 +57,8 @@ class InputFile : public std::istream {
       setstate(std::ios_base::failbit);
     }
   }
+
+  const std::optional<FileStamp>& stamp() const { return buffer_.stamp(); }
 
  private:
   FileBuffer buffer_;

@@ -21,7 +21,14 @@ Name* TokenStream::name() {
   return found != nullptr ? found : context_.names.find(text());
 }
 
+Name* TokenStream::nextName() {
+  return isInFile_ ? context_.names.find(fileSource().nextText()) : listSource().nextSpelling()->name;
+}
+
 void TokenStream::skipBlanks() {
+  if (isInFile_) {
+    fileSource().passBlanks();
+  }
   while (isBlank(peek())) {
     get();
   }

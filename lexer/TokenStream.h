@@ -87,6 +87,8 @@ class TokenStream {
   }
   /// The name table's entry for the current token, which is a name; null when no definition mentions it.
   Name* name();
+  /// The same for a name that has been looked at.
+  Name* nextName();
   /// A spelling of the current token, whose kind is `kind`. Valid as long as the list that it stands in, or a Hold
   /// taken before.
   const Spelling* spelling(CppTokenKind kind) {
@@ -121,6 +123,14 @@ class TokenStream {
     if (isInFile_) {
       fileSource().skipWholeLines();
     }
+  }
+
+  /// The same for the beginning of a directive, see CppLexer::passDirectiveWord.
+  CppTokenKind passDirectiveWord() { return isInFile_ ? fileSource().passDirectiveWord() : TK_END; }
+  /// Behind the word of a directive: whether the rest of the line may be read from the current source as it stands, see
+  /// CppLexer::isRestPlain.
+  bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
+    return isInFile_ && fileSource().isRestPlain(accepts);
   }
 
   /// Whether the current source is a file.

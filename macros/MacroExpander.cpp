@@ -130,6 +130,18 @@ void MacroExpander::pushObjectLike(const Name& name, const HideSet& hideSet) {
   stream_.push(tokens);
 }
 
+bool MacroExpander::pushFinalTokens() {
+  Name* const name = stream_.nextName();
+  if (name == nullptr || name->macro == nullptr || stream_.isHidden(*name)) {
+    return false;
+  }
+  const SpellingRange tokens = name->macro->replacement->tokens();
+  context_.budget.spendOnExpansion(1 + tokens.size());
+  stream_.get();
+  stream_.push({tokens, stream_.hideSets().with(stream_.hideSet(), *name)});
+  return true;
+}
+
 // The lexed replacement list of the macro's text as it is now. To be called under a Hold: what is good for one use
 // lives only as long as that, or as the list that is pushed under it.
 const Replacement& MacroExpander::replacementOf(const Name& name) {

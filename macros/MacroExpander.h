@@ -51,6 +51,10 @@ class MacroExpander {
   /// source, so that rescanning is reading on. A function-like name takes its arguments from the stream.
   void expandInText();
 
+  /// The stream has looked at a name; each macro it may be has a final text, see findFinalText. If it is one that
+  /// is to be expanded, it is taken, and its tokens become the current source. Returns whether.
+  bool pushFinalTokens();
+
   /// Takes the tokens out of the list and leaves their expansion there. To be called under a Hold of the stream.
   /// Nothing in the list takes a "(" or an argument from outside. In a condition the operand of `defined` stays as it
   /// is.

@@ -35,7 +35,7 @@ class Bench {
       define(name);
     }
     for (const std::string_view name : {"b", "bc", "bcdefghijk", "line", "x", "L"}) {
-      define(name).settled = {kSettledText.data(), kSettledText.size(), names_.generation()};
+      define(name).finalText = {kFinalText.data(), kFinalText.size(), names_.generation()};
     }
   }
 
@@ -46,7 +46,7 @@ class Bench {
   std::string_view textOf(CppTokenKind kind) {
     const std::string_view text = lexer_.text();
     const qnpp::Name* const name = qnpp::isName(kind) ? names_.find(text) : nullptr;
-    return name != nullptr && name->settled.generation == names_.generation() ? kSettledText : text;
+    return name != nullptr && name->finalText.generation == names_.generation() ? kFinalText : text;
   }
 
   // Everything written, the messages last.
@@ -56,7 +56,7 @@ class Bench {
   }
 
  private:
-  static constexpr std::string_view kSettledText = "(settled b)";
+  static constexpr std::string_view kFinalText = "(final b)";
 
   qnpp::Name& define(std::string_view text) {
     qnpp::Name& name = *names_.intern(text);

@@ -77,24 +77,22 @@ class VectorBlock {
   // The bytes from `first` on, `count` of them: what lies below `first` becomes large.
   static Found isWithin(Bytes bytes, int first, int count) { return bytes - all(first) < all(count); }
 
+  // Without a loop, which compilers would leave one.
   template <typename Compare>
   std::uint64_t mask(Compare compare) const {
 #if defined(__SSE2__)
-    std::uint64_t bits = 0;
-    for (std::size_t part = 0; part < 4; ++part) {
-      const auto found =
-          static_cast<std::uint32_t>(_mm_movemask_epi8(reinterpret_cast<__m128i>(compare(parts_[part]))));
-      bits |= std::uint64_t{found} << (16 * part);
-    }
-    return bits;
+    const auto bits = [compare](Bytes part) {
+      return std::uint64_t{static_cast<std::uint16_t>(_mm_movemask_epi8(reinterpret_cast<__m128i>(compare(part))))};
+    };
+    return bits(parts_[0]) | bits(parts_[1]) << 16 | bits(parts_[2]) << 32 | bits(parts_[3]) << 48;
 #else
     // Each byte keeps the bit of its place, and neighbours are added up until 64 bytes have become 64 bits.
-    const uint8x16_t places = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
-    uint8x16_t bits[4];
-    for (std::size_t part = 0; part < 4; ++part) {
-      bits[part] = vandq_u8(reinterpret_cast<uint8x16_t>(compare(parts_[part])), places);
-    }
-    const uint8x16_t pairs = vpaddq_u8(vpaddq_u8(bits[0], bits[1]), vpaddq_u8(bits[2], bits[3]));
+    const auto bits = [compare](Bytes part) {
+      constexpr Bytes kPlaces = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
+      return reinterpret_cast<uint8x16_t>(reinterpret_cast<Bytes>(compare(part)) & kPlaces);
+    };
+    const uint8x16_t half = vpaddq_u8(bits(parts_[0]), bits(parts_[1]));
+    const uint8x16_t pairs = vpaddq_u8(half, vpaddq_u8(bits(parts_[2]), bits(parts_[3])));
     return vgetq_lane_u64(vreinterpretq_u64_u8(vpaddq_u8(pairs, pairs)), 0);
 #endif
   }

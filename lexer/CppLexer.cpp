@@ -223,40 +223,59 @@ class CppLexer::TextCopy {
   // Goes through the 64 bytes at `at_`, or up to one at which the buffer changes.
   void copyBlock() {
     const Block block(at_);
-    const std::uint64_t words = block.words();
-    const std::uint64_t begins = words & ~(words << 1U | (wordBegin_ != nullptr ? 1U : 0U));
+    block_ = at_;
+    words_ = block.words();
+    spaces_ = block.find<' '>();
+    const std::uint64_t begins = words_ & ~(words_ << 1U | (wordBegin_ != nullptr ? 1U : 0U));
+    const std::uint64_t names = findNames(begins);
     const std::uint64_t ends = block.find<'\n'>();
-    std::uint64_t left = begins | ends | block.find<'"', '\'', '/', '\\', '\r', '\0'>();
-    const NameTable& names = lexer_.context_.names;
-    char* const begin = at_;
+    std::uint64_t left = names | ends | block.find<'"', '\'', '/', '\\', '\r', '\0'>();
     at_ += 64;
     while (left != 0) {
-      const int place = std::countr_zero(left);
-      const std::uint64_t bit = left & (~left + 1);
-      char* const found = begin + place;
-      left &= left - 1;
-      char* next = nullptr;  // Where to go on; null where the block is no longer what the buffer holds.
-      if ((begins & bit) != 0) {
-        if (!names.mayHoldMacro(found)) {
-          continue;
-        }
-        const std::uint64_t behind = ~words & bitsFrom(static_cast<std::size_t>(place));
-        next = copyWord(found, behind != 0 ? begin + std::countr_zero(behind) : passWord(begin + 64));
+      const auto place = static_cast<std::size_t>(std::countr_zero(left));
+      // Where to go on; null where the block is no longer what the buffer holds.
+      char* next = nullptr;
+      if ((ends >> place & 1U) != 0) {
+        next = copyLineEnd(block_ + place);
+      } else if ((names >> place & 1U) != 0) {
+        next = copyWord(block_ + place, behindWord(place));
       } else {
-        next = (ends & bit) != 0 ? copyLineEnd(found) : copyByte(found, begin);
+        next = copyByte(block_ + place);
       }
-      if (next == nullptr || next >= begin + 64) {
+      if (next == nullptr || next >= block_ + 64) {
         at_ = next == nullptr ? at_ : next;
         wordBegin_ = nullptr;
         return;
       }
-      left &= bitsFrom(static_cast<std::size_t>(next - begin));
+      left &= bitsFrom(static_cast<std::size_t>(next - block_));
     }
-    if (words >> 63U == 0) {
+    if (words_ >> 63U == 0) {
       wordBegin_ = nullptr;
     } else if (begins != 0) {
-      wordBegin_ = begin + (63 - std::countl_zero(begins));
+      wordBegin_ = block_ + (63 - std::countl_zero(begins));
     }
+  }
+
+  // Of the words that begin in the block, those in which the name of a macro may be.
+  std::uint64_t findNames(std::uint64_t begins) const {
+    const NameTable& names = lexer_.context_.names;
+    std::uint64_t found = 0;
+    for (; begins != 0; begins &= begins - 1) {
+      const int place = std::countr_zero(begins);
+      found |= std::uint64_t{names.mayHoldMacro(block_ + place)} << place;
+    }
+    return found;
+  }
+
+  char* behindWord(std::size_t place) const {
+    const std::uint64_t behind = ~words_ & bitsFrom(place);
+    return behind != 0 ? block_ + std::countr_zero(behind) : passWord(block_ + 64);
+  }
+  // Behind the blanks at `at`, which is in the block or the byte behind it.
+  char* behindBlanks(char* at) const {
+    const auto place = static_cast<std::size_t>(at - block_);
+    const std::uint64_t others = place < 64 ? ~spaces_ & bitsFrom(place) : 0;
+    return passAll(kBlanks, others != 0 ? block_ + std::countr_zero(others) : at);
   }
 
   void writeUpTo(const char* to) { lexer_.context_.output.write(from_, static_cast<std::size_t>(to - from_)); }
@@ -281,11 +300,11 @@ class CppLexer::TextCopy {
     return isMore;
   }
 
-  // At the end of the buffer: gets more input, keeping a word that may go on in it. `block` is where the block begins.
-  void refillAtWord(char* end, const char* block) {
+  // At the end of the buffer: gets more input, keeping a word that may go on in it.
+  void refillAtWord(char* end) {
     char* word = end;
     while (word > from_ && isWordByte(word[-1])) {
-      word = word == block && wordBegin_ != nullptr ? wordBegin_ : word - 1;
+      word = word == block_ && wordBegin_ != nullptr ? wordBegin_ : word - 1;
     }
     const auto size = end - word;
     if (!refill(word, end)) {
@@ -358,7 +377,7 @@ class CppLexer::TextCopy {
   // when the line end is handed out. It has to be when the next line may be a directive or needs a line directive.
   char* countLineEnd(char* end, char* next) {
     OutputBuffer& output = lexer_.context_.output;
-    char* const first = passAll(kBlanks, next);
+    char* const first = behindBlanks(next);
     if (output.line() != lexer_.line_ || has(kUnsureLineStart, *first)) {
       handOutTokenAt(end);
       return nullptr;
@@ -369,7 +388,7 @@ class CppLexer::TextCopy {
   }
 
   // A byte that is more than itself, perhaps.
-  char* copyByte(char* at, const char* block) {
+  char* copyByte(char* at) {
     const char next = at[1];
     if (next == '\0' && isOneOf(*at, '/', '\\') && lexer_.atBufferEnd(at + 1)) {
       if (!refill(at, at + 1)) {
@@ -388,7 +407,7 @@ class CppLexer::TextCopy {
         if (!lexer_.atBufferEnd(at)) {
           return at + 1;
         }
-        refillAtWord(at, block);
+        refillAtWord(at);
         return nullptr;
       default:
         return copyLiteral(at);
@@ -422,8 +441,11 @@ class CppLexer::TextCopy {
   }
 
   CppLexer& lexer_;
-  char* from_;                 // The first byte that has not been written.
-  char* at_;                   // The first byte that has not been looked at.
+  char* from_;             // The first byte that has not been written.
+  char* at_;               // The first byte that has not been looked at.
+  char* block_ = nullptr;  // The block that is looked at, and its masks.
+  std::uint64_t words_ = 0;
+  std::uint64_t spaces_ = 0;
   char* wordBegin_ = nullptr;  // Of the word that goes on there, if one does.
   bool isDone_ = false;
   CppTokenKind kind_ = TK_END;

@@ -60,18 +60,22 @@ installMissing() {
     hasCommand sqlite3 || packages+=(sqlite3)
     [ -d /usr/lib/python3/dist-packages/yaml ] || packages+=(python3-yaml)
   fi
-  [ "${#packages[@]}" -gt 0 ] || return 0
+  installPackages ${packages[@]+"${packages[@]}"}
+}
 
-  hasCommand apt-get || fail "please install ${packages[*]} (these are the Debian names)"
-  [ "$(id -u)" -eq 0 ] || hasCommand sudo || fail "please install ${packages[*]}, or run this once as root"
-  say "installing ${packages[*]}"
+# installPackages [packages...]: installs Debian packages.
+installPackages() {
+  [ $# -gt 0 ] || return 0
+  hasCommand apt-get || fail "please install $* (these are the Debian names)"
+  [ "$(id -u)" -eq 0 ] || hasCommand sudo || fail "please install $*, or run this once as root"
+  say "installing $*"
   # Waiting for the lock lets another installation on this machine finish first. A package list that cannot be refreshed
   # need not stop us: the one on the disk may do.
   local -a quietly=(DEBIAN_FRONTEND=noninteractive NEEDRESTART_SUSPEND=1)
   local -a apt=(apt-get -qq -o DPkg::Lock::Timeout=600)
   asRoot "${quietly[@]}" "${apt[@]}" update </dev/null >&2 || say "the package lists could not be refreshed"
-  asRoot "${quietly[@]}" "${apt[@]}" install -y --no-install-recommends "${packages[@]}" </dev/null >&2 ||
-    fail "could not install ${packages[*]}"
+  asRoot "${quietly[@]}" "${apt[@]}" install -y --no-install-recommends "$@" </dev/null >&2 ||
+    fail "could not install $*"
 }
 
 # True if the program is there and nothing that goes into it has changed since it was built: neither a file nor a folder

@@ -97,8 +97,9 @@ TEST(SourceTest, AReaderMayFail) {
     EXPECT_EQ(diagnostic.message, "input in flex scanner failed");
   });
   const Result result = preprocessor.run(Source::ofReader([&calls](char* to, std::size_t) -> std::ptrdiff_t {
-    *to = '\n';
-    return calls++ == 0 ? 1 : -1;
+    to[0] = '\n';
+    to[1] = ' ';
+    return calls++ == 0 ? 2 : -1;
   }));
   EXPECT_EQ(result.status, Status::ScannerFailed);
   EXPECT_TRUE(result.hasErrors);
@@ -365,7 +366,7 @@ TEST(LineMapTest, TellsWhatTheLineDirectivesTell) {
     const auto directive = [areWritten](const std::string& text) { return areWritten ? "#line " + text + "\n" : ""; };
     EXPECT_EQ(result.output, directive("1 \"main\"") + "x\n" + directive("1 \"a\"") + "one\ntwo\n" +
                                  directive("3 \"main\"") + directive("4 \"main\"") + "y\n" + directive("70 \"other\"") +
-                                 "z\n");
+                                 directive("71 \"other\"") + "z\n");
     EXPECT_EQ(result.lineMap.files, (std::vector<std::string>{"main", "a", "other"}));
     struct Row {
       Reason reason;
@@ -373,11 +374,9 @@ TEST(LineMapTest, TellsWhatTheLineDirectivesTell) {
       std::int32_t line;
       const char* text;
     };
-    const std::vector<Row> rows = {{Reason::Start, 0, 1, "x\n"},
-                                   {Reason::Entered, 1, 1, "one\n"},
-                                   {Reason::Returned, 0, 3, ""},
-                                   {Reason::Corrected, 0, 4, "y\n"},
-                                   {Reason::Renumbered, 2, 70, "z\n"}};
+    const std::vector<Row> rows = {{Reason::Start, 0, 1, "x\n"},    {Reason::Entered, 1, 1, "one\n"},
+                                   {Reason::Returned, 0, 3, ""},    {Reason::Corrected, 0, 4, "y\n"},
+                                   {Reason::Renumbered, 2, 70, ""}, {Reason::Corrected, 2, 71, "z\n"}};
     ASSERT_EQ(result.lineMap.entries.size(), rows.size());
     for (std::size_t at = 0; at < rows.size(); ++at) {
       const LineMap::Entry& entry = result.lineMap.entries[at];

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <array>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -104,9 +105,16 @@ std::optional<Status> Driver::run(int argc, const char* const* argv) {
   std::ostream& textOutput = outputFile_ != nullptr ? *outputFile_ : output_;
   // Failures of the streams are not looked at: the exit status speaks of the input alone.
   preprocessor_.setOutputSink([&textOutput](std::string_view block) { textOutput << block; });
-  preprocessor_.setDiagnosticSink([this](const Diagnostic& diagnostic) { messages_ << diagnostic.text << std::flush; });
+  bool isFatal = false;
+  preprocessor_.setDiagnosticSink([this, &isFatal](const Diagnostic& diagnostic) {
+    isFatal = diagnostic.severity == Severity::FatalError;
+    messages_ << diagnostic.text << std::flush;
+  });
   const Result result = preprocessor_.run(std::move(source_), sourceName_);
   textOutput.flush();
+  if (result.status == Status::OutOfMemory && !isFatal) {
+    throw std::bad_alloc();  // There was none even for the preprocessor, which would have said so.
+  }
   return result.status;
 }
 

@@ -21,6 +21,7 @@ class Driver {
 
   /// How the run ended. Nothing when the program ends without one, with status 1: something was wrong with the command
   /// line and has been reported, or the help or version text was asked for and has been written.
+  /// Throws std::bad_alloc when memory ran out and that has not been reported.
   std::optional<Status> run(int argc, const char* const* argv);
 
  private:

@@ -198,7 +198,8 @@ class Preprocessor {
   QNPP_EXPORT Preprocessor(Preprocessor&& other) noexcept;
   QNPP_EXPORT Preprocessor& operator=(Preprocessor&& other) noexcept;
 
-  /// A setting for which there is no memory makes the next run, and all later ones, end as Status::OutOfMemory.
+  /// A setting for which there is no memory makes the next run, and all later ones, end as Status::OutOfMemory. So does
+  /// an object for which there was none; that has no message.
 
   /// "NAME" defines NAME as 1, "NAME=text" as what follows the first "=". The first definition of a name wins.
   QNPP_EXPORT void define(std::string_view definition) noexcept;

@@ -16,7 +16,7 @@ TEST(SideBySideTest, OneMayRunInsideTheRunOfAnother) {
     return Include{"inner", Source::ofText(inner.output)};
   });
   EXPECT_EQ(outer.run(Source::borrowing("#include <a>\nX\n"), "a.c").output,
-            "#line 1 \"a.c\"\n#line 1 \"inner\"\n#line 1 \"a.c\"\nouter a\n#line 2 \"a.c\"\nouter\n");
+            "#line 1 \"a.c\"\n#line 1 \"inner\"\n#line 1 \"a.c\"\n#line 2 \"a.c\"\nouter a\n#line 2 \"a.c\"\nouter\n");
 }
 
 }  // namespace

@@ -82,7 +82,7 @@ installPackages() {
 # (which changes when a file in it is added, removed or renamed) nor the commit that is checked out.
 isUpToDate() {
   [ -x "$program" ] && [ -e "$stamp" ] || return 1
-  local -a inputs=(CMakeLists.txt cmake driver lexer engine macros directives include)
+  local -a inputs=(CMakeLists.txt cmake driver library lexer engine macros directives include)
   [ ! -e "$root/.git/logs/HEAD" ] || inputs+=(.git/logs/HEAD)
   [ -z "$(find "${inputs[@]/#/$root/}" -newer "$stamp" -print -quit 2>/dev/null)" ]
 }

@@ -1,14 +1,14 @@
 #!/usr/bin/env python3
-"""Compares qnpp with a C compiler's preprocessor on other people's projects: every file goes through both, and the tokens
-must be the same, or differ by a rule of the manual (DIFFERENCES FROM STANDARD C).
+"""Compares qnpp with a C compiler's preprocessor on other people's projects: every file goes through both, and the
+tokens must be the same, or differ by a rule of the manual (DIFFERENCES FROM STANDARD C).
 
     foreign_projects.py --program PATH [--cc COMMAND] [--jobs N] [--only PATTERN]... [--show N] FOLDER...
 
-A folder is one project. Headers that it lacks, those of the system above all, are empty ones, and neither side has macros
-of the machine. A file whose tokens differ is tried again in a copy of the project that says the same without what the
-rules are about: an unknown directive gets TEXT, an empty macro, before it; a string has no other escapes than \\" and
-\\\\; and so on, see Rewriter. If they are still not the same, the difference is put down to what qnpp reported there and
-the compiler did not, or to blanks behind a function-like name. What is left is shown, and the status is 1 then.
+A folder is one project. Headers that it lacks, those of the system above all, are empty ones, and neither side has
+macros of the machine. A file whose tokens differ is tried again in a copy of the project that says the same without what
+the rules are about: an unknown directive gets TEXT, an empty macro, before it; a string has no other escapes than \\"
+and \\\\; and so on, see Rewriter. If they are still not the same, the difference is put down to what qnpp reported
+there and the compiler did not, or to blanks behind a function-like name. What is left is shown, and the status is 1 then.
 """
 
 import argparse
@@ -33,8 +33,8 @@ from support import run_program  # noqa: E402
 
 C_NAMES = re.compile(r"\.(c|h|cc|cpp|cxx|hh|hpp|hxx|inc|inl|def)$")
 # Assemblers' sources, linker scripts, device trees, interface definitions and shaders.
-OTHER_NAMES = re.compile(r"\.(S|ld|lds|dts|dtsi|dtso|idl|glsl|vert|frag|geom|comp|tesc|tese|mesh|task|rgen|rchit|rmiss|rahit"
-                         r"|hlsl|hlsli|fx|fxh|cl|cu|metal)$")
+OTHER_NAMES = re.compile(r"\.(S|ld|lds|dts|dtsi|dtso|idl|glsl|vert|frag|geom|comp|tesc|tese|mesh|task|rgen|rchit|rmiss"
+                         r"|rahit|hlsl|hlsli|fx|fxh|cl|cu|metal)$")
 NOT_SOURCES = re.compile(r"(^|/)\.git/")
 TIME_LIMIT = 20
 SKIPPED = 77
@@ -51,8 +51,8 @@ TOKEN = re.compile(
     rb"|(?P<word>[A-Za-z_0-9$\x80-\xff]+)"
     rb"|(?P<other>##|\.\.\.|.)",
     re.DOTALL)
-DIRECTIVES = {b"define", b"elif", b"else", b"endif", b"error", b"if", b"ifdef", b"ifndef", b"include", b"line", b"pragma",
-              b"undef"}
+DIRECTIVES = {b"define", b"elif", b"else", b"endif", b"error", b"if", b"ifdef", b"ifndef", b"include", b"line",
+              b"pragma", b"undef"}
 # What the compiler knows even if it is asked to know nothing. And qnpp counts lines of its own way in arguments.
 KNOWN_WORD = re.compile(rb"__(?:LINE|DATE|TIME|TIMESTAMP|COUNTER|BASE_FILE|INCLUDE_LEVEL|STDC|STDC_\w+|OBJC|ASSEMBLER|"
                         rb"STRICT_ANSI|CHAR_UNSIGNED|REGISTER_PREFIX|USER_LABEL_PREFIX|ELF|VERSION|cplusplus)__"
@@ -162,7 +162,8 @@ def search_words(setting, folder):
 
 
 def run_qnpp(setting, folder, name):
-    return run_program(setting.program, ["-DTEXT="] + search_words(setting, folder) + [name], folder, seconds=TIME_LIMIT)
+    return run_program(setting.program, ["-DTEXT="] + search_words(setting, folder) + [name], folder,
+                       seconds=TIME_LIMIT)
 
 
 def run_compiler(setting, folder, name):
@@ -183,7 +184,7 @@ def tokens_of(output):
 
 
 def difference(ours, theirs, functions):
-    """The name of a rule, if one explains that they differ, and the tokens around the first difference that none does."""
+    """The name of a rule, if one explains that they differ, and the tokens around the first difference without one."""
     rule = ""
     at, there = 0, 0
     while at < len(ours) and there < len(theirs):
@@ -281,7 +282,7 @@ def make_stubs(names, project, searched, stubs):
             os.makedirs(os.path.dirname(path), exist_ok=True)
             open(path, "a", encoding="utf-8").close()
         except OSError:
-            # Two names of which one is a folder of the other, or a name that is too long: tests of preprocessors have such.
+            # Two names of which one is a folder of the other, or one that is too long: tests of preprocessors have such.
             pass
 
 
@@ -291,7 +292,8 @@ def check_project(options, project, work):
     copy, stubs = os.path.join(work, "copy"), os.path.join(work, "stubs")
     os.mkdir(stubs)
     names = [os.path.relpath(path, project) for path in files_below(project)]
-    names = [name for name in names if not NOT_SOURCES.search(name) and (C_NAMES.search(name) or OTHER_NAMES.search(name))]
+    names = [name for name in names
+             if not NOT_SOURCES.search(name) and (C_NAMES.search(name) or OTHER_NAMES.search(name))]
     # The folder of the project, and those in it that are called so.
     searched = ["."] + sorted({os.path.dirname(name)[:match.end()] for name in names
                                for match in [re.match(r"(?:[^/]+/){0,3}?(?:include|src)(?=/|$)", os.path.dirname(name))]
@@ -320,9 +322,9 @@ def check_project(options, project, work):
 
 def report(project, results, show):
     counts = collections.Counter(result.kind for result in results)
-    print("%s: %d files, %d with the same tokens, %d differ by rules, %d by messages, %d not compared, %d unexplained" % (
-        os.path.basename(os.path.realpath(project)), len(results), counts["equal"], counts["rule"], counts["message"],
-        counts["gave up"], counts["news"]))
+    print("%s: %d files, %d with the same tokens, %d differ by rules, %d by messages, %d not compared, %d unexplained"
+          % (os.path.basename(os.path.realpath(project)), len(results), counts["equal"], counts["rule"],
+             counts["message"], counts["gave up"], counts["news"]))
     for kind in ("rule", "message"):
         rules = collections.Counter(rule for result in results if result.kind == kind for rule in result.rules)
         for rule, count in rules.most_common():

@@ -1,8 +1,6 @@
 #include "lexer/CppTokenScanner.h"
 
-#include <algorithm>
 #include <cassert>
-#include <cstdint>
 #include <string_view>
 #include <utility>
 
@@ -19,14 +17,19 @@ struct CppTokenScanner::CommentReader {
   CppLexer lexer;
 };
 
-namespace {
-
-// True for a token that the expansion of a list collects as it is, whatever its hide set.
-bool isSettled(const Spelling& token) {
-  return token.isSingleToken() && (token.name == nullptr || (token.name->macro == nullptr && token.kind != TK_DEFINED));
+std::size_t writeLeadingText(SpellingRange tokens, OutputBuffer& output) {
+  const Spelling* const* at = tokens.data();
+  const Spelling* const* const end = at + tokens.size();
+  for (; at != end && (*at)->isWrittenAsIs(); ++at) {
+    // Most tokens of a replacement list are parentheses, operators and blanks.
+    if ((*at)->size == 1) {
+      output.write(*(*at)->data);
+    } else {
+      output.write((*at)->data, (*at)->size);
+    }
+  }
+  return static_cast<std::size_t>(at - tokens.data());
 }
-
-}  // namespace
 
 CppTokenScanner::CppTokenScanner(SpellingPool& pool, const LexerContext& context, HideSetCache& hideSets)
     : CppScanner(false), pool_(pool), context_(context), hideSets_(hideSets) {}
@@ -117,13 +120,7 @@ CppTokenKind CppTokenScanner::get() { return handOut(peek_ != nullptr ? std::exc
 
 CppTokenKind CppTokenScanner::copyText() {
   if (kShortcuts && peek_ == nullptr && isBetweenElements()) {
-    for (; at_ != end_; ++at_) {
-      const Spelling& element = **at_;
-      if (!element.isWrittenAsIs()) {
-        break;
-      }
-      context_.output.write(element.data, element.size);
-    }
+    at_ += writeLeadingText({at_, end_}, context_.output);
   }
   return get();
 }
@@ -179,30 +176,10 @@ bool CppTokenScanner::isSurelyHidden(const Name& name) {
 // ---- Taking tokens with their hide sets ----
 
 void CppTokenScanner::takeSettled(TokenList& list) {
-  if (!kShortcuts || peek_ != nullptr || !isBetweenElements()) {
-    return;
+  if (kShortcuts && peek_ == nullptr && isBetweenElements()) {
+    const TokenRange left = range_.part(static_cast<std::size_t>(at_ - begin_), static_cast<std::size_t>(end_ - at_));
+    at_ += list.appendLeadingSettled(left, context_.names.generation(), hideSets_);
   }
-  const std::uint64_t generation = context_.names.generation();
-  const Spelling* const* const first = at_;
-  const bool mayPassRuns = range_.list != nullptr && range_.list->isSettledIn(generation);
-  while (at_ != end_) {
-    const Spelling* const* behind = end_;
-    if (mayPassRuns) {
-      const TokenList::Run& run =
-          range_.list->runs()[findRun(range_.position + static_cast<std::size_t>(at_ - begin_))];
-      behind = std::min(end_, begin_ + (run.end - range_.position));
-      if (run.isSettled) {
-        at_ = behind;
-        continue;
-      }
-    }
-    at_ = std::find_if_not(at_, behind, [](const Spelling* token) { return isSettled(*token); });
-    if (at_ != behind) {
-      break;
-    }
-  }
-  const auto begin = static_cast<std::size_t>(first - begin_);
-  list.appendSettled(range_.part(begin, static_cast<std::size_t>(at_ - first)), generation, hideSets_);
 }
 
 void CppTokenScanner::appendCurrent(TokenList& list, bool isSettled) {

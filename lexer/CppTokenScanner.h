@@ -101,4 +101,7 @@ class CppTokenScanner final : public CppScanner {
   const Spelling* spelling_ = nullptr;
 };
 
+/// Writes the tokens up to the first that is not written as it stands (see Spelling::isWrittenAsIs). Returns how many.
+std::size_t writeLeadingText(SpellingRange tokens, OutputBuffer& output);
+
 }  // namespace qnpp

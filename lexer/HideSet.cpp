@@ -72,10 +72,7 @@ struct HideSet::Operations {
   }
 };
 
-void HideSet::dropReference(Node& node) {
-  if (--node.references > 0) {
-    return;
-  }
+void HideSet::destroy(Node& node) {
   const std::unique_ptr<Node> owned(&node);
   release(owned->left);
   release(owned->right);

@@ -71,6 +71,7 @@ class HideSet {
   }
   static void addReference(Node& node);
   static void dropReference(Node& node);
+  static void destroy(Node& node);
   static std::size_t depthOf(const Node* node);
   bool find(const Name& name) const;
 
@@ -86,5 +87,11 @@ struct HideSet::Node {
 };
 
 inline void HideSet::addReference(Node& node) { ++node.references; }
+
+inline void HideSet::dropReference(Node& node) {
+  if (--node.references == 0) {
+    destroy(node);
+  }
+}
 
 }  // namespace qnpp

@@ -82,7 +82,8 @@ inline bool NameTable::isEqual(std::string_view a, std::string_view b) {
 }
 
 inline bool Spelling::isWrittenAsIs() const {
-  return isSingleToken() && kind != TK_NEWLINE && kind != TK_PRAGMA_OP && (name == nullptr || name->macro == nullptr);
+  // `_Pragma` is in every table of names, so only what has a name can be it.
+  return name == nullptr ? isSingleToken() && kind != TK_NEWLINE : name->macro == nullptr && kind != TK_PRAGMA_OP;
 }
 
 }  // namespace qnpp

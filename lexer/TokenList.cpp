@@ -4,6 +4,8 @@
 #include <cassert>
 #include <memory>
 
+#include "lexer/NameTable.h"
+
 namespace qnpp {
 namespace {
 
@@ -18,6 +20,12 @@ std::size_t findRun(const std::vector<TokenList::Run>& runs, std::size_t positio
   const auto found = std::upper_bound(runs.begin(), runs.end(), position,
                                       [](std::size_t at, const TokenList::Run& run) { return at < run.end; });
   return static_cast<std::size_t>(found - runs.begin());
+}
+
+// True for a token that the expansion of a list collects as it is, whatever its hide set. (`defined` is in every table
+// of names.)
+bool isSettled(const Spelling& token) {
+  return token.name == nullptr ? token.isSingleToken() : token.name->macro == nullptr && token.kind != TK_DEFINED;
 }
 
 std::size_t beginOf(const std::vector<TokenList::Run>& runs, std::size_t run) {
@@ -128,6 +136,31 @@ void TokenList::appendSettled(const TokenRange& tokens, std::uint64_t generation
   }
 }
 
+std::size_t TokenList::appendLeadingSettled(const TokenRange& tokens, std::uint64_t generation,
+                                            HideSetCache& hideSets) {
+  const std::size_t size = tokens.tokens.size();
+  const bool mayPassRuns = size > 0 && tokens.list != nullptr && tokens.list->isSettledIn(generation);
+  std::size_t run = mayPassRuns ? tokens.list->runAt(tokens.position) : 0;
+  std::size_t at = 0;
+  for (std::size_t behind = size; at < size; behind = size) {
+    if (mayPassRuns) {
+      const Run& covering = tokens.list->runs_[run++];
+      behind = std::min(size, covering.end - tokens.position);
+      at = covering.isSettled ? behind : at;
+    }
+    while (at < behind && isSettled(*tokens.tokens[at])) {
+      ++at;
+    }
+    if (at < behind) {
+      break;
+    }
+  }
+  if (at > 0) {
+    appendSettled(tokens.part(0, at), generation, hideSets);
+  }
+  return at;
+}
+
 // Appends tokens of a list, each with its own set and `added`. All of them are settled, or those that were.
 void TokenList::appendRange(const TokenRange& tokens, const HideSet& added, bool areSettled, HideSetCache& hideSets) {
   if (tokens.tokens.empty()) {
@@ -135,16 +168,23 @@ void TokenList::appendRange(const TokenRange& tokens, const HideSet& added, bool
   }
   assert(tokens.position + tokens.tokens.size() <= tokens.list->size() && tokens.list != this);
   const std::size_t begin = spellings_.size();
-  spellings_.insert(spellings_.end(), tokens.tokens.begin(), tokens.tokens.end());
+  addSpellings(tokens.tokens);
+  const std::size_t index = tokens.list->runAt(tokens.position);
+  const Run& run = tokens.list->runs_[index];
+  if (tokens.position + tokens.tokens.size() <= run.end && !run.nested) {
+    coverNewTokens(hideSets.joined(run.hideSet, added), areSettled || run.isSettled);
+  } else {
+    coverByRuns(tokens, index, begin, added, areSettled, hideSets);
+  }
+}
+
+// Covers the tokens from `begin` on, those of a list that have just been appended, whose runs there begin with `run`.
+void TokenList::coverByRuns(const TokenRange& tokens, std::size_t run, std::size_t begin, const HideSet& added,
+                            bool areSettled, HideSetCache& hideSets) {
   const std::vector<Run>& runs = tokens.list->runs_;
   const std::size_t end = tokens.position + tokens.tokens.size();
-  const auto isSettled = [areSettled](const Run& run) { return areSettled || run.isSettled; };
+  const auto isSettled = [areSettled](const Run& covering) { return areSettled || covering.isSettled; };
   std::size_t at = tokens.position;
-  std::size_t run = tokens.list->runAt(at);
-  if (end <= runs[run].end && !runs[run].nested) {
-    coverNewTokens(hideSets.joined(runs[run].hideSet, added), isSettled(runs[run]));
-    return;
-  }
   while (at < end) {
     std::size_t behind = run + 1;  // The settled runs from `run` on.
     while (isSettled(runs[behind - 1]) && runs[behind - 1].end < end && isSettled(runs[behind])) {

@@ -103,6 +103,9 @@ class TokenList {
   /// they are single tokens, and neither `defined` nor a name with a macro definition that its hide set does not hold.
   void appendSettled(const TokenRange& tokens, std::uint64_t generation, HideSetCache& hideSets);
 
+  /// The same for the tokens up to the first of which that may not be so. Returns how many.
+  std::size_t appendLeadingSettled(const TokenRange& tokens, std::uint64_t generation, HideSetCache& hideSets);
+
   /// Drops all but the first `count` tokens.
   void cutTo(std::size_t count);
   void clear() {
@@ -116,8 +119,18 @@ class TokenList {
 
   void appendOneRun(SpellingRange spellings, const HideSet& hideSet, bool areSettled) {
     if (!spellings.empty()) {
-      spellings_.insert(spellings_.end(), spellings.begin(), spellings.end());
+      addSpellings(spellings);
       coverNewTokens(hideSet, areSettled);
+    }
+  }
+  // Mostly one to three, for which `insert` takes longer to make up its mind than to copy.
+  void addSpellings(SpellingRange spellings) {
+    if (spellings.size() > 8) {
+      spellings_.insert(spellings_.end(), spellings.begin(), spellings.end());
+      return;
+    }
+    for (const Spelling* const spelling : spellings) {
+      spellings_.push_back(spelling);
     }
   }
   void coverNewTokens(const HideSet& hideSet, bool areSettled = false) {
@@ -132,6 +145,8 @@ class TokenList {
   }
   std::size_t findRunBehindFirst(std::size_t position) const;
   void appendRange(const TokenRange& tokens, const HideSet& added, bool areSettled, HideSetCache& hideSets);
+  void coverByRuns(const TokenRange& tokens, std::size_t run, std::size_t begin, const HideSet& added, bool areSettled,
+                   HideSetCache& hideSets);
   void cover(Run run);
   void nestRunsFrom(std::size_t first);
   template <typename Visit>

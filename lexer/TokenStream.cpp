@@ -43,16 +43,16 @@ bool TokenStream::skipWhiteSpace() {
   return skipped;
 }
 
-bool TokenStream::skipWhiteSpace(HideSet& hideSet) {
-  bool skipped = isInFile_ && fileSource().passBlanks();
-  while (isWhiteSpace(peek())) {
-    get();
+CppTokenKind TokenStream::getBehindWhiteSpace(bool& skipped, HideSet& hideSet) {
+  skipped = isInFile_ && fileSource().passBlanks();
+  CppTokenKind kind = get();
+  for (; isWhiteSpace(kind); kind = get()) {
     skipped = true;
     if (!isInFile_) {
       hideSet = hideSets_.joined(hideSet, listSource().hideSet());
     }
   }
-  return skipped;
+  return kind;
 }
 
 void TokenStream::discardLine() {

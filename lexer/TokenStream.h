@@ -112,8 +112,8 @@ class TokenStream {
   void skipBlanks();
   /// Skips line ends too; true when anything was skipped.
   bool skipWhiteSpace();
-  /// The same; adds the hide sets of what was skipped to `hideSet`.
-  bool skipWhiteSpace(HideSet& hideSet);
+  /// Skips white space and takes the token behind it. Tells whether there was any, and adds its hide sets to `hideSet`.
+  CppTokenKind getBehindWhiteSpace(bool& skipped, HideSet& hideSet);
   /// Takes tokens up to and including a line end, or up to the end of the input.
   void discardLine();
 

@@ -34,35 +34,28 @@ std::size_t findArgumentEnd(SpellingRange tokens, std::size_t begin, NormalizedT
 // its text would lex into other tokens.
 std::size_t findNormalizedArgumentEnd(SpellingRange tokens, std::size_t begin) {
   std::size_t depth = 0;
-  for (std::size_t at = begin; at < tokens.size(); ++at) {
+  const Spelling* before = blankSpelling();
+  for (std::size_t at = begin; at < tokens.size(); before = tokens[at++]) {
     const Spelling& token = *tokens[at];
-    const bool afterBlank = at > begin && tokens[at - 1] == blankSpelling();
-    switch (token.kind) {
-      case '(':
-        ++depth;
-        break;
-      case ')':
-      case ',':
-        if (depth == 0) {
-          return at;
-        }
-        depth -= token.kind == ')' ? 1U : 0U;
-        break;
-      case TK_SPACE:
-        if (&token != blankSpelling() || afterBlank) {
-          return tokens.size();
-        }
-        continue;
-      case TK_NEWLINE:
-      case TK_CONTINUATION:
-        return tokens.size();
-      default:
-        if (!token.isSingleToken() || isLoneQuote(token)) {
-          return tokens.size();
-        }
-        break;
+    // Blanks, parentheses and commas merge with nothing.
+    if (token.kind == '(') {
+      ++depth;
+      continue;
     }
-    if (at > begin && !afterBlank && mayMerge(*tokens[at - 1], token)) {
+    if (token.kind == ')' || token.kind == ',') {
+      if (depth == 0) {
+        return at;
+      }
+      depth -= token.kind == ')' ? 1U : 0U;
+      continue;
+    }
+    if (&token == blankSpelling() && before != &token) {
+      continue;
+    }
+    if (!token.isSingleToken() || isWhiteSpace(token.kind) || isLoneQuote(token)) {
+      return tokens.size();
+    }
+    if (mayMerge(*before, token)) {
       return tokens.size();
     }
   }
@@ -106,11 +99,10 @@ CppTokenKind readArgument(TokenStream& stream, CppTokenKind kind, Arguments& arg
     }
     if (afterBlank) {
       arguments.addBlank(blankHideSet);
+      blankHideSet = HideSet();
     }
     arguments.add(stream, kind);
-    blankHideSet = HideSet();
-    afterBlank = stream.skipWhiteSpace(blankHideSet);
-    kind = stream.get();
+    kind = stream.getBehindWhiteSpace(afterBlank, blankHideSet);
   }
   arguments.finish(stream, stream.hideSet());
   return kind;

@@ -3,7 +3,6 @@
 #include <cassert>
 #include <utility>
 
-#include "lexer/ByteSet.h"
 #include "lexer/Shortcuts.h"
 
 namespace qnpp {
@@ -29,38 +28,6 @@ bool areNormalized(SpellingRange tokens) {
 
 }  // namespace
 
-bool mayMerge(const Spelling& before, const Spelling& token) {
-  assert(before.size > 0 && token.size > 0);
-  const char last = before.data[before.size - 1];
-  const char first = token.data[0];
-  if (isWordByte(last)) {
-    return isWordByte(first);
-  }
-  if (before.size > 1) {
-    return false;  // No operator has more than two characters, and a literal is closed.
-  }
-  switch (last) {
-    case '#':
-    case '|':
-    case '&':
-      return first == last;
-    case '=':
-    case '!':
-      return first == '=';
-    case '<':
-    case '>':
-      return first == last || first == '=';
-    case '/':
-      return first == '/' || first == '*';
-    default:
-      return false;
-  }
-}
-
-bool isLoneQuote(const Spelling& token) {
-  return token.kind == TK_OTHER && (*token.data == '"' || *token.data == '\'');
-}
-
 void Arguments::appendText(std::size_t index, std::string& text) const {
   assert(index < count_);
   if (arguments_[index].text.data() != nullptr) {
@@ -71,9 +38,9 @@ void Arguments::appendText(std::size_t index, std::string& text) const {
 }
 
 void Arguments::add(TokenStream& stream, CppTokenKind kind) {
-  const Spelling* const before = collected_.size() > begin_ ? collected_.spellings().back() : nullptr;
   const Spelling& token = stream.appendCurrent(kind, collected_);
-  mustLex_ = mustLex_ || isLoneQuote(token) || (before != nullptr && mayMerge(*before, token));
+  mustLex_ = mustLex_ || isLoneQuote(token) || mayMerge(*last_, token);
+  last_ = &token;
 }
 
 void Arguments::finish(TokenStream& stream, HideSet hideSet) {
@@ -86,13 +53,25 @@ void Arguments::finish(TokenStream& stream, HideSet hideSet) {
     lexAnew(stream, text);
     mustLex_ = false;
   }
+  const SpellingRange collected = collected_.spellings();
+  if (collected.data() != collectedAt_) {
+    collectedAt_ = collected.data();  // So those of the arguments before have moved, too.
+    for (std::size_t index = 0; index < count_; ++index) {
+      TokenRange& tokens = arguments_[index].tokens;
+      if (!arguments_[index].isInPlace) {
+        tokens.tokens = collected.subspan(tokens.position, tokens.tokens.size());
+      }
+    }
+  }
   Argument& argument = addArgument();
-  argument.hideSet = std::move(hideSet);
-  argument.begin = begin_;
-  argument.count = collected_.size() - begin_;
+  // Tokens of a file have no sets of their own.
+  const auto& runs = collected_.runs();
+  const bool haveSets = runs.size() != 1 || !runs.front().hideSet.empty() || runs.front().nested;
+  argument.tokens = {collected.subspan(begin_), std::move(hideSet), haveSets ? &collected_ : nullptr, begin_};
   argument.text = text;
-  argument.isNormalized = !isLexedAnew || areNormalized(collected_.spellings().subspan(begin_));
-  begin_ = collected_.size();
+  argument.isNormalized = !isLexedAnew || areNormalized(argument.tokens.tokens);
+  begin_ = collected.size();
+  last_ = blankSpelling();
 }
 
 // Puts what `text`, the text of the argument being read, lexes into in the place of its tokens. A new token carries the
@@ -119,7 +98,7 @@ void Arguments::lexAnew(TokenStream& stream, std::string_view text) {
 void Arguments::addInPlace(TokenRange tokens, NormalizedTokens* surroundings) {
   Argument& argument = addArgument();
   argument.isInPlace = true;
-  argument.inPlace = std::move(tokens);
+  argument.tokens = std::move(tokens);
   argument.surroundings = surroundings;
 }
 
@@ -144,14 +123,12 @@ void Arguments::clear() {
   collected_.clear();
   begin_ = 0;
   mustLex_ = false;
+  last_ = blankSpelling();
 }
 
 void Arguments::Argument::clear() {
-  hideSet = HideSet();
-  if (isInPlace) {
-    isInPlace = false;
-    inPlace = {};
-  }
+  tokens = {};
+  isInPlace = false;
   text = {};
   surroundings = nullptr;
   isNormalized = true;

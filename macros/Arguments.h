@@ -1,12 +1,15 @@
 // Arguments of a function-like invocation.
 #pragma once
 
+#include <array>
 #include <cassert>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "lexer/ByteSet.h"
 #include "lexer/NormalizedTokens.h"
 #include "lexer/TokenList.h"
 #include "lexer/TokenStream.h"
@@ -29,17 +32,9 @@ class Arguments {
 
   /// Tokens of an argument: single tokens, one blank where white space stands between two, but for what comes out of a
   /// literal that falls apart. Valid until the arguments change.
-  TokenRange tokens(std::size_t index) const {
+  const TokenRange& tokens(std::size_t index) const {
     assert(index < count_);
-    const Argument& argument = arguments_[index];
-    if (argument.isInPlace) {
-      return argument.inPlace;
-    }
-    // Tokens of a file have no sets of their own.
-    const auto& runs = collected_.runs();
-    const bool haveSets = runs.size() != 1 || !runs.front().hideSet.empty() || runs.front().nested;
-    return {collected_.spellings().subspan(argument.begin, argument.count), argument.hideSet,
-            haveSets ? &collected_ : nullptr, argument.begin};
+    return arguments_[index].tokens;
   }
 
   /// The tokens that those of an argument are a part of; null when they are not normalized. Valid until the arguments
@@ -60,7 +55,10 @@ class Arguments {
   /// Adds the current token of `stream`, of `kind`, to the argument being read.
   void add(TokenStream& stream, CppTokenKind kind);
   /// Adds the blank for the white space before the next token; it carries the hide sets of all of it.
-  void addBlank(const HideSet& hideSet) { collected_.append(blankSpelling(), hideSet); }
+  void addBlank(const HideSet& hideSet) {
+    last_ = blankSpelling();
+    collected_.append(last_, hideSet);
+  }
   /// Ends the argument being read, at a token that carries `hideSet`. Lexes its text if need be.
   void finish(TokenStream& stream, HideSet hideSet);
   /// Adds an argument whose tokens stand in a list that outlives this object, already normalized; they are a part of
@@ -71,11 +69,8 @@ class Arguments {
 
  private:
   struct Argument {
-    std::size_t begin = 0;  // Into the collected tokens, unless the argument is used in place.
-    std::size_t count = 0;
-    HideSet hideSet;  // Of the token behind it.
-    bool isInPlace = false;
-    TokenRange inPlace;
+    TokenRange tokens;
+    bool isInPlace = false;                    // Not a part of the collected tokens.
     std::string_view text;                     // The normalized text, when it is more than the tokens' texts.
     NormalizedTokens* surroundings = nullptr;  // Null: `whole`, once it has been asked for.
     NormalizedTokens whole;                    // The argument's own tokens.
@@ -90,17 +85,60 @@ class Arguments {
   void lexAnew(TokenStream& stream, std::string_view text);
 
   TokenList collected_;
+  const Spelling* const* collectedAt_ = nullptr;  // Where the tokens of the arguments that are not in place stand.
   std::vector<Argument> arguments_;  // The first `count_` are in use; the others keep their memory for later ones.
   std::size_t count_ = 0;
-  std::size_t begin_ = 0;  // Where the argument being read begins.
-  bool mustLex_ = false;   // Its text may lex into other tokens.
+  std::size_t begin_ = 0;                   // Where the argument being read begins.
+  bool mustLex_ = false;                    // Its text may lex into other tokens.
+  const Spelling* last_ = blankSpelling();  // Its last token; a blank, which merges with nothing, before there is one.
 };
 
+/// The ways in which two tokens may become one, each a bit: by the last byte of the first, and by the first of the
+/// second.
+struct MergingWays {
+  static constexpr std::uint8_t kWord = 1;
+  std::array<std::uint8_t, 256> ofLast{};
+  std::array<std::uint8_t, 256> ofFirst{};
+};
+
+inline constexpr MergingWays kMergingWays = [] {
+  MergingWays ways;
+  for (std::size_t byte = 0; byte < kWordBytes.size(); ++byte) {
+    ways.ofLast[byte] = ways.ofFirst[byte] = kWordBytes[byte] ? MergingWays::kWord : 0;
+  }
+  unsigned way = MergingWays::kWord;
+  const auto add = [&ways, &way](std::string_view last, std::string_view first) {
+    way <<= 1U;
+    for (const char byte : last) {
+      ways.ofLast[static_cast<unsigned char>(byte)] |= static_cast<std::uint8_t>(way);
+    }
+    for (const char byte : first) {
+      ways.ofFirst[static_cast<unsigned char>(byte)] |= static_cast<std::uint8_t>(way);
+    }
+  };
+  add("#", "#");
+  add("|", "|");
+  add("&", "&");
+  add("=!<>", "=");
+  add("<", "<");
+  add(">", ">");
+  add("/", "/*");
+  return ways;
+}();
+
 /// Whether `token`, without white space before it, may become part of the token before it when both are lexed as one
-/// text. May say yes too often.
-bool mayMerge(const Spelling& before, const Spelling& token);
+/// text. May say yes too often. Asked for every token of an argument, hence the table.
+inline bool mayMerge(const Spelling& before, const Spelling& token) {
+  assert(before.size > 0 && token.size > 0);
+  const unsigned ways = kMergingWays.ofLast[static_cast<unsigned char>(before.data[before.size - 1])] &
+                        kMergingWays.ofFirst[static_cast<unsigned char>(token.data[0])];
+  // No operator has more than two characters, and a literal is closed.
+  return before.size == 1 ? ways != 0 : (ways & MergingWays::kWord) != 0;
+}
 
 /// Whether a quote stands alone, so that it may open a literal in another place.
-bool isLoneQuote(const Spelling& token);
+inline bool isLoneQuote(const Spelling& token) {
+  return token.kind == TK_OTHER && (*token.data == '"' || *token.data == '\'');
+}
 
 }  // namespace qnpp

@@ -6,10 +6,16 @@
 #include <string_view>
 #include <utility>
 
+#include "lexer/ByteSet.h"
 #include "lexer/Shortcuts.h"
 #include "macros/ArgumentReading.h"
 
 namespace qnpp {
+namespace {
+
+constexpr ByteSet kQuotesAndBackslash = bytesOf("\"'\\");
+
+}  // namespace
 
 /// The replacement of an invocation.
 struct MacroExpander::Substitution {
@@ -70,16 +76,6 @@ void MacroExpander::expandInText() {
   }
 }
 
-// Writes the tokens up to the first that is not written as it stands: what would be read back and written is written
-// right here. Returns how many.
-std::size_t MacroExpander::writeLeadingText(SpellingRange tokens) {
-  std::size_t written = 0;
-  for (; written < tokens.size() && tokens[written]->isWrittenAsIs(); ++written) {
-    context_.output.write(tokens[written]->data, tokens[written]->size);
-  }
-  return written;
-}
-
 void MacroExpander::expandObjectLikeInText(Name& name) {
   const TokenStream::Hold hold(stream_);
   const SpellingRange tokens = replacementOf(name).tokens();
@@ -88,7 +84,8 @@ void MacroExpander::expandObjectLikeInText(Name& name) {
     context_.output.write(name.finalText.text());
     return;
   }
-  const std::size_t written = writeLeadingText(tokens);
+  // What would be read back and written is written right here.
+  const std::size_t written = writeLeadingText(tokens, context_.output);
   if (written < tokens.size()) {
     stream_.push({tokens.subspan(written), stream_.hideSets().with(stream_.hideSet(), name)});
   }
@@ -169,11 +166,12 @@ template <typename Take, typename IsHidden>
 MacroExpander::Invocation MacroExpander::readInvocation(const CppMacro& macro, Substitution& substitution, Take take,
                                                         IsHidden isHidden) {
   const TokenStream::EndedLists::Collecting collecting(substitution.ended);
-  while (isWhiteSpace(stream_.peek())) {
+  CppTokenKind kind = stream_.peek();
+  for (; isWhiteSpace(kind); kind = stream_.peek()) {
     stream_.get();
     take();
   }
-  if (stream_.peek() != '(' || isHidden()) {
+  if (kind != '(' || isHidden()) {
     return Invocation::None;
   }
   return collectArguments(stream_, messages_, macro, substitution.arguments) ? Invocation::Complete
@@ -241,16 +239,25 @@ void MacroExpander::substitute(Substitution& substitution) {
 void MacroExpander::finishSubstitution() {
   auto finished = std::move(std::get<std::unique_ptr<Substitution>>(expansions_.back()));
   expansions_.pop_back();
-  const std::size_t written = kShortcuts && expansions_.empty() ? writeLeadingText(finished->result.spellings()) : 0;
-  if (written < finished->result.size()) {
-    stream_.push(finished->result, written);
+  TokenList& result = finished->result;
+  std::size_t passed = 0;  // What would be read back and written, or collected, is so right here.
+  if (kShortcuts && expansions_.empty()) {
+    passed = writeLeadingText(result.spellings(), context_.output);
+  } else if (kShortcuts) {
+    ListExpansion& reader = *std::get<std::unique_ptr<ListExpansion>>(expansions_.back());
+    TokenRange tokens = result.all();
+    tokens.unite(stream_.hideSets());
+    passed = reader.result.appendLeadingSettled(tokens, names_.generation(), stream_.hideSets());
+  }
+  if (passed < result.size()) {
+    stream_.push(result, passed);
   }
   spareSubstitutions_.give(std::move(finished));
 }
 
 // Appends the expansion of an argument if it is known: because there is no macro's name in it, or from an earlier step.
 bool MacroExpander::appendExpanded(Substitution& substitution, std::uint32_t argument) {
-  const TokenRange tokens = substitution.arguments.tokens(argument);
+  const TokenRange& tokens = substitution.arguments.tokens(argument);
   context_.budget.spendOnExpansion(tokens.tokens.size());
   const auto isMacro = [](const Spelling* token) { return token->name != nullptr && token->name->macro != nullptr; };
   if (kShortcuts && std::none_of(tokens.tokens.begin(), tokens.tokens.end(), isMacro)) {
@@ -268,9 +275,17 @@ bool MacroExpander::appendExpanded(Substitution& substitution, std::uint32_t arg
 // A string literal of the argument's text. Within literals of the text backslashes are doubled, and every double quote
 // gets one; a quote of either sort that no backslash precedes switches between inside and outside.
 void MacroExpander::stringize(const Arguments& arguments, std::uint32_t argument, std::string& literal) {
-  argumentText_.clear();
-  arguments.appendText(argument, argumentText_);
+  // Mostly there is no quote and no backslash, and the text stands in the literal as it is.
+  const std::size_t begin = literal.size();
   literal.push_back('"');
+  arguments.appendText(argument, literal);
+  if (std::none_of(literal.begin() + static_cast<std::ptrdiff_t>(begin) + 1, literal.end(),
+                   [](char character) { return has(kQuotesAndBackslash, character); })) {
+    literal.push_back('"');
+    return;
+  }
+  argumentText_.assign(literal, begin + 1);
+  literal.resize(begin + 1);
   bool inLiteral = false;
   char before = '\0';
   for (const char character : argumentText_) {

@@ -67,7 +67,6 @@ class MacroExpander {
 
   void expandFunctionLikeInText(const Name& name, const HideSet& hideSet);
   void expandObjectLikeInText(Name& name);
-  std::size_t writeLeadingText(SpellingRange tokens);
   void pushObjectLike(const Name& name, const HideSet& hideSet);
   const Replacement& replacementOf(const Name& name);
 

@@ -163,7 +163,9 @@ ExpressionEvaluator::Result ExpressionEvaluator::evaluate(bool isInLine) {
   }
 }
 
+// No step is taken without a look at the next token, so this is where an expression without end is paid for.
 CppTokenKind ExpressionEvaluator::peek() {
+  budget_.spend();
   for (;;) {
     const CppTokenKind kind = peekOperandToken(stream_);
     if (!expandsNames_ || isProtected_ || !isName(kind) || !names_->expandNext()) {

@@ -8,6 +8,7 @@
 
 #include "directives/CppExprValue.h"
 #include "directives/WaitingOperator.h"
+#include "lexer/Budget.h"
 #include "lexer/Messages.h"
 #include "lexer/TokenStream.h"
 
@@ -41,8 +42,8 @@ class ExpressionEvaluator {
   };
 
   /// All are borrowed and outlive the object.
-  ExpressionEvaluator(TokenStream& stream, MessageSink& messages, NameExpander* names = nullptr)
-      : stream_(stream), messages_(messages), names_(names) {}
+  ExpressionEvaluator(TokenStream& stream, MessageSink& messages, Budget& budget, NameExpander* names = nullptr)
+      : stream_(stream), messages_(messages), budget_(budget), names_(names) {}
 
   /// Reads one expression from the current source and evaluates it. What is behind it is left. Evaluation goes on
   /// behind errors. Throws DivisionByZero. Its macros have been expanded already, unless `isInLine`: then names are
@@ -64,6 +65,7 @@ class ExpressionEvaluator {
 
   TokenStream& stream_;
   MessageSink& messages_;
+  Budget& budget_;
   NameExpander* const names_;
   bool expandsNames_ = false;
   bool isProtected_ = false;      // The next token, if it is a name.

@@ -59,7 +59,7 @@ CppPreprocessor::CppPreprocessor(Host& host, Budget& budget)
       hooks_(std::make_unique<Hooks>(*this)),
       stream_(names_, lexerContext_, *hooks_),
       diagnostics_(host, stream_, includeLines_),
-      evaluator_(stream_, diagnostics_, hooks_.get()),
+      evaluator_(stream_, diagnostics_, budget, hooks_.get()),
       includes_(*hooks_) {
   output_.attach(host);
 }

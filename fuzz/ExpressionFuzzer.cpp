@@ -386,7 +386,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   qnpp::ExpressionEvaluator::Result result;
   bool dividesByZero = false;
   try {
-    result = qnpp::ExpressionEvaluator(stream, watcher).evaluate();
+    result = qnpp::ExpressionEvaluator(stream, watcher, surroundings.budget).evaluate();
   } catch (const qnpp::DivisionByZero&) {
     dividesByZero = true;
   }

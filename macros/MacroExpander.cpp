@@ -358,6 +358,7 @@ void MacroExpander::expandList(ListExpansion& expansion) {
   TokenList& result = expansion.result;
   const std::size_t depth = expansions_.size();
   while (expansions_.size() == depth) {
+    context_.budget.spend();  // The operand of a directive has no other end than that of its line.
     stream_.listSource().takeSettled(result);
     const CppTokenKind kind = stream_.get();
     if (kind == TK_END) {

@@ -46,7 +46,7 @@ Evaluated evaluate(const std::string& expression) {
   CppMacro macro;
   setting.name("ONE").macro = setting.name("F").macro = &macro;
   MessageList messages;
-  const auto [value, isOk] = ExpressionEvaluator(setting.stream, messages).evaluate();
+  const auto [value, isOk] = ExpressionEvaluator(setting.stream, messages, setting.budget).evaluate();
   return {value, isOk, messages.identifiers, setting.takeAll()};
 }
 
@@ -209,7 +209,7 @@ TEST(ExpressionTest, AnOperandEndsWithItsSource) {
   {
     TokenList operand = setting.listOf({"40", " ", "+"});
     const TokenStream::Closed closed(setting.stream, operand);
-    const ExpressionEvaluator::Result result = ExpressionEvaluator(setting.stream, messages).evaluate();
+    const ExpressionEvaluator::Result result = ExpressionEvaluator(setting.stream, messages, setting.budget).evaluate();
     EXPECT_EQ(result.value.value, 40U);
     EXPECT_FALSE(result.isOk);
     EXPECT_EQ(messages.identifiers, "expression-operand");

@@ -110,6 +110,7 @@ std::optional<Status> Driver::run(int argc, const char* const* argv) {
     isFatal = diagnostic.severity == Severity::FatalError;
     messages_ << diagnostic.text << std::flush;
   });
+  preprocessor_.setDependencies(false);  // Nobody asks for them.
   const Result result = preprocessor_.run(std::move(source_), sourceName_);
   textOutput.flush();
   if (result.status == Status::OutOfMemory && !isFatal) {

@@ -72,6 +72,12 @@ void Preprocessor::setLineDirectives(bool areWritten) noexcept {
   }
 }
 
+void Preprocessor::setDependencies(bool areWanted) noexcept {
+  if (state_ != nullptr) {
+    state_->settings.wantsDependencies = areWanted;
+  }
+}
+
 void Preprocessor::setLineMap(bool isWanted) noexcept {
   if (state_ != nullptr) {
     state_->settings.wantsLineMap = isWanted;

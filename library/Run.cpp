@@ -291,7 +291,14 @@ void Run::enter(const Inclusion& inclusion, std::size_t depth) {
   if (settings_.limits.includeDepth != 0 && depth > settings_.limits.includeDepth) {
     throw RunEnded{RunEnded::Reason::IncludeDepth};
   }
-  if (paths_.emplace(inclusion.path).second) {
+  if (settings_.wantsDependencies) {
+    addDependency(inclusion);
+  }
+}
+
+void Run::addDependency(const Inclusion& inclusion) {
+  if (!paths_.contains(inclusion.path)) {
+    paths_.emplace(inclusion.path);
     result_.dependencies.push_back({std::string(inclusion.path), inclusion.name.name, inclusion.name.isQuoted,
                                     foundOf(inclusion.origin), std::string(inclusion.place.file),
                                     inclusion.place.line});
@@ -301,12 +308,16 @@ void Run::enter(const Inclusion& inclusion, std::size_t depth) {
 // ---- The line map ----
 
 void Run::mark(LineMark mark, const FilePlace& place, std::uint64_t offset) {
-  if (!settings_.wantsLineMap) {
-    return;
+  if (settings_.wantsLineMap) {
+    addEntry(mark, place, offset);
   }
+}
+
+void Run::addEntry(LineMark mark, const FilePlace& place, std::uint64_t offset) {
   LineMap& map = result_.lineMap;
-  const auto [number, isNew] = fileNumbers_.emplace(place.file, map.files.size());
-  if (isNew) {
+  auto number = fileNumbers_.find(place.file);
+  if (number == fileNumbers_.end()) {
+    number = fileNumbers_.emplace(place.file, map.files.size()).first;
     map.files.emplace_back(place.file);
   }
   map.entries.push_back({offset, 0, number->second, place.line, reasonOf(mark)});

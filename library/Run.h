@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <istream>
 #include <memory>
 #include <optional>
@@ -31,7 +32,14 @@ struct Settings {
   OutputSink outputSink;
   Limits limits;
   bool writesLineDirectives = true;
+  bool wantsDependencies = true;
   bool wantsLineMap = false;
+};
+
+/// Finds a text among strings without making a string of it.
+struct TextHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const { return std::hash<std::string_view>()(text); }
 };
 
 /// Runs the engine once, and turns what it says and how it ends into a result.
@@ -65,6 +73,8 @@ class Run final : public Host {
   void enter(const Inclusion& inclusion, std::size_t depth) override;
   void mark(LineMark mark, const FilePlace& place, std::uint64_t offset) override;
 
+  void addDependency(const Inclusion& inclusion);
+  void addEntry(LineMark mark, const FilePlace& place, std::uint64_t offset);
   void deliver(std::string_view text);
   void countLines(std::string_view text);
   void finishLineMap();
@@ -79,8 +89,8 @@ class Run final : public Host {
   std::uint64_t linesDelivered_ = 0;
   std::size_t entriesCounted_ = 0;  // Entries of the line map that have got their line of the output.
   std::vector<Place> includeChain_;
-  std::unordered_set<std::string> paths_;
-  std::unordered_map<std::string, std::size_t> fileNumbers_;
+  std::unordered_set<std::string, TextHash, std::equal_to<>> paths_;
+  std::unordered_map<std::string, std::size_t, TextHash, std::equal_to<>> fileNumbers_;
 };
 
 }  // namespace qnpp

@@ -214,6 +214,8 @@ class Preprocessor {
   QNPP_EXPORT void setLimits(const Limits& limits) noexcept;
   /// Whether line directives are written into the output. They are unless this says otherwise.
   QNPP_EXPORT void setLineDirectives(bool areWritten) noexcept;
+  /// Whether the result has the dependencies. It has them unless this says otherwise.
+  QNPP_EXPORT void setDependencies(bool areWanted) noexcept;
   /// Whether the result has a line map. It has none unless this says so.
   QNPP_EXPORT void setLineMap(bool isWanted) noexcept;
 

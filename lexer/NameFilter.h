@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -16,12 +17,12 @@ namespace qnpp {
 /// need. Names that are no longer defined stay in.
 class NameFilter {
  public:
-  NameFilter() : beginnings_(0x10000 / 64), bits_(kFewest / 64) {}
+  NameFilter() : beginnings_(kBeginningsOfNumbers.begin(), kBeginningsOfNumbers.end()), bits_(kFewest / 64) {}
 
   /// `name` is not empty.
   void add(std::string_view name) {
     if (name.size() == 1) {
-      allowBeginning(name[0]);
+      allowBeginning(beginnings_, name[0]);
     } else {
       set(beginnings_, beginningOf(name.data()));
     }
@@ -38,16 +39,9 @@ class NameFilter {
       set(bits_, names_.back() >> shift_);
     }
   }
-  /// From now on, any word may be a name that begins with this byte.
-  void allowBeginning(char byte) {
-    for (std::size_t second = 0; second < 256; ++second) {
-      const char bytes[] = {byte, static_cast<char>(second)};
-      set(beginnings_, beginningOf(bytes));
-    }
-  }
 
   /// False when there is no definition of a name that begins with the two bytes at `word`; of a word of one letter the
-  /// second is the one behind it.
+  /// second is the one behind it. Never false for a number.
   bool mayBegin(const char* word) const { return has(beginnings_, beginningOf(word)); }
 
   /// False when there is no definition of that name. Four bytes from `name.data()` on are read, whatever its size.
@@ -80,14 +74,35 @@ class NameFilter {
   static bool has(const std::vector<std::uint64_t>& bits, std::uint64_t place) {
     return (bits[place / 64] >> (place % 64) & 1U) != 0;
   }
-  static void set(std::vector<std::uint64_t>& bits, std::uint64_t place) {
+  template <typename Bits>
+  static constexpr void set(Bits& bits, std::uint64_t place) {
     bits[place / 64] |= std::uint64_t{1} << (place % 64);
   }
+
+  using Beginnings = std::array<std::uint64_t, 0x10000 / 64>;
+
+  // Any word may be a name that begins with this byte.
+  template <typename Bits>
+  static constexpr void allowBeginning(Bits& beginnings, char byte) {
+    for (std::size_t second = 0; second < 256; ++second) {
+      set(beginnings, std::bit_cast<std::uint16_t>(std::array<char, 2>{byte, static_cast<char>(second)}));
+    }
+  }
+  // Made by the compiler: a small run would spend a third of its time on it.
+  static const Beginnings kBeginningsOfNumbers;
 
   std::vector<std::uint64_t> beginnings_;
   std::vector<std::uint64_t> bits_;
   int shift_ = 64 - std::countr_zero(kFewest);
   std::vector<std::uint64_t> names_;  // Their keys.
 };
+
+inline constexpr NameFilter::Beginnings NameFilter::kBeginningsOfNumbers = [] {
+  Beginnings beginnings{};
+  for (char digit = '0'; digit <= '9'; ++digit) {
+    allowBeginning(beginnings, digit);
+  }
+  return beginnings;
+}();
 
 }  // namespace qnpp

@@ -50,9 +50,6 @@ NameTable::NameTable(const Secret& secret) : secret_(secret), slots_(kInitialSlo
     intern(text)->spelling.kind = static_cast<std::int16_t>(kind);
   }
   macroNames_.add("_Pragma");
-  for (char digit = '0'; digit <= '9'; ++digit) {
-    macroNames_.allowBeginning(digit);
-  }
 }
 
 Name* NameTable::intern(std::string_view text) {

@@ -4,7 +4,8 @@
     make_seeds.py <folder of the golden cases> <folder to be made>
 
 Each target gets a folder of its own: whole sources for the lexer, sources with their headers and options for the
-preprocessor, and what stands behind #if and #elif for the evaluator. The macro target reads no text.
+preprocessor, the same without options for the library, and what stands behind #if and #elif for the evaluator. The
+macro target reads no text.
 """
 
 import pathlib
@@ -31,6 +32,8 @@ def seeds_of(case):
     texts = [text for _, text in sources]
     # A word of the command line that is an option stands on a line of its own behind "@", the files apart by "@@".
     options = re.findall(rb"^-.*", case.parts.get("args", b""), re.M)
+    # Behind a plan by which the caller does what should be done.
+    yield "library", title, b"00000 \n" + b"\n@@\n".join(texts)
     yield "preprocessor", title, b"".join(b"@%s\n" % word for word in options) + b"\n@@\n".join(texts)
     for name, text in sources:
         yield "lexer", f"{title}.{pathlib.PurePath(name).name}", text

@@ -92,5 +92,24 @@ TEST(ErrorPathTest, givesBackWhatItHoldsWhereverMemoryRunsOut) {
   EXPECT_GT(allocations, 20U) << "hardly any allocation failed";
 }
 
+TEST(ErrorPathTest, aSettingWithoutMemoryEndsAllLaterRuns) {
+  const std::string longText(100, 'x');
+  Preprocessor preprocessor;
+  std::string messages;
+  preprocessor.setDiagnosticSink([&messages](const Diagnostic& diagnostic) { messages += diagnostic.text; });
+  {
+    const LimitedAllocation limited({.count = 0});
+    preprocessor.define(longText);
+  }
+  for (int run = 0; run < 2; ++run) {
+    messages.clear();
+    const Result result = preprocessor.run(Source::ofText("x\n"));
+    EXPECT_EQ(result.status, Status::OutOfMemory);
+    EXPECT_TRUE(result.hasErrors);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(messages, "FATAL ERROR: out of memory.\n");
+  }
+}
+
 }  // namespace
 }  // namespace qnpp

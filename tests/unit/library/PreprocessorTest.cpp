@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -12,6 +14,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -107,6 +110,70 @@ TEST(SourceTest, AReaderMayFail) {
   EXPECT_EQ(text, "input in flex scanner failed\n");
 }
 
+TEST(SourceTest, AFileIsOpenedWhenTheRunGetsToIt) {
+  const TemporaryFolder folder;
+  Source source = Source::ofFile(folder.path("a.c"));
+  folder.write("a.c", "x\n");
+  EXPECT_EQ(Preprocessor().run(std::move(source), "name").output, "#line 1 \"name\"\nx\n");
+}
+
+// ---- The object ----
+
+TEST(PreprocessorTest, LetsNoExceptionOut) {
+  using P = Preprocessor;
+  static_assert(std::is_nothrow_default_constructible_v<P>);
+  static_assert(std::is_nothrow_move_constructible_v<P> && std::is_nothrow_move_assignable_v<P>);
+  static_assert(noexcept(std::declval<P>().define({}))&& noexcept(std::declval<P>().addIncludeDirectory({})));
+  static_assert(noexcept(std::declval<P>().setResolver(std::declval<Resolver>())));
+  static_assert(noexcept(std::declval<P>().setDiagnosticSink(std::declval<DiagnosticSink>())));
+  static_assert(noexcept(std::declval<P>().setOutputSink(std::declval<OutputSink>())));
+  static_assert(noexcept(std::declval<P>().setLimits({}))&& noexcept(std::declval<P>().cancel()));
+  static_assert(noexcept(std::declval<P>().setLineDirectives(true))&& noexcept(std::declval<P>().setLineMap(true)));
+  static_assert(noexcept(std::declval<P>().setDependencies(true)));
+  static_assert(noexcept(std::declval<P>().run(std::declval<Source>())));
+}
+
+TEST(PreprocessorTest, MovesWithItsSettings) {
+  Preprocessor first;
+  first.define("A=kept");
+  Preprocessor second(std::move(first));
+  EXPECT_EQ(second.run(Source::ofText("A\n"), "a").output, "#line 1 \"a\"\nkept\n");
+  Preprocessor third;
+  third.define("A=lost");
+  third = std::move(second);
+  EXPECT_EQ(third.run(Source::ofText("A\n"), "a").output, "#line 1 \"a\"\nkept\n");
+  second = Preprocessor();
+  EXPECT_EQ(second.run(Source::ofText("A\n"), "a").output, "#line 1 \"a\"\nA\n");
+}
+
+TEST(PreprocessorTest, CopiesTheTextsThatItIsGiven) {
+  const TemporaryFolder folder;
+  folder.write("a.h", "found\n");
+  std::string definition = "A=1";
+  std::string directory = folder.path();
+  Preprocessor preprocessor;
+  preprocessor.define(definition);
+  preprocessor.addIncludeDirectory(directory);
+  definition.assign("B=2");
+  std::fill(directory.begin(), directory.end(), 'x');
+  EXPECT_EQ(preprocessor.run(Source::ofText("A\n#include <a.h>\n"), "a").output,
+            "#line 1 \"a\"\n1\n#line 1 \"" + folder.path("a.h") + "\"\nfound\n#line 3 \"a\"\n");
+}
+
+TEST(PreprocessorTest, DeliversBlocksToAnOutputSink) {
+  const std::string text = repeat(50'000, "text\n");
+  std::string collected;
+  int blocks = 0;
+  Preprocessor preprocessor;
+  preprocessor.setOutputSink([&](std::string_view block) {
+    collected += block;
+    ++blocks;
+  });
+  EXPECT_EQ(preprocessor.run(Source::borrowing(text), "a").output, "");
+  EXPECT_TRUE(collected == "#line 1 \"a\"\n" + text);
+  EXPECT_GT(blocks, 1);
+}
+
 // ---- Definitions and includes ----
 
 TEST(PreprocessorTest, DefinitionsAreThoseOfTheProgram) {
@@ -163,6 +230,30 @@ TEST(ResolverTest, NoFileIsTouched) {
             "m:1: Cannot open file: a.h.\nm:2: Cannot open file: a.h.\nm:3: Cannot open file: " + path + ".\n");
 }
 
+TEST(PreprocessorTest, AnAbsolutePathIsFoundAsSuch) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("a.h", "");
+  const Result result = Preprocessor().run(Source::ofText("#include \"" + path + "\"\n"), "main");
+  ASSERT_EQ(result.dependencies.size(), 1U);
+  EXPECT_EQ(result.dependencies[0].found, Dependency::Found::Absolute);
+  EXPECT_EQ(result.dependencies[0].path, path);
+  EXPECT_EQ(result.dependencies[0].name, path);
+}
+
+TEST(ResolverTest, MayNameFiles) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("on-disk", "x __FILE__\n");
+  std::string messages;
+  Preprocessor preprocessor;
+  preprocessor.setDiagnosticSink([&messages](const Diagnostic& diagnostic) { messages += diagnostic.text; });
+  preprocessor.setResolver([&](const IncludeRequest& request) -> std::optional<Include> {
+    return Include{"named", Source::ofFile(request.name == "a" ? path : folder.path())};
+  });
+  EXPECT_EQ(preprocessor.run(Source::ofText("#include <a>\n#include <b>\n"), "main").output,
+            "#line 1 \"main\"\n#line 1 \"named\"\nx \"named\"\n#line 2 \"main\"\n");
+  EXPECT_EQ(messages, "main:2: Cannot open file: b.\n");
+}
+
 TEST(ResolverTest, IsAskedWithAllThatIsKnown) {
   struct Asked {
     std::string name;
@@ -199,9 +290,20 @@ TEST(ResolverTest, IsAskedWithAllThatIsKnown) {
 }
 
 TEST(ResolverTest, EachFileIsADependencyOnce) {
-  EXPECT_EQ(
-      run("#include <a>\n#include <b>\n#include \"a\"\n", {{"a", ""}, {"b", "#include <a>\n"}}).dependencies.size(),
-      2U);
+  const Files files = {{"a", ""}, {"b", "#include <a>\n#include <c>\n"}, {"c", ""}};
+  const std::string source = "#include <b>\n#include \"a\"\n#include <c>\n";
+  const Result result = run(source, files);
+  ASSERT_EQ(result.dependencies.size(), 3U);
+  EXPECT_EQ(result.dependencies[0].path, "b");
+  EXPECT_EQ(result.dependencies[1].path, "a");
+  EXPECT_EQ(result.dependencies[1].includer, "b");
+  EXPECT_EQ(result.dependencies[2].path, "c");
+  Preprocessor preprocessor;
+  preprocessor.setResolver(resolverOf(files));
+  preprocessor.setDependencies(false);
+  const Result without = preprocessor.run(Source::borrowing(source), "main");
+  EXPECT_TRUE(without.dependencies.empty());
+  EXPECT_EQ(without.output, result.output);
 }
 
 // ---- Messages ----
@@ -242,7 +344,35 @@ TEST(DiagnosticTest, WarningsMakeNoErrors) {
   EXPECT_FALSE(result.hasErrors);
 }
 
+TEST(DiagnosticTest, NumbersOfLinesWrap) {
+  std::int32_t line = 0;
+  Preprocessor preprocessor;
+  preprocessor.setDiagnosticSink([&line](const Diagnostic& diagnostic) { line = diagnostic.place.line; });
+  preprocessor.run(Source::ofText("#line 2147483647\n#wrong\n"), "main");
+  EXPECT_EQ(line, INT32_MIN);
+}
+
+TEST(DiagnosticTest, WithoutASinkErrorsStillCount) {
+  EXPECT_EQ(run("#wrong\n").status, Status::Errors);
+  EXPECT_TRUE(run("#wrong\n").hasErrors);
+}
+
 // ---- How runs end ----
+
+TEST(StatusTest, NothingStopsAtAnError) {
+  const Result result = run("#wrong\nx\n");
+  EXPECT_EQ(result.status, Status::Errors);
+  EXPECT_EQ(result.output, "#line 1 \"main\"\n#line 2 \"main\"\nx\n");
+  EXPECT_EQ(result.endFile, "");
+  EXPECT_EQ(result.endLine, 0);
+  EXPECT_EQ(result.exception, nullptr);
+}
+
+TEST(StatusTest, ErrorsAreToldHoweverTheRunEnds) {
+  const Result result = run("#wrong\n#if 1/0\n");
+  EXPECT_EQ(result.status, Status::DivisionByZero);
+  EXPECT_TRUE(result.hasErrors);
+}
 
 TEST(StatusTest, ADivisionByZeroIsAStatus) {
   const Result result = run("x\n#include <a>\ny\n", {{"a", "z\n#if 1/0\n#endif\n"}});
@@ -294,6 +424,36 @@ TEST(LimitsTest, IncludeDepth) {
   EXPECT_EQ(result.output, "#line 1 \"main\"\n#line 1 \"a\"\na\n#line 1 \"a\"\na\n");
   EXPECT_EQ(result.endFile, "a");
   EXPECT_EQ(result.endLine, 2);
+}
+
+TEST(LimitsTest, IncludeDepthCountsFilesAround) {
+  const Files files = {{"a", "a\n"}, {"b", "#include <a>\n"}};
+  Preprocessor preprocessor;
+  preprocessor.setResolver(resolverOf(files));
+  preprocessor.setLimits({1, 0, 0, {}});
+  EXPECT_EQ(preprocessor.run(Source::ofText("#include <a>\n#include <a>\n")).status, Status::Clean);
+  EXPECT_EQ(preprocessor.run(Source::ofText("#include <b>\n")).limit, Limit::IncludeDepth);
+}
+
+// The status of a run that may do so much work.
+Status statusWithin(std::uint64_t work, std::string_view source) {
+  Preprocessor preprocessor;
+  preprocessor.setLimits({0, work, 0, {}});
+  return preprocessor.run(Source::borrowing(source)).status;
+}
+
+TEST(LimitsTest, ExpansionWorkIsCounted) {
+  // The macro, and the one token that it is replaced by.
+  EXPECT_EQ(statusWithin(2, "#define A x\nA\n"), Status::Clean);
+  EXPECT_EQ(statusWithin(1, "#define A x\nA\n"), Status::LimitReached);
+  EXPECT_EQ(statusWithin(1, "#define A x\nB\n"), Status::Clean);
+  // The macro, a literal, and its 1602 bytes.
+  const std::string literal = "#define text(a) #a\ntext(" + repeat(1600, "x") + ")\n";
+  EXPECT_EQ(statusWithin(200, literal), Status::Clean);
+  EXPECT_EQ(statusWithin(99, literal), Status::LimitReached);
+  const std::string joined = "#define join(a, b) a##b\njoin(x, " + repeat(1600, "x") + ")\n";
+  EXPECT_EQ(statusWithin(200, joined), Status::Clean);
+  EXPECT_EQ(statusWithin(99, joined), Status::LimitReached);
 }
 
 TEST(LimitsTest, ExpansionWork) {
@@ -351,6 +511,57 @@ TEST(CancelTest, EndsTheRunUnderWayOrTheNext) {
   other.join();
 }
 
+TEST(CancelTest, EndsTheRunFromAFunctionThatItCalls) {
+  Preprocessor preprocessor;
+  preprocessor.setResolver([&preprocessor](const IncludeRequest&) {
+    preprocessor.cancel();
+    return Include{"endless", Source::ofReader([](char* to, std::size_t size) {
+                     std::fill_n(to, size, '\n');
+                     return static_cast<std::ptrdiff_t>(size);
+                   })};
+  });
+  const Result result = preprocessor.run(Source::ofText("x\n#include <a>\n"), "main");
+  EXPECT_EQ(result.status, Status::Cancelled);
+  EXPECT_TRUE(result.output.starts_with("#line 1 \"main\"\nx\n"));
+  EXPECT_EQ(result.endFile, "endless");
+}
+
+Preprocessor* signalled = nullptr;
+
+TEST(CancelTest, EndsTheRunFromASignalHandler) {
+  Preprocessor preprocessor;
+  signalled = &preprocessor;
+  auto* const before = std::signal(SIGUSR1, [](int) { signalled->cancel(); });
+  preprocessor.setOutputSink([](std::string_view) {});
+  const Result result = preprocessor.run(Source::ofReader([](char* to, std::size_t size) {
+    std::raise(SIGUSR1);
+    std::fill_n(to, size, '\n');
+    return static_cast<std::ptrdiff_t>(size);
+  }));
+  std::signal(SIGUSR1, before);
+  EXPECT_EQ(result.status, Status::Cancelled);
+}
+
+// The condition is one line, so nothing but its evaluation can notice: a message early in it cancels, and one at its
+// end does not come any more.
+TEST(CancelTest, EndsAConditionThatIsUnderWay) {
+  const std::string terms = repeat(100'000, " + 1");
+  const std::string names = repeat(100'000, " + NONE");
+  for (const std::string& source : {"#if 'abcde'" + terms + " + 'abcde'\n#endif\n",
+                                    "#define A\n#if 'abcde'" + terms + names + " + 'abcde' A\n#endif\n"}) {
+    int messages = 0;
+    Preprocessor preprocessor;
+    preprocessor.setDiagnosticSink([&](const Diagnostic&) {
+      ++messages;
+      preprocessor.cancel();
+    });
+    const Result result = preprocessor.run(Source::borrowing(source), "main");
+    EXPECT_EQ(result.status, Status::Cancelled);
+    EXPECT_EQ(messages, 1);
+    EXPECT_EQ(result.endFile, "main");
+  }
+}
+
 // ---- The line map ----
 
 TEST(LineMapTest, TellsWhatTheLineDirectivesTell) {
@@ -392,6 +603,27 @@ TEST(LineMapTest, TellsWhatTheLineDirectivesTell) {
     EXPECT_EQ(two.file, "a");
     EXPECT_EQ(two.line, 2);
   }
+}
+
+TEST(LineMapTest, FindsWhatALineStandsFor) {
+  using Reason = LineMap::Reason;
+  LineMap map;
+  map.files = {"a", "b"};
+  map.entries = {{9, 2, 0, 1, Reason::Start},
+                 {30, 4, 0, 7, Reason::Corrected},
+                 {35, 4, 1, 70, Reason::Renumbered},
+                 {50, 9, 1, INT32_MAX, Reason::Renumbered}};
+  const auto found = [&map](std::uint64_t line) {
+    const Place place = map.find(line);
+    return std::string(place.file) + ":" + std::to_string(place.line);
+  };
+  EXPECT_EQ(found(0), ":0");
+  EXPECT_EQ(found(1), ":0");
+  EXPECT_EQ(found(2), "a:1");
+  EXPECT_EQ(found(3), "a:2");
+  EXPECT_EQ(found(4), "b:70");
+  EXPECT_EQ(found(6), "b:72");
+  EXPECT_EQ(found(10), "b:" + std::to_string(INT32_MIN));
 }
 
 TEST(LineMapTest, IsEmptyUnlessItIsAskedFor) {

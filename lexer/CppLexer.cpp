@@ -42,7 +42,7 @@ char* passLongBlanks(char* at) {
 }
 
 // Behind the blanks at `at`, of which there are mostly none or a few.
-char* passAllBlanks(char* at) {
+inline char* passAllBlanks(char* at) {
   for (const char* const few = at + 16; has(kBlanks, *at); ++at) {
     if (at == few) {
       return passLongBlanks(at);
@@ -210,6 +210,21 @@ Name* CppLexer::findMacroName(const char*& word, const char* end) const {
 
 // ---- Directives ----
 
+// Passes over lines of nothing but blanks from `at` on, the start of a line, and writes an empty line for each. Returns
+// the first byte behind the blanks of the next line.
+inline char* CppLexer::passEmptyLines(char*& at) {
+  for (;;) {
+    char* const first = passAllBlanks(at);
+    char* const next = behindLineEnd(first);
+    if (next == nullptr) {
+      return first;
+    }
+    countLine();
+    context_.output.endLine();
+    at = next;
+  }
+}
+
 CppTokenKind CppLexer::passDirectiveWord() {
   if (!isReading()) {
     return TK_END;
@@ -230,21 +245,6 @@ CppTokenKind CppLexer::passDirectiveWord() {
   }
   endScan(at);
   return token(kind);
-}
-
-// Passes over lines of nothing but blanks from `at` on, the start of a line, and writes an empty line for each. Returns
-// the first byte behind the blanks of the next line.
-char* CppLexer::passEmptyLines(char*& at) {
-  for (;;) {
-    char* const first = passAllBlanks(at);
-    char* const next = behindLineEnd(first);
-    if (next == nullptr) {
-      return first;
-    }
-    countLine();
-    context_.output.endLine();
-    at = next;
-  }
 }
 
 bool CppLexer::isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
@@ -356,7 +356,7 @@ class CppLexer::TextCopy {
   char* behindBlanks(char* at) const {
     const auto place = static_cast<std::size_t>(at - block_);
     const std::uint64_t others = place < 64 ? ~spaces_ & bitsFrom(place) : 0;
-    return passAllBlanks(others != 0 ? block_ + std::countr_zero(others) : at);
+    return others != 0 ? passAll(kBlanks, block_ + std::countr_zero(others)) : passAllBlanks(at);
   }
 
   void writeUpTo(const char* to) { lexer_.context_.output.write(from_, static_cast<std::size_t>(to - from_)); }
@@ -737,24 +737,29 @@ CppTokenKind CppLexer::skipWholeLines(NestedConditionals& conditionals) {
     char* const first = passEmptyLines(at);
     passed = at == begin ? passed : TK_NEWLINE;
     yytext = first;
-    const char next = first[1];
-    if ((*first == '/' && next == '*') || (*first == '\\' && isOneOf(next, '\n', '\r'))) {
-      at = passBackslashOrComment(first);  // The line may still begin behind it.
-      passed = TK_SPACE;
-    } else if (*first == '#') {
-      const CppTokenKind kind = skipDirective(at, first + 1, stops, conditionals);
-      passed = kind == TK_END ? passed : kind;
-      if (kind == TK_END || isConditional(kind)) {
+    if (has(kUnsureLineStart, *first)) {
+      const char next = first[1];
+      if ((*first == '/' && next == '*') || (*first == '\\' && isOneOf(next, '\n', '\r'))) {
+        at = passBackslashOrComment(first);  // The line may still begin behind it.
+        passed = TK_SPACE;
+        continue;
+      }
+      if (*first == '#') {
+        const CppTokenKind kind = skipDirective(at, first + 1, stops, conditionals);
+        passed = kind == TK_END ? passed : kind;
+        if (kind == TK_END || isConditional(kind)) {
+          break;
+        }
+        continue;
+      }
+      if (*first == '\0' || next == '\0') {
         break;
       }
-    } else if (*first == '\0' || (next == '\0' && (isOneOf(*first, '/', '\\') || *first == '\r'))) {
-      break;
-    } else {
-      at = first;
-      static_cast<void>(passLine(at, stops));  // If it has no line end, its reader would have been given one.
-      context_.output.endLine();
-      passed = TK_NEWLINE;
     }
+    at = first;
+    static_cast<void>(passLine(at, stops));  // If it has no line end, its reader would have been given one.
+    context_.output.endLine();
+    passed = TK_NEWLINE;
   }
   yytext = at;
   endScan(at);

@@ -63,6 +63,22 @@ std::optional<Message> ConditionalStack::close() {
   return std::nullopt;
 }
 
+bool ConditionalStack::carryOutNested(CppTokenKind kind) {
+  if (kind == TK_IF || kind == TK_IFDEF || kind == TK_IFNDEF) {
+    return !open();
+  }
+  const bool isNested = enclosing_.back().isSkipping;
+  if (!isNested || (kind != TK_ENDIF && state_ == CppCondState::AfterElse)) {
+    return false;
+  }
+  if (kind == TK_ENDIF) {
+    pop();
+  } else if (kind == TK_ELSE) {
+    state_ = CppCondState::AfterElse;
+  }
+  return true;
+}
+
 void ConditionalStack::pop() {
   isSkipping_ = enclosing_.back().isSkipping;
   state_ = enclosing_.back().state;

@@ -7,6 +7,7 @@
 
 #include "directives/CppCondState.h"
 #include "lexer/Messages.h"
+#include "lexer/NestedConditionals.h"
 
 namespace qnpp {
 
@@ -14,7 +15,7 @@ namespace qnpp {
 /// includer's is open in an included file, and those open at its end end with it.
 ///
 /// A function that returns a message has changed nothing; the message is to be reported.
-class ConditionalStack {
+class ConditionalStack final : public NestedConditionals {
  public:
   /// Whether the current group is skipped.
   bool isSkipping() const { return isSkipping_; }
@@ -39,6 +40,9 @@ class ConditionalStack {
   std::optional<Message> takeElse();
   /// At an `#endif`.
   std::optional<Message> close();
+
+  /// All of that for a directive whose conditional is within a skipped group, but for those with a message.
+  bool carryOutNested(CppTokenKind kind) override;
 
   /// A file is entered: it has conditionals of its own.
   void enterFile();

@@ -2,12 +2,6 @@
 #include "engine/CppPreprocessor.h"
 
 namespace qnpp {
-namespace {
-
-constexpr bool isConditional(CppTokenKind kind) { return kind >= TK_IF && kind <= TK_ENDIF; }
-static_assert(isConditional(TK_IFDEF) && isConditional(TK_IFNDEF) && isConditional(TK_ELSE) && isConditional(TK_ELIF));
-
-}  // namespace
 
 void CppPreprocessor::run() {
   processLines();
@@ -16,12 +10,15 @@ void CppPreprocessor::run() {
 
 void CppPreprocessor::processLines() {
   for (;;) {
-    if (conditionals_.isSkipping()) {
-      stream_.skipWholeLines();
-    }
-    if (const CppTokenKind directive = stream_.passDirectiveWord(); directive != TK_END) {
+    const CppTokenKind directive =
+        conditionals_.isSkipping() ? stream_.skipWholeLines(conditionals_) : stream_.passDirectiveWord();
+    if (directive != TK_END) {
       budget_.spend();
-      carryOutDirective(directive);
+      if (directive == '#') {
+        processDirective();
+      } else {
+        carryOutDirective(directive);
+      }
       continue;
     }
     if (stream_.peek() == TK_END) {
@@ -55,6 +52,9 @@ void CppPreprocessor::collectLeadingSpace() {
   while (isBlank(stream_.peek())) {
     stream_.get();
     leadingSpace_.append(stream_.text());
+    if (stream_.passBlanks()) {
+      leadingSpace_.append(stream_.text());
+    }
   }
 }
 

@@ -251,12 +251,24 @@ bool copyText(Bench& bench) {
 
 std::string writtenOnly(const std::string& lines) { return lines.substr(lines.find('\n')); }
 
+class NoneNested final : public qnpp::NestedConditionals {
+ public:
+  bool carryOutNested(CppTokenKind /*kind*/) override { return false; }
+};
+
 // Whole lines in one go where that is possible, and token by token where it is not. Returns what was written.
 std::string skipWholeLines(std::string_view text, std::size_t piece) {
   Bench bench(text, piece);
-  do {
-    bench.lexer().skipWholeLines();
-  } while (skipByTokens(bench));
+  NoneNested none;
+  for (bool goesOn = true; goesOn;) {
+    const CppTokenKind stop = bench.lexer().skipWholeLines(none);
+    const bool hasBegun = stop != qnpp::TK_NEWLINE && stop != qnpp::TK_END;
+    const CppTokenKind first = bench.lexer().next();
+    goesOn = first != qnpp::TK_END && dropLine(bench, first);
+    if (first != qnpp::TK_END || hasBegun) {
+      bench.output().endLine();
+    }
+  }
   return '\n' + bench.written();
 }
 

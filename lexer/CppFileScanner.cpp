@@ -58,7 +58,10 @@ CppTokenKind CppFileScanner::passDirectiveWord() {
     return TK_END;
   }
   const CppTokenKind kind = lexer_->passDirectiveWord();
-  return kind == TK_END ? TK_END : taken(kind);
+  if (kind == TK_NEWLINE) {
+    atLineStart_ = true;
+  }
+  return kind == TK_NEWLINE || kind == TK_END ? TK_END : taken(kind);
 }
 
 CppTokenKind CppFileScanner::taken(CppTokenKind kind) {
@@ -89,10 +92,15 @@ bool CppFileScanner::skipLine() {
   return kind == TK_NEWLINE;
 }
 
-void CppFileScanner::skipWholeLines() {
-  if (kShortcuts && !hasPeek_ && lexer_->skipWholeLines()) {
-    atLineStart_ = true;
+CppTokenKind CppFileScanner::skipWholeLines(NestedConditionals& conditionals) {
+  if (!kShortcuts || hasPeek_) {
+    return TK_END;
   }
+  const CppTokenKind kind = lexer_->skipWholeLines(conditionals);
+  if (kind != TK_END) {
+    atLineStart_ = kind == TK_NEWLINE;
+  }
+  return isConditional(kind) ? kind : TK_END;
 }
 
 }  // namespace qnpp

@@ -60,21 +60,30 @@ class CppFileScanner final : public CppScanner {
   /// Text of the token that has been looked at.
   std::string_view nextText() const { return lexer_->text(); }
 
-  /// Passes over the beginning of a directive, see CppLexer::passDirectiveWord. Only at the start of a line.
+  /// Passes over empty lines and the beginning of a directive, see CppLexer::passDirectiveWord; TK_END where no
+  /// directive is known to follow. At the start of a line, or behind a directive, like `skipWholeLines`.
   CppTokenKind passDirectiveWord();
   /// Whether the rest of the line may be read as it stands, see CppLexer::isRestPlain. Only in the middle of a line.
   bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
     return kShortcuts && !hasPeek_ && !atLineStart_ && lexer_->isRestPlain(accepts);
   }
 
-  /// Passes over blanks in the middle of a line; perhaps not over all. Returns whether there were any.
-  bool passBlanks() { return kShortcuts && !hasPeek_ && !atLineStart_ && lexer_->passBlanks(); }
+  /// Passes over blanks in the middle of a line, which become the current token; perhaps not over all. Returns whether
+  /// there were any.
+  bool passBlanks() {
+    if (!kShortcuts || hasPeek_ || atLineStart_ || !lexer_->passBlanks()) {
+      return false;
+    }
+    text_ = lexer_->text();
+    return true;
+  }
 
   /// Passes over the rest of the line and its line end; false when the input ended instead.
   bool skipLine();
-  /// Passes over whole lines that cannot be directives, see CppLexer::skipWholeLines. At the start of a line, or behind
-  /// a directive, of which the rest is passed like a line.
-  void skipWholeLines();
+  /// Passes over whole lines of a skipped group and the word of a conditional directive, see CppLexer::skipWholeLines;
+  /// TK_END where none is known to follow. At the start of a line, or behind a directive, of which the rest is passed
+  /// like a line.
+  CppTokenKind skipWholeLines(NestedConditionals& conditionals);
 
  private:
   CppTokenKind taken(CppTokenKind kind);

@@ -1,10 +1,8 @@
 #include "lexer/CppLexer.h"
 
-#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <iterator>
 #include <utility>
 
 #include "lexer/Block.h"
@@ -35,20 +33,81 @@ constexpr std::uint64_t bitsFrom(std::size_t place) { return ~std::uint64_t{0} <
 
 bool isOneOf(char byte, char a, char b) { return byte == a || byte == b; }
 
-// The kind of a directive's word; TK_END for any other.
-CppTokenKind directiveKind(std::string_view word) {
-  struct Entry {
-    std::string_view word;
-    CppTokenKind kind;
-  };
-  constexpr Entry kDirectives[] = {
-      {"if", TK_IF},           {"ifdef", TK_IFDEF},   {"ifndef", TK_IFNDEF}, {"else", TK_ELSE},
-      {"elif", TK_ELIF},       {"endif", TK_ENDIF},   {"define", TK_DEFINE}, {"undef", TK_UNDEF},
-      {"include", TK_INCLUDE}, {"pragma", TK_PRAGMA}, {"line", TK_LINE},     {"error", TK_ERROR},
-  };
-  const auto* const found = std::find_if(std::begin(kDirectives), std::end(kDirectives),
-                                         [word](const Entry& entry) { return entry.word == word; });
-  return found == std::end(kDirectives) ? TK_END : found->kind;
+char* passLongBlanks(char* at) {
+  for (;; at += 64) {
+    if (const std::uint64_t others = ~Block(at).find<' ', '\t', '\v', '\f'>(); others != 0) {
+      return at + std::countr_zero(others);
+    }
+  }
+}
+
+// Behind the blanks at `at`, of which there are mostly none or a few.
+inline char* passAllBlanks(char* at) {
+  for (const char* const few = at + 16; has(kBlanks, *at); ++at) {
+    if (at == few) {
+      return passLongBlanks(at);
+    }
+  }
+  return at;
+}
+
+// Behind the LF, CR LF or CR at `at`; null if there is none, or the buffer may end within it.
+char* behindLineEnd(char* at) {
+  if (*at == '\n') {
+    return at + 1;
+  }
+  if (*at != '\r' || at[1] == '\0') {
+    return nullptr;
+  }
+  return at[1] == '\n' ? at + 2 : at + 1;
+}
+
+// A word as a number of its bytes, or of the last eight: no word of eight bytes or more has that of a shorter one.
+constexpr std::uint64_t addToNumber(std::uint64_t number, char byte) {
+  return number << 8U | static_cast<unsigned char>(byte);
+}
+constexpr std::uint64_t numberOf(std::string_view word) {
+  std::uint64_t number = 0;
+  for (const char byte : word) {
+    number = addToNumber(number, byte);
+  }
+  return number;
+}
+
+// Moves `at` behind the word there. Returns its kind, if it is that of a directive; TK_END for any other.
+CppTokenKind passWordOfDirective(char*& at) {
+  std::uint64_t number = 0;
+  for (; isWordByte(*at); ++at) {
+    number = addToNumber(number, *at);
+  }
+  switch (number) {
+    case numberOf("if"):
+      return TK_IF;
+    case numberOf("ifdef"):
+      return TK_IFDEF;
+    case numberOf("ifndef"):
+      return TK_IFNDEF;
+    case numberOf("else"):
+      return TK_ELSE;
+    case numberOf("elif"):
+      return TK_ELIF;
+    case numberOf("endif"):
+      return TK_ENDIF;
+    case numberOf("define"):
+      return TK_DEFINE;
+    case numberOf("undef"):
+      return TK_UNDEF;
+    case numberOf("include"):
+      return TK_INCLUDE;
+    case numberOf("pragma"):
+      return TK_PRAGMA;
+    case numberOf("line"):
+      return TK_LINE;
+    case numberOf("error"):
+      return TK_ERROR;
+    default:
+      return TK_END;
+  }
 }
 
 // Whether the word in the text that begins at `begin` stands behind `defined`, or behind a parenthesis there.
@@ -132,7 +191,11 @@ CppTokenKind CppLexer::scanAt(char* at) {
   return yylex();
 }
 
-void CppLexer::passBlanksInBuffer() { endScan(passAll(kBlanks, beginScan())); }
+void CppLexer::passBlanksInBuffer() {
+  yytext = beginScan();
+  endScan(passAllBlanks(yytext));
+  static_cast<void>(token(TK_SPACE));
+}
 
 // The name of a macro or `_Pragma` in the word from `word` to `end`, or null. Moves `word` to where the name begins.
 Name* CppLexer::findMacroName(const char*& word, const char* end) const {
@@ -147,23 +210,41 @@ Name* CppLexer::findMacroName(const char*& word, const char* end) const {
 
 // ---- Directives ----
 
+// Passes over lines of nothing but blanks from `at` on, the start of a line, and writes an empty line for each. Returns
+// the first byte behind the blanks of the next line.
+inline char* CppLexer::passEmptyLines(char*& at) {
+  for (;;) {
+    char* const first = passAllBlanks(at);
+    char* const next = behindLineEnd(first);
+    if (next == nullptr) {
+      return first;
+    }
+    countLine();
+    context_.output.endLine();
+    at = next;
+  }
+}
+
 CppTokenKind CppLexer::passDirectiveWord() {
   if (!isReading()) {
     return TK_END;
   }
-  char* at = beginScan();
-  CppTokenKind kind = TK_END;
-  if (char* const hash = passAll(kBlanks, at); *hash == '#') {
-    char* const word = passAll(kBlanks, hash + 1);
-    char* const end = passAll(kWordBytes, word);
-    kind = *end == '\0' ? TK_END : directiveKind({word, static_cast<std::size_t>(end - word)});
-    if (kind != TK_END) {
-      yytext = word;
-      at = end;
-    }
+  char* const begin = beginScan();
+  char* at = begin;
+  char* const hash = passEmptyLines(at);
+  CppTokenKind kind = at == begin ? TK_END : TK_NEWLINE;
+  yytext = at;
+  if (*hash == '#' && hash[1] != '#' && hash[1] != '\0') {
+    char* const word = passAllBlanks(hash + 1);
+    char* end = word;
+    const CppTokenKind wordKind = passWordOfDirective(end);
+    const bool isSure = wordKind != TK_END && *end != '\0';
+    kind = isSure ? wordKind : '#';
+    yytext = isSure ? word : hash;
+    at = isSure ? end : hash + 1;
   }
   endScan(at);
-  return kind == TK_END ? TK_END : token(kind);
+  return token(kind);
 }
 
 bool CppLexer::isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
@@ -275,7 +356,7 @@ class CppLexer::TextCopy {
   char* behindBlanks(char* at) const {
     const auto place = static_cast<std::size_t>(at - block_);
     const std::uint64_t others = place < 64 ? ~spaces_ & bitsFrom(place) : 0;
-    return passAll(kBlanks, others != 0 ? block_ + std::countr_zero(others) : at);
+    return others != 0 ? passAll(kBlanks, block_ + std::countr_zero(others)) : passAllBlanks(at);
   }
 
   void writeUpTo(const char* to) { lexer_.context_.output.write(from_, static_cast<std::size_t>(to - from_)); }
@@ -606,9 +687,11 @@ char* CppLexer::passLineComment(char* at) {
 // Finds the bytes that matter in a skipped line, one after the other, looking at each block once.
 class CppLexer::Stops {
  public:
+  explicit Stops(const CppLexer& lexer) : lexer_(lexer) {}
+
   // The first one from `at` on.
   char* find(char* at) {
-    if (at < block_ || at >= end_) {
+    if (at < block_ || at >= end_ || refillCount_ != lexer_.refillCount_) {
       look(at);
     }
     left_ &= bitsFrom(static_cast<std::size_t>(at - block_));
@@ -618,23 +701,23 @@ class CppLexer::Stops {
     return block_ + std::countr_zero(left_);
   }
 
-  // To be called when the buffer has been changed.
-  void forget() { block_ = end_ = nullptr; }
-
  private:
   void look(char* at) {
     block_ = at;
     end_ = at + 64;
+    refillCount_ = lexer_.refillCount_;
     left_ = Block(at).find<'"', '\'', '/', '\\', '\r', '\n', '\0'>();
   }
 
+  const CppLexer& lexer_;
   char* block_ = nullptr;
   char* end_ = nullptr;
+  std::uint64_t refillCount_ = 0;  // Of the lexer, when it was looked at.
   std::uint64_t left_ = 0;
 };
 
 bool CppLexer::skipLine() {
-  Stops stops;
+  Stops stops(*this);
   char* at = beginScan();
   yytext = at;
   const bool ended = passLine(at, stops);
@@ -642,49 +725,75 @@ bool CppLexer::skipLine() {
   return ended;
 }
 
-bool CppLexer::skipWholeLines() {
+CppTokenKind CppLexer::skipWholeLines(NestedConditionals& conditionals) {
   if (!isReading()) {
-    return false;
+    return TK_END;
   }
-  Stops stops;
-  bool isPassed = false;
+  Stops stops(*this);
+  CppTokenKind passed = TK_END;
   char* at = beginScan();
-  for (yytext = at; canSkipLine(at); yytext = at) {
-    // If it is the last line and has no line end, its reader would have been given one.
-    static_cast<void>(passLine(at, stops));
+  for (;;) {
+    const char* const begin = at;
+    char* const first = passEmptyLines(at);
+    passed = at == begin ? passed : TK_NEWLINE;
+    yytext = first;
+    if (has(kUnsureLineStart, *first)) {
+      const char next = first[1];
+      if ((*first == '/' && next == '*') || (*first == '\\' && isOneOf(next, '\n', '\r'))) {
+        at = passBackslashOrComment(first);  // The line may still begin behind it.
+        passed = TK_SPACE;
+        continue;
+      }
+      if (*first == '#') {
+        const CppTokenKind kind = skipDirective(at, first + 1, stops, conditionals);
+        passed = kind == TK_END ? passed : kind;
+        if (kind == TK_END || isConditional(kind)) {
+          break;
+        }
+        continue;
+      }
+      if (*first == '\0' || next == '\0') {
+        break;
+      }
+    }
+    at = first;
+    static_cast<void>(passLine(at, stops));  // If it has no line end, its reader would have been given one.
     context_.output.endLine();
-    isPassed = true;
+    passed = TK_NEWLINE;
   }
+  yytext = at;
   endScan(at);
-  return isPassed;
+  return passed;
 }
 
-// Whether the line that begins at `at` is there and is sure to be no directive that counts in a skipped group.
-bool CppLexer::canSkipLine(const char* at) const {
-  const char* const first = passAll(kBlanks, at);
-  switch (*first) {
-    case '\0':
-      return false;
-    case '#':
-      return canSkipDirective(first + 1);
-    case '/':
-      return first[1] != '*' && first[1] != '\0';  // Behind a comment the line may still begin.
-    case '\\':
-      return !isOneOf(first[1], '\n', '\r') && first[1] != '\0';
-    default:
-      return true;
+// Passes over the line at `at` in a skipped group that begins with a "#", with `word` behind it; or only over the
+// beginning of it, as `skipWholeLines` does. Returns what that does, TK_END when it is not sure what the line is.
+CppTokenKind CppLexer::skipDirective(char*& at, char* word, Stops& stops, NestedConditionals& conditionals) {
+  word = passAllBlanks(word);
+  if (!isWordByte(*word)) {
+    return TK_END;  // Perhaps a "#" that stands alone: then the next line goes with it.
   }
-}
-
-// The same for a line that begins with a "#", with `at` behind it.
-bool CppLexer::canSkipDirective(const char* at) const {
-  const char* const word = passAll(kBlanks, at);
-  const char* const end = passAll(kWordBytes, word);
-  if (word == end || *end == '\0') {
-    return false;  // Perhaps a "#" that stands alone: then the next line goes with it.
+  CppTokenKind kind = TK_END;
+  if (isOneOf(*word, 'e', 'i')) {  // As the words of conditionals begin.
+    kind = passWordOfDirective(word);
+    if (*word == '\0') {
+      return TK_END;
+    }
   }
-  const std::string_view name(word, static_cast<std::size_t>(end - word));
-  return !(name == "if" || name == "ifdef" || name == "ifndef" || name == "elif" || name == "else" || name == "endif");
+  at = word;
+  if (isConditional(kind)) {
+    if (!conditionals.carryOutNested(kind)) {
+      return kind;
+    }
+    if (kind == TK_ELSE || kind == TK_ENDIF) {
+      return TK_SPACE;
+    }
+  }
+  static_cast<void>(passLine(at, stops));
+  if (!isConditional(kind)) {
+    context_.output.endLine();  // The lines of conditionals leave none.
+  }
+  return TK_NEWLINE;
 }
 
 // Passes over a line of a skipped group, its line end included. Comments and literals are recognised, because a line
@@ -701,45 +810,40 @@ bool CppLexer::passLine(char*& at, Stops& stops) {
         return true;
       case '\r':
         at = passLineEnd(at);
-        stops.forget();
         return true;
       case '\0':
         if (!atBufferEnd(at)) {
           ++at;
           break;
         }
-        stops.forget();
         if (!refill(at)) {
           return false;
         }
         break;
       case '\\':
       case '/':
-        at = passBackslashOrComment(at, stops);
+        at = passBackslashOrComment(at);
         break;
       default:
         ++at;
         static_cast<void>(passLiteral(at));
-        stops.forget();
         break;
     }
   }
 }
 
 // Passes over the "\" or "/" at `at`, which is `yytext`, and the line end or comment that follows, if one does.
-char* CppLexer::passBackslashOrComment(char* at, Stops& stops) {
+char* CppLexer::passBackslashOrComment(char* at) {
   if (at[1] == '\0' && atBufferEnd(at + 1)) {
     char* next = at + 1;
     refill(next);
     at = yytext;
-    stops.forget();
   }
   const bool isBackslash = *at == '\\';
   const char next = at[1];
   if (isBackslash ? !isOneOf(next, '\n', '\r') : !isOneOf(next, '*', '/')) {
     return at + 1;
   }
-  stops.forget();
   if (isBackslash) {
     return passLineEnd(at + 1);
   }

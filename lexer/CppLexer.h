@@ -20,6 +20,7 @@
 #include "lexer/LineNumber.h"
 #include "lexer/Messages.h"
 #include "lexer/NameTable.h"
+#include "lexer/NestedConditionals.h"
 #include "lexer/OutputBuffer.h"
 
 namespace qnpp {
@@ -89,8 +90,8 @@ class CppLexer final : public yyCppFlexLexer {
   /// The name table's entry for the name that `copyText` handed out; null when that was no name.
   Name* name() const { return name_; }
 
-  /// Passes over blanks in the middle of a line, as if they had been asked for one by one; perhaps not over all of
-  /// them. Returns whether there were any.
+  /// Passes over blanks in the middle of a line, as if they were one token; perhaps not over all of them. Returns
+  /// whether there were any.
   bool passBlanks() {
     if (yy_hold_char != ' ' && yy_hold_char != '\t') {
       return false;
@@ -99,9 +100,10 @@ class CppLexer final : public yyCppFlexLexer {
     return true;
   }
 
-  /// From the start of a line: passes over the beginning of a directive that means something, up to behind its word, as
-  /// if its tokens had been asked for, and returns the kind of the word. TK_END, with nothing passed, when something
-  /// else begins the line or it takes more to be sure.
+  /// From the start of a line: passes over lines of nothing but blanks, writing an empty line for each, and over the
+  /// beginning of a directive, as if its tokens had been asked for. Returns the kind of the token passed last: the word
+  /// of a directive, or "#" where none is sure to follow; TK_NEWLINE when something else begins the line or it takes
+  /// more to be sure; TK_END when nothing was passed.
   CppTokenKind passDirectiveWord();
 
   /// Whether the rest of the line means what stands there and nothing else: all of it is in the buffer, without
@@ -113,10 +115,11 @@ class CppLexer final : public yyCppFlexLexer {
   /// the input ended before a line end. To be called in the middle of a line only, so behind some token of it.
   bool skipLine();
 
-  /// From the start of a line: passes over whole lines that cannot be directives, writing an empty line for each. Stops
-  /// at the start of a line that has to be looked at token by token; that may be the very first. Returns whether any
-  /// line was passed.
-  bool skipWholeLines();
+  /// From the start of a line of a skipped group: passes over whole lines, doing all that is due for them, up to behind
+  /// the word of a conditional directive that `conditionals` does not carry out. Returns the kind of that word. Stops
+  /// before that at a line that has to be looked at token by token, and returns TK_NEWLINE; TK_SPACE when that line has
+  /// begun; TK_END when nothing was passed.
+  CppTokenKind skipWholeLines(NestedConditionals& conditionals);
 
   // Called by the generated scanner.
   int yylex() override;
@@ -185,10 +188,10 @@ class CppLexer final : public yyCppFlexLexer {
 
   // Skipped lines; `stops` knows where in the buffer the next byte is that matters.
   class Stops;
-  bool canSkipLine(const char* at) const;
-  bool canSkipDirective(const char* at) const;
+  char* passEmptyLines(char*& at);
+  CppTokenKind skipDirective(char*& at, char* word, Stops& stops, NestedConditionals& conditionals);
   bool passLine(char*& at, Stops& stops);
-  char* passBackslashOrComment(char* at, Stops& stops);
+  char* passBackslashOrComment(char* at);
 
   std::istream* input_ = nullptr;
   std::unique_ptr<std::istream> ownedInput_;

@@ -58,6 +58,10 @@ constexpr bool isWord(CppTokenKind kind) { return isName(kind) || kind == TK_DEF
 /// True for white space inside a line: a blank, a comment or a continued line end.
 constexpr bool isBlank(CppTokenKind kind) { return kind == TK_SPACE || kind == TK_CONTINUATION; }
 
+/// True for the word of a directive that opens, divides or closes a conditional.
+constexpr bool isConditional(CppTokenKind kind) { return kind >= TK_IF && kind <= TK_ENDIF; }
+static_assert(isConditional(TK_IFDEF) && isConditional(TK_IFNDEF) && isConditional(TK_ELSE) && isConditional(TK_ELIF));
+
 /// True for white space of any sort, line ends included.
 constexpr bool isWhiteSpace(CppTokenKind kind) { return isBlank(kind) || kind == TK_NEWLINE; }
 

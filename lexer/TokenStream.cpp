@@ -26,16 +26,14 @@ Name* TokenStream::nextName() {
 }
 
 void TokenStream::skipBlanks() {
-  if (isInFile_) {
-    fileSource().passBlanks();
-  }
+  passBlanks();
   while (isBlank(peek())) {
     get();
   }
 }
 
 bool TokenStream::skipWhiteSpace() {
-  bool skipped = isInFile_ && fileSource().passBlanks();
+  bool skipped = passBlanks();
   while (isWhiteSpace(peek())) {
     get();
     skipped = true;
@@ -44,7 +42,7 @@ bool TokenStream::skipWhiteSpace() {
 }
 
 CppTokenKind TokenStream::getBehindWhiteSpace(bool& skipped, HideSet& hideSet) {
-  skipped = isInFile_ && fileSource().passBlanks();
+  skipped = passBlanks();
   CppTokenKind kind = get();
   for (; isWhiteSpace(kind); kind = get()) {
     skipped = true;

@@ -109,6 +109,9 @@ class TokenStream {
     return *appended;
   }
 
+  /// Passes over blanks behind a token, which become the current one, if the current source is a file; perhaps not over
+  /// all. Returns whether there were any.
+  bool passBlanks() { return isInFile_ && fileSource().passBlanks(); }
   void skipBlanks();
   /// Skips line ends too; true when anything was skipped.
   bool skipWhiteSpace();
@@ -117,15 +120,12 @@ class TokenStream {
   /// Takes tokens up to and including a line end, or up to the end of the input.
   void discardLine();
 
-  /// At the start of a line: passes over whole lines of a skipped group that cannot be directives, if the current
-  /// source is a file; see CppLexer::skipWholeLines.
-  void skipWholeLines() {
-    if (isInFile_) {
-      fileSource().skipWholeLines();
-    }
+  /// At the start of a line: passes over whole lines of a skipped group and the word of a conditional directive, if the
+  /// current source is a file; see CppLexer::skipWholeLines.
+  CppTokenKind skipWholeLines(NestedConditionals& conditionals) {
+    return isInFile_ ? fileSource().skipWholeLines(conditionals) : TK_END;
   }
-
-  /// The same for the beginning of a directive, see CppLexer::passDirectiveWord.
+  /// The same for empty lines and the beginning of any directive, see CppLexer::passDirectiveWord.
   CppTokenKind passDirectiveWord() { return isInFile_ ? fileSource().passDirectiveWord() : TK_END; }
   /// Behind the word of a directive: whether the rest of the line may be read from the current source as it stands, see
   /// CppLexer::isRestPlain.

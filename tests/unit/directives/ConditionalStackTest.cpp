@@ -6,15 +6,27 @@
 #include <optional>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 namespace qnpp {
 namespace {
 
+CppTokenKind kindOf(std::string_view word) {
+  if (word.starts_with("if")) {
+    return TK_IF;
+  }
+  if (word.starts_with("elif")) {
+    return TK_ELIF;
+  }
+  return word == "else" ? TK_ELSE : TK_ENDIF;
+}
+
 // Carries out words: "if1" and "elif0" with the value of their conditions, "else", "endif", and "{" and "}" for the
 // beginning and the end of a file. Shows for each whether the text behind it is taken, "+", or skipped, "-"; before
 // that
-// "?" where a condition was asked for, "!" where a conditional was open at the end of a file, and messages.
-std::string carryOut(const std::string& words) {
+// "?" where a condition was asked for, "!" where a conditional was open at the end of a file, and messages. `isShort`
+// says that words in a skipped group are first tried as those of a conditional within it.
+std::string carryOut(const std::string& words, bool isShort) {
   ConditionalStack stack;
   std::string shown;
   std::istringstream stream(words);
@@ -22,7 +34,10 @@ std::string carryOut(const std::string& words) {
     std::optional<Message> message;
     shown += shown.empty() ? "" : " ";
     const bool isTrue = word.back() == '1';
-    if (word.starts_with("if")) {
+    const bool isOfFile = word == "{" || word == "}";
+    if (isShort && stack.isSkipping() && !isOfFile && stack.carryOutNested(kindOf(word))) {
+      // Nothing is left to do.
+    } else if (word.starts_with("if")) {
       if (stack.open()) {
         shown += "?";
         stack.setGroup(isTrue);
@@ -47,6 +62,25 @@ std::string carryOut(const std::string& words) {
   return shown;
 }
 
+// What is not of a conditional within the skipped group, or wants a message, is left alone.
+TEST(ConditionalStackTest, OnlyWhatIsWithinASkippedGroupIsCarriedOutAsNested) {
+  ConditionalStack stack;
+  stack.open();
+  stack.setGroup(false);
+  EXPECT_FALSE(stack.carryOutNested(TK_ELIF));
+  EXPECT_FALSE(stack.carryOutNested(TK_ELSE));
+  EXPECT_FALSE(stack.carryOutNested(TK_ENDIF));
+  EXPECT_TRUE(stack.carryOutNested(TK_IFNDEF));
+  EXPECT_EQ(stack.depth(), 2U);
+  EXPECT_TRUE(stack.carryOutNested(TK_ELIF));
+  EXPECT_TRUE(stack.carryOutNested(TK_ELSE));
+  EXPECT_FALSE(stack.carryOutNested(TK_ELSE));
+  EXPECT_FALSE(stack.carryOutNested(TK_ELIF));
+  EXPECT_TRUE(stack.carryOutNested(TK_ENDIF));
+  EXPECT_EQ(stack.depth(), 1U);
+  EXPECT_FALSE(stack.carryOutNested(TK_ENDIF));
+}
+
 struct Row {
   const char* words;
   const char* shown;
@@ -68,7 +102,8 @@ TEST(ConditionalStackTest, EachWordBeginsAGroup) {
       {"if0 if1 if1 endif endif endif", "?- - - - - +"},
   };
   for (const Row& row : rows) {
-    EXPECT_EQ(carryOut(row.words), row.shown) << row.words;
+    EXPECT_EQ(carryOut(row.words, false), row.shown) << row.words;
+    EXPECT_EQ(carryOut(row.words, true), row.shown) << row.words;
   }
 }
 
@@ -85,7 +120,8 @@ TEST(ConditionalStackTest, AWordWithoutItsIfChangesNothing) {
       {"if0 if1 else else elif1 endif endif", "?- - - else-after-else:- elif-after-else:- - +"},
   };
   for (const Row& row : rows) {
-    EXPECT_EQ(carryOut(row.words), row.shown) << row.words;
+    EXPECT_EQ(carryOut(row.words, false), row.shown) << row.words;
+    EXPECT_EQ(carryOut(row.words, true), row.shown) << row.words;
   }
 }
 
@@ -103,7 +139,8 @@ TEST(ConditionalStackTest, ConditionalsBelongToTheirFile) {
       {"}", "+"},
   };
   for (const Row& row : rows) {
-    EXPECT_EQ(carryOut(row.words), row.shown) << row.words;
+    EXPECT_EQ(carryOut(row.words, false), row.shown) << row.words;
+    EXPECT_EQ(carryOut(row.words, true), row.shown) << row.words;
   }
 }
 

@@ -21,12 +21,13 @@ using std::string_view_literals::operator""sv;
 
 // What a text may be made of. `MACRO` has a definition, `other` is a known name without one.
 constexpr std::string_view kPieces[] = {
-    "a",       "MACRO",    "other",  "if", "_Pragma",    "defined",  "12",    "0x",         "0x1uL",  "'c'",
-    "'",       "''",       "\"s\"",  "\"", "\"\\\"",     "'\\''",    "'\\x'", "\\",         "\\\"",   "/",
-    "*",       "/* c */",  "/*\n",   "*/", "/*\r\n\n*/", "/*\0*/"sv, "// l",  "// l\0 m"sv, "//\\\n", "\\\n",
-    "\\\r",    "\\\r\n",   "\n",     "\n", "\r",         "\r\n",     "\n#",   "\n  # if",   "\n\t",   "\n/**/#",
-    "\n\\\n#", "\0"sv,     "\n\0"sv, " ",  "\t",         "\v\f",     "##",    "#",          "<<=",    "(",
-    ",",       "\xC3\xA9", "x y z",  ";",  "1.5e+3",
+    "a",          "MACRO",    "other", "if",      "_Pragma",  "defined",   "12",         "0x",       "0x1uL",
+    "'c'",        "'",        "''",    "\"s\"",   "\"",       "\"\\\"",    "'\\''",      "'\\x'",    "\\",
+    "\\\"",       "/",        "*",     "/* c */", "/*\n",     "*/",        "/*\r\n\n*/", "/*\0*/"sv, "// l",
+    "// l\0 m"sv, "//\\\n",   "\\\n",  "\\\r",    "\\\r\n",   "\n",        "\n",         "\r",       "\r\n",
+    "\n#",        "\n  # if", "\n\t",  "\n/**/#", "\n#endif", "\n # else", "\n#ifdef",   "\n#elif",  "\n\\\n#",
+    "\0"sv,       "\n\0"sv,   " ",     "\t",      "\v\f",     "##",        "#",          "<<=",      "(",
+    ",",          "\xC3\xA9", "x y z", ";",       "1.5e+3",
 };
 
 std::string makeText(std::mt19937& random) {
@@ -204,45 +205,68 @@ TEST(SkippingTest, ASkippedLineIsGoneWithItsTokens) {
   }
 }
 
-// Goes through a skipped group: a line with a directive of a conditional is shown, any other leaves an empty line.
+// Conditionals within the group, or none of them, as if all belonged to the group itself.
+class Conditionals final : public NestedConditionals {
+ public:
+  explicit Conditionals(bool areNested) : areNested_(areNested) {}
+  bool carryOutNested(CppTokenKind /*kind*/) override { return areNested_; }
+
+ private:
+  bool areNested_;
+};
+
+// Goes through a skipped group. The line of a conditional within the group leaves nothing, but what is behind `#else`
+// and `#endif` is a line of its own; one of the group's own is shown; any other line leaves an empty line.
 template <typename PassPlainLines>
-std::string skipGroup(Reading& reading, PassPlainLines passPlainLines) {
+std::string skipGroup(Reading& reading, bool areNested, PassPlainLines passPlainLines) {
   CppFileScanner& scanner = reading.scanner;
   OutputBuffer& output = reading.setting.output;
   for (;;) {
-    passPlainLines(scanner);
-    CppTokenKind kind = scanner.get();
-    while (isBlank(kind)) {
-      kind = scanner.get();
+    CppTokenKind kind = passPlainLines(scanner);
+    bool isDirective = isConditional(kind);
+    if (!isDirective) {
+      do {
+        kind = scanner.get();
+      } while (isBlank(kind));
     }
     if (kind == TK_END) {
       return reading.state();
     }
-    bool isShown = kind == '#';
-    if (isShown) {
+    if (kind == '#') {
       do {
         kind = scanner.get();
       } while (isBlank(kind));
-      isShown = kind >= TK_IF && kind <= TK_ENDIF;
+      isDirective = isConditional(kind);
     }
+    if (isDirective && areNested && (kind == TK_ELSE || kind == TK_ENDIF)) {
+      continue;
+    }
+    const bool isShown = isDirective && !areNested;
     while (kind != TK_NEWLINE) {
       if (isShown) {
-        output.write(dumpToken(kind, scanner.text()) + " ");
+        output.write((isConditional(kind) ? "word" : dumpToken(kind, scanner.text())) + " ");
       }
       kind = scanner.get();
     }
-    output.endLine();
+    if (!isDirective || !areNested) {
+      output.endLine();
+    }
   }
 }
 
 TEST(SkippingTest, WholeLinesLeaveEmptyLines) {
   std::mt19937 random(4714);
-  for (int round = 0; round < 30000; ++round) {
+  for (int round = 0; round < 60000; ++round) {
     const std::string text = makeText(random);
+    const bool areNested = round % 2 == 0;
     Reading byTokens(text, text.size() + 1);
     Reading skipped(text, 1 + random() % 40);
-    const std::string expected = skipGroup(byTokens, [](CppFileScanner&) {});
-    ASSERT_EQ(skipGroup(skipped, [](CppFileScanner& scanner) { scanner.skipWholeLines(); }), expected) << visible(text);
+    const std::string expected = skipGroup(byTokens, areNested, [](CppFileScanner&) { return TK_END; });
+    const auto skipLines = [areNested](CppFileScanner& scanner) {
+      Conditionals conditionals(areNested);
+      return scanner.skipWholeLines(conditionals);
+    };
+    ASSERT_EQ(skipGroup(skipped, areNested, skipLines), expected) << areNested << visible(text);
   }
 }
 
@@ -322,18 +346,18 @@ struct SkipRow {
   const char* rest;
 };
 
-// From the start of the second line.
+// From the start of the second line. What is left of a line whose beginning has been passed is only its rest.
 TEST(SkippingTest, WholeLinesEndAtALineThatMayBeADirective) {
   const SkipRow rows[] = {
       {"\n", "", ""},
       {"\na\nb\n", "\n\n", ""},
       {"\na\nb", "\n\n", ""},
-      {"\na\n#if b\nc\n", "\n", "# IF SPACE IDENTIFIER:b NEWLINE IDENTIFIER:c NEWLINE"},
-      {"\na\n  #else\n", "\n", "SPACE SPACE # ELSE NEWLINE"},
-      {"\n# \tendif\n", "", "# SPACE SPACE:<TAB> ENDIF NEWLINE"},
-      {"\n#ifdef\n", "", "# IFDEF NEWLINE"},
-      {"\n#ifndef\n", "", "# IFNDEF NEWLINE"},
-      {"\n#elif\n", "", "# ELIF NEWLINE"},
+      {"\na\n#if b\nc\n", "\n", "SPACE IDENTIFIER:b NEWLINE IDENTIFIER:c NEWLINE"},
+      {"\na\n  #else\n", "\n", "NEWLINE"},
+      {"\n# \tendif\n", "", "NEWLINE"},
+      {"\n#ifdef\n", "", "NEWLINE"},
+      {"\n#ifndef a\n", "", "SPACE IDENTIFIER:a NEWLINE"},
+      {"\n#elif\n", "", "NEWLINE"},
       // Any other word behind a "#" is no directive here.
       {"\na\n#b\nc\n", "\n\n\n", ""},
       {"\n  # \tdefine a \\\n#if\n#iff\n#endi\n#1\n", "\n\n\n\n", ""},
@@ -341,8 +365,12 @@ TEST(SkippingTest, WholeLinesEndAtALineThatMayBeADirective) {
       {"\na\n# \n", "\n", "# SPACE NEWLINE"},
       {"\n#\"\n", "", "# OTHER:\" NEWLINE"},
       {"\n##if\n", "", "PASTE IF NEWLINE"},
-      {"\n\\\n#b\n", "", "CONTINUATION # IDENTIFIER:b NEWLINE"},
-      {"\n/* */#b\n", "", "SPACE # IDENTIFIER:b NEWLINE"},
+      // Comments and continued line ends do not hide what is behind them.
+      {"\n\\\n#b\n#\n", "\n", "# NEWLINE"},
+      {"\n/* */#b\n#\n", "\n", "# NEWLINE"},
+      {"\n /* */ \\\n /* */ #if\n", "", "NEWLINE"},
+      {"\n/*\n*/ b\n#\n", "\n\n", "# NEWLINE"},
+      {"\n/* */", "", ""},
       {"\na /*\n# */ b\n#\n", "\n\n", "# NEWLINE"},
       {"\na \\\n# b\n#\n", "\n", "# NEWLINE"},
       {"\n\"/*\"\n'//'\n#\n", "\n\n", "# NEWLINE"},
@@ -355,9 +383,79 @@ TEST(SkippingTest, WholeLinesEndAtALineThatMayBeADirective) {
     LexerSetting setting;
     CppLexer lexer(input, setting.context);
     EXPECT_EQ(lexer.next(), TK_NEWLINE);
-    const std::string lines = row.output;
-    EXPECT_EQ(lexer.skipWholeLines(), !lines.empty()) << visible(row.text);
-    EXPECT_EQ(setting.written(), lines) << visible(row.text);
+    Conditionals conditionals(false);
+    lexer.skipWholeLines(conditionals);
+    EXPECT_EQ(setting.written(), row.output) << visible(row.text);
+    EXPECT_EQ(dumpRest(lexer), row.rest) << visible(row.text);
+  }
+}
+
+struct StopRow {
+  std::string_view text;
+  CppTokenKind inTheGroup;
+  CppTokenKind withinIt;  // As what the conditionals in the text are taken.
+};
+
+// Whether a line has begun tells what is due at the end of the input.
+TEST(SkippingTest, WholeLinesTellWhereTheyStop) {
+  const StopRow rows[] = {
+      {"\n#", TK_END, TK_END},
+      {"\na\n#", TK_NEWLINE, TK_NEWLINE},
+      {"\na", TK_NEWLINE, TK_NEWLINE},
+      {"\na\n/* */ #", TK_SPACE, TK_SPACE},
+      {"\n\\\n", TK_SPACE, TK_SPACE},
+      {"\n#if a\n", TK_IF, TK_NEWLINE},
+      {"\na\n#ifdef a", TK_IFDEF, TK_NEWLINE},
+      {"\n#elif", TK_END, TK_END},  // The word may go on.
+      {"\n#elif ", TK_ELIF, TK_NEWLINE},
+      {"\n/* */ #else ", TK_ELSE, TK_SPACE},
+      {"\n#endif #", TK_ENDIF, TK_SPACE},
+      {"\n#endif\n#", TK_ENDIF, TK_NEWLINE},
+  };
+  for (const StopRow& row : rows) {
+    for (const bool areNested : {false, true}) {
+      InputText input;
+      input.reset(row.text);
+      LexerSetting setting;
+      CppLexer lexer(input, setting.context);
+      EXPECT_EQ(lexer.next(), TK_NEWLINE);
+      Conditionals conditionals(areNested);
+      EXPECT_EQ(lexer.skipWholeLines(conditionals), areNested ? row.withinIt : row.inTheGroup) << visible(row.text);
+    }
+  }
+}
+
+// From the start of the second line.
+TEST(SkippingTest, EmptyLinesAndTheBeginningOfADirectiveArePassed) {
+  struct Row {
+    std::string_view text;
+    CppTokenKind passed;
+    const char* output;
+    const char* rest;
+  };
+  const Row rows[] = {
+      {"\na", TK_END, "", "IDENTIFIER:a"},
+      {"\n  a", TK_END, "", "SPACE SPACE IDENTIFIER:a"},
+      {"\n\n \t\n\r\v\f\r\n a", TK_NEWLINE, "\n\n\n\n", "SPACE IDENTIFIER:a"},
+      {"\n \n  # if a", TK_IF, "\n", "SPACE IDENTIFIER:a"},
+      {"\n#endif\n", TK_ENDIF, "", "NEWLINE"},
+      {"\n\n", TK_NEWLINE, "\n", ""},
+      {"\n\r", TK_END, "", "NEWLINE"},  // There might be a "\n" to come.
+      {"\n # b", '#', "", "SPACE IDENTIFIER:b"},
+      {"\n#iff\n", '#', "", "IDENTIFIER:iff NEWLINE"},
+      {"\n#\n", '#', "", "NEWLINE"},
+      {"\n# /* */ if\n", '#', "", "SPACE SPACE SPACE IF NEWLINE"},
+      {"\n##if\n", TK_END, "", "PASTE IF NEWLINE"},
+      {"\n#", TK_END, "", "#"},
+  };
+  for (const Row& row : rows) {
+    InputText input;
+    input.reset(row.text);
+    LexerSetting setting;
+    CppLexer lexer(input, setting.context);
+    EXPECT_EQ(lexer.next(), TK_NEWLINE);
+    EXPECT_EQ(lexer.passDirectiveWord(), row.passed) << visible(row.text);
+    EXPECT_EQ(setting.written(), row.output) << visible(row.text);
     EXPECT_EQ(dumpRest(lexer), row.rest) << visible(row.text);
   }
 }

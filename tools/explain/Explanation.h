@@ -101,7 +101,8 @@ struct KeptName {
   Id context = 0;
   Id hider = 0;  ///< The expansion out of which a hidden name came.
   Place place;
-  std::size_t moment = 0;  ///< How many definitions there had been.
+  Id definitionsBefore = 0;  ///< Those from here on came later,
+  Id expansionsBefore = 0;   ///< and so with these.
 };
 
 struct Directive {
@@ -139,8 +140,14 @@ struct Line {
   std::int32_t endLine = 0;  ///< The last of them.
   bool isSkipped = false;
   Id directive = 0;  ///< The one that it is; of a skipped line the one that began the group.
-  std::size_t outputBegin = 0;
+  std::size_t outputBegin = 0;  ///< What happened, as positions in the lists.
   std::size_t outputEnd = 0;
+  Id expansionsBegin = 0;
+  Id expansionsEnd = 0;
+  Id namesBegin = 0;
+  Id namesEnd = 0;
+  Id messagesBegin = 0;
+  Id messagesEnd = 0;
 };
 
 struct RunMessage {

@@ -117,6 +117,9 @@ void Recorder::endLine() {
     return;
   }
   line_.outputEnd = told_.output().size();
+  line_.expansionsEnd = static_cast<Id>(told_.expansions.size());
+  line_.namesEnd = static_cast<Id>(told_.keptNames.size());
+  line_.messagesEnd = static_cast<Id>(told_.messages.size());
   told_.lines.push_back(line_);
 }
 
@@ -126,13 +129,22 @@ void Recorder::lineBegan(bool isSkipped) {
   if (stream_->isInFile()) {
     lineMark_ = mark();
   }
-  line_ = {place(), 0, isSkipped, 0, told_.output().size(), 0};
+  line_ = Line();
+  line_.place = place();
   line_.endLine = line_.place.line;
+  line_.isSkipped = isSkipped;
+  line_.outputBegin = told_.output().size();
+  line_.expansionsBegin = static_cast<Id>(told_.expansions.size());
+  line_.namesBegin = static_cast<Id>(told_.keptNames.size());
+  line_.messagesBegin = static_cast<Id>(told_.messages.size());
   isInSource_ = openFiles_.size() == 1;
   isInWantedFile_ = openFiles_.back().isWanted;
   wasCut_ = told_.isCut;
-  if (isSkipped && !conditionals_.empty()) {
-    line_.directive = conditionals_.back().current;
+  if (isSkipped) {
+    const auto skipping =
+        std::find_if(conditionals_.begin(), conditionals_.end(),
+                     [this](const OpenConditional& open) { return told_.directives[open.current].isSkipping; });
+    line_.directive = skipping == conditionals_.end() ? 0 : skipping->current;
   }
   isInLine_ = true;
 }
@@ -375,11 +387,13 @@ void Recorder::nameKept(std::string_view name, Origin origin, Kept why) {
   if (!hasRoom()) {
     return;
   }
-  KeptName kept{std::string(name), why, idOf(origin), openContexts_.back(), 0, place(), told_.definitions.size()};
-  if (why == Kept::Hidden) {
-    kept.hider = hiderOf(name, kept.origin);
-  }
-  told_.keptNames.push_back(std::move(kept));
+  keepName(name, why, idOf(origin), openContexts_.back());
+}
+
+void Recorder::keepName(std::string_view name, Kept why, Id origin, Id context) {
+  const Id hider = why == Kept::Hidden ? hiderOf(name, origin) : 0;
+  told_.keptNames.push_back({std::string(name), why, origin, context, hider, place(),
+                             static_cast<Id>(told_.definitions.size()), static_cast<Id>(told_.expansions.size())});
 }
 
 Origin Recorder::expansionBegan(const Name& name, Origin origin) {
@@ -414,9 +428,7 @@ void Recorder::expansionFailed(Origin expansion, Kept why) {
     failed->why = why;
     failed->callEnd = failed->nameBegin + failed->name.size();
     if (hasRoom()) {
-      const Id hider = why == Kept::Hidden ? hiderOf(failed->name, failed->origin) : 0;
-      told_.keptNames.push_back(
-          {failed->name, why, failed->origin, failed->context, hider, failed->place, told_.definitions.size()});
+      keepName(std::string(failed->name), why, failed->origin, failed->context);
     }
   }
 }

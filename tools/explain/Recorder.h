@@ -96,6 +96,7 @@ class Recorder final : public Observer {
   Expansion* find(Origin expansion);
   void extend(Id context, Id origin, std::size_t position);
   void append(Id context, std::string_view text, Id origin);
+  void keepName(std::string_view name, Kept why, Id origin, Id context);
   Id hiderOf(std::string_view name, Id origin) const;
   void endDefinition(std::string_view name, bool isReplaced);
   void closeConditional();

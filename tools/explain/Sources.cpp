@@ -1,0 +1,97 @@
+#include "tools/explain/Sources.h"
+
+#include <algorithm>
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+namespace qnpp {
+
+std::vector<std::string> Sources::lines(Id file, std::int32_t first, std::int32_t last) const {
+  std::vector<std::string> found;
+  std::unique_ptr<std::istream> input;
+  if (explanation_.files[file].path.empty()) {
+    input = std::make_unique<std::istringstream>(standardInput_);
+  } else {
+    input = std::make_unique<std::ifstream>(explanation_.files[file].path, std::ios::binary);
+  }
+  std::string line;
+  std::int32_t number = 1;
+  const auto endLine = [&] {
+    if (number >= first && number <= last) {
+      found.push_back(line);
+    }
+    line.clear();
+    ++number;
+  };
+  bool afterReturn = false;
+  bool isOpen = false;  // Bytes of a last line that has no end.
+  for (int byte = input->get(); byte != std::istream::traits_type::eof() && number <= last; byte = input->get()) {
+    const char character = static_cast<char>(byte);
+    if (character == '\n' && afterReturn) {
+      afterReturn = false;  // The second byte of a line end.
+      continue;
+    }
+    afterReturn = character == '\r';
+    isOpen = character != '\n' && character != '\r';
+    if (!isOpen) {
+      endLine();
+    } else if (number >= first) {
+      line.push_back(character);
+    }
+  }
+  if (isOpen) {
+    endLine();
+  }
+  return found;
+}
+
+std::string Sources::slice(Id file, std::uint64_t begin, std::uint64_t end) const {
+  const std::string& path = explanation_.files[file].path;
+  if (path.empty()) {
+    return begin < standardInput_.size() ? standardInput_.substr(begin, end - begin) : "";
+  }
+  std::ifstream input(path, std::ios::binary);
+  input.seekg(static_cast<std::streamoff>(begin));
+  std::string text(end - begin, '\0');
+  input.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<std::size_t>(std::max<std::streamsize>(0, input.gcount())));
+  return text;
+}
+
+std::string Sources::written(const Expansion& expansion) const {
+  if (expansion.callEnd > expansion.nameBegin && !expansion.isKept) {
+    constexpr std::uint64_t kLongest = 10000;
+    return slice(expansion.place.file, expansion.nameBegin,
+                 std::min(expansion.callEnd, expansion.nameBegin + kLongest));
+  }
+  std::string text = expansion.name;
+  if (expansion.isFunctionLike && !expansion.isKept) {
+    text.push_back('(');
+    for (const Expansion::Argument& argument : expansion.arguments) {
+      text.append(&argument == &expansion.arguments.front() ? "" : ", ").append(textOf(argument.read));
+    }
+    text.push_back(')');
+  }
+  return text;
+}
+
+std::string onOneLine(std::string_view text) {
+  std::string line;
+  bool blankWaits = false;
+  for (const char character : text) {
+    if (character == ' ' || character == '\t' || character == '\n' || character == '\r' || character == '\f' ||
+        character == '\v') {
+      blankWaits = !line.empty();
+      continue;
+    }
+    if (blankWaits) {
+      line.push_back(' ');
+      blankWaits = false;
+    }
+    line.push_back(character);
+  }
+  return line;
+}
+
+}  // namespace qnpp

@@ -1,0 +1,37 @@
+// The texts of the sources, as people wrote them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "tools/explain/Explanation.h"
+
+namespace qnpp {
+
+/// Reads what is to be shown from the files once more.
+class Sources {
+ public:
+  /// Both are borrowed. `standardInput` is the text of a source without a path.
+  Sources(const Explanation& explanation, const std::string& standardInput)
+      : explanation_(explanation), standardInput_(standardInput) {}
+
+  /// Lines of a file, from `first` to `last` as far as there are so many, without their ends.
+  std::vector<std::string> lines(Id file, std::int32_t first, std::int32_t last) const;
+
+  /// A use of a macro as it was written, or put together where it does not stand in a file.
+  std::string written(const Expansion& expansion) const;
+
+ private:
+  std::string slice(Id file, std::uint64_t begin, std::uint64_t end) const;
+
+  const Explanation& explanation_;
+  const std::string& standardInput_;
+};
+
+/// The text with each run of white space as one blank.
+std::string onOneLine(std::string_view text);
+
+}  // namespace qnpp

@@ -1,0 +1,202 @@
+// qnpp-explain [options] SOURCE[:LINE[-LINE]]: shows what qnpp does with a source, and why.
+
+#include <langinfo.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <clocale>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <sstream>
+
+#include "driver/Driver.h"
+#include "engine/CppPreprocessor.h"
+#include "qnpp/version.h"
+#include "tools/explain/Html.h"
+#include "tools/explain/Json.h"
+#include "tools/explain/Recorder.h"
+#include "tools/explain/Terminal.h"
+
+namespace {
+
+struct Options {
+  std::string source;
+  std::vector<std::string> includeDirectories;
+  std::vector<std::string> definitions;
+  std::string sourceName;
+  std::string ignored;
+  std::string macro;
+  std::string html;
+  bool isJson = false;
+  std::string colour = "auto";
+  std::size_t width = 0;
+  std::size_t most = 1'000'000;
+  qnpp::LineRange range;
+};
+
+// Splits "main.c:12-20" into name and range, unless a file is called so.
+void takeRange(Options& options) {
+  std::string& source = options.source;
+  const std::size_t colon = source.rfind(':');
+  if (colon == std::string::npos || std::filesystem::exists(source)) {
+    return;
+  }
+  qnpp::LineRange range;
+  const char* const end = source.data() + source.size();
+  auto [behind, error] = std::from_chars(source.data() + colon + 1, end, range.first);
+  if (error != std::errc()) {
+    return;
+  }
+  range.last = range.first;
+  if (behind != end && *behind == '-') {
+    std::tie(behind, error) = [&] {
+      const auto last = std::from_chars(behind + 1, end, range.last);
+      return std::pair(last.ptr, last.ec);
+    }();
+  }
+  if (error == std::errc() && behind == end) {
+    options.range = range;
+    source.resize(colon);
+  }
+}
+
+// The messages of a run, which the recorder gets line by line.
+class MessageBuffer final : public std::stringbuf {
+ public:
+  explicit MessageBuffer(qnpp::Recorder& recorder) : recorder_(recorder) {}
+
+ protected:
+  int sync() override {
+    std::string text = str();
+    str("");
+    while (text.ends_with('\n')) {
+      text.pop_back();
+    }
+    if (!text.empty()) {
+      recorder_.addMessage(std::move(text));
+    }
+    return 0;
+  }
+
+ private:
+  qnpp::Recorder& recorder_;
+};
+
+std::vector<std::string> commandLineOf(const Options& options) {
+  std::vector<std::string> words = {"qnpp"};
+  for (const std::string& directory : options.includeDirectories) {
+    words.push_back("-I" + directory);
+  }
+  for (const std::string& definition : options.definitions) {
+    words.push_back("-D" + definition);
+  }
+  if (!options.sourceName.empty()) {
+    words.insert(words.end(), {"-s", options.sourceName});
+  }
+  if (!options.source.empty()) {
+    words.push_back(options.source);
+  }
+  return words;
+}
+
+// Runs the engine. None if the source cannot be read; that has been said.
+std::optional<qnpp::Explanation> explain(const Options& options, std::istream& standardInput) {
+  qnpp::Recorder recorder(options.source, options.range, options.most);
+  MessageBuffer messageBuffer(recorder);
+  std::ostream messages(&messageBuffer);
+  std::ostream discarded(nullptr);
+  qnpp::Driver driver(discarded, std::cerr);
+  const auto preprocessor = std::make_unique<qnpp::CppPreprocessor>(messages, standardInput);
+  preprocessor->setObserver(recorder);
+  const std::vector<std::string> words = commandLineOf(options);
+  std::vector<const char*> argv;
+  for (const std::string& word : words) {
+    argv.push_back(word.c_str());
+  }
+  if (!driver.prepare(static_cast<int>(argv.size()), argv.data(), *preprocessor)) {
+    if (preprocessor->hasError()) {
+      std::cerr << "qnpp-explain: cannot open " << options.source << '\n';
+    }
+    return std::nullopt;
+  }
+  try {
+    preprocessor->run();
+  } catch (const qnpp::FatalLexerError& error) {
+    recorder.addMessage(error.what());
+  } catch (const qnpp::DivisionByZero& error) {
+    recorder.addMessage(std::string("the run ends here: ") + error.what());
+  }
+  return recorder.finish();
+}
+
+std::size_t terminalWidth() {
+  winsize size{};
+  return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 20 ? size.ws_col : 100;
+}
+
+int show(const Options& options) {
+  std::string standardInput;
+  if (options.source.empty()) {
+    standardInput.assign(std::istreambuf_iterator<char>(std::cin), {});
+  }
+  std::istringstream input(standardInput);
+  const std::optional<qnpp::Explanation> explanation = explain(options, input);
+  if (!explanation) {
+    return 1;
+  }
+  const qnpp::Sources sources(*explanation, standardInput);
+  if (!options.html.empty()) {
+    std::ofstream page(options.html, std::ios::binary);
+    qnpp::writeHtml(*explanation, sources, page);
+    page.flush();
+    if (!page) {
+      std::cerr << "qnpp-explain: cannot write " << options.html << '\n';
+      return 1;
+    }
+  }
+  if (options.isJson) {
+    qnpp::writeJson(*explanation, sources, std::cout);
+  }
+  if (options.html.empty() && !options.isJson) {
+    const bool isTerminal = ::isatty(STDOUT_FILENO) == 1;
+    const std::string charset = ::nl_langinfo(CODESET);
+    const qnpp::TerminalOptions view{options.colour == "always" || (options.colour == "auto" && isTerminal),
+                                     charset == "UTF-8", options.width > 0 ? options.width : terminalWidth(),
+                                     options.macro};
+    qnpp::writeTerminal(*explanation, sources, view, std::cout);
+  }
+  std::cout.flush();
+  return std::cout ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::setlocale(LC_CTYPE, "");
+  Options options;
+  CLI::App app("Shows what qnpp does with a source, and why: each macro use, condition and include.", "qnpp-explain");
+  app.set_version_flag("-v,--version", QnGetVersionString());
+  app.add_option("SOURCE", options.source, "Source, or SOURCE:LINE or SOURCE:LINE-LINE; standard input if there is none");
+  app.add_option("-I", options.includeDirectories, "Add a directory for searching include files")
+      ->expected(1)->take_all()->allow_extra_args(false)->type_name("DIR");
+  app.add_option("-D", options.definitions, "Define a macro")
+      ->expected(1)->take_all()->allow_extra_args(false)->type_name("NAME[=TEXT]");
+  app.add_option("-s", options.sourceName, "Source name in places and messages")->type_name("NAME");
+  app.add_option("-o", options.ignored, "Ignored, so that a command line of qnpp will do")->type_name("NAME");
+  app.add_option("--macro", options.macro, "Show only what involves this macro")->type_name("NAME");
+  app.add_option("--html", options.html, "Write a page for a browser instead")->type_name("FILE");
+  app.add_flag("--json", options.isJson, "Write what happened as JSON instead");
+  app.add_option("--color", options.colour, "Colour: auto, always or never")
+      ->check(CLI::IsMember({"auto", "always", "never"}))->type_name("WHEN");
+  app.add_option("--width", options.width, "Columns of the terminal")->check(CLI::Range(20, 10000))->type_name("N");
+  app.add_option("--most", options.most, "Steps after which the rest is left out (1000000)")->type_name("N");
+  CLI11_PARSE(app, argc, argv);
+  takeRange(options);
+  return show(options);
+}

@@ -139,7 +139,8 @@ struct Line {
   Place place;
   std::int32_t endLine = 0;  ///< The last of them.
   bool isSkipped = false;
-  Id directive = 0;  ///< The one that it is; of a skipped line the one that began the group.
+  bool isDirective = false;
+  Id directive = 0;  ///< The one that it is; of a skipped line of text the one that began the group.
   std::size_t outputBegin = 0;  ///< What happened, as positions in the lists.
   std::size_t outputEnd = 0;
   Id expansionsBegin = 0;

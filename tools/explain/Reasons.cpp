@@ -61,7 +61,8 @@ Reasons::Reasons(const Explanation& explanation)
   const auto placeNamesBefore = [&](Id expansion) {
     for (; name < told_.keptNames.size() && told_.keptNames[name].expansionsBefore <= expansion; ++name) {
       const KeptName& kept = told_.keptNames[name];
-      if (kept.why != Kept::NoMacro || !why(kept).empty()) {
+      // Of a name behind "defined" the directive tells.
+      if (kept.why != Kept::OperandOfDefined && !why(kept).empty()) {
         place({true, name}, told_.pieces[kept.origin].expansion, kept.context);
       }
     }
@@ -296,10 +297,8 @@ std::vector<Reasons::Item> Reasons::itemsOf(const Line& line) const {
     }
     items.push_back(*at);
   }
-  const Id operand = line.isSkipped && !told_.directives[line.directive].isEvaluated
-                         ? 0
-                         : told_.directives[line.directive].context;
-  if (operand != 0 && told_.directives[line.directive].place.line == line.place.line) {
+  const Id operand = line.isDirective ? told_.directives[line.directive].context : 0;
+  if (operand != 0) {
     items.insert(items.end(), ofContext_[operand].begin(), ofContext_[operand].end());
   }
   return items;

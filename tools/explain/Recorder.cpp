@@ -192,6 +192,7 @@ void Recorder::directiveBegan(CppTokenKind word) {
   }
   directive_ = static_cast<Id>(told_.directives.size());
   line_.directive = directive_;
+  line_.isDirective = true;
   told_.directives.push_back(std::move(directive));
 }
 

@@ -1,6 +1,7 @@
 #include "tools/explain/Terminal.h"
 
 #include <algorithm>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -95,10 +96,10 @@ class TerminalView {
     if (!options_.macro.empty()) {
       writeHistory();
     }
-    for (const Line& line : told_.lines) {
-      if (line.place.file != 0) {
-        writeLine(line);
-      }
+    for (std::size_t at = 1; at < told_.lines.size(); ++at) {
+      const std::size_t last = lastOfSkipped(at);
+      writeLine(told_.lines[at], told_.lines[last]);
+      at = last;
     }
     if (told_.isCut) {
       row().add("What follows from " + reasons_.at(told_.cutAt) + " on is left out: too much happens. Ask for fewer lines.",
@@ -137,7 +138,26 @@ class TerminalView {
     output_ << '\n';
   }
 
-  void writeLine(const Line& line) {
+  // The last of the lines that are skipped together with the one at position `at`; itself if it is not.
+  std::size_t lastOfSkipped(std::size_t at) const {
+    const Line& first = told_.lines[at];
+    while (first.isSkipped && !first.isDirective && at + 1 < told_.lines.size()) {
+      const Line& next = told_.lines[at + 1];
+      if (!next.isSkipped || next.isDirective || next.directive != first.directive ||
+          next.place.file != first.place.file) {
+        break;
+      }
+      ++at;
+    }
+    return at;
+  }
+
+  void writeLine(const Line& line, const Line& last) {
+    // The rest of a line that #else and #endif leave is mostly nothing.
+    if (line.isSkipped && !line.isDirective && last.place.line == told_.directives[line.directive].place.line) {
+      return;
+    }
+    saidOfNames_.clear();
     std::vector<Item> items = reasons_.itemsOf(line);
     std::vector<std::string> notes = notesOf(line);
     if (!options_.macro.empty()) {
@@ -152,7 +172,11 @@ class TerminalView {
       const Place place{line.place.file, line.place.line + static_cast<std::int32_t>(index)};
       row().add(reasons_.at(place), Style::Place).add(": ").add(text[index], Style::Name).write(output_);
     }
-    if (!line.isSkipped && line.directive == 0) {
+    if (last.place.line > line.endLine) {
+      row().add("and " + std::to_string(last.place.line - line.endLine) + " more, up to line " +
+                    std::to_string(last.place.line), Style::Faint).write(output_);
+    }
+    if (!line.isSkipped && !line.isDirective) {
       row().add(reasons_.at(line.place), Style::Place).add(options_.isUnicode ? "→ " : "> ")
           .add(onOneLine(outputOf(line))).write(output_);
     }
@@ -177,11 +201,9 @@ class TerminalView {
   std::vector<std::string> notesOf(const Line& line) const {
     std::vector<std::string> notes;
     const Directive& directive = told_.directives[line.directive];
-    const bool isDirective = line.directive != 0 && directive.place.file == line.place.file &&
-                             directive.place.line == line.place.line;
-    if (line.isSkipped && !isDirective) {
+    if (line.isSkipped && !line.isDirective) {
       notes.push_back(reasons_.whySkipped(directive));
-    } else if (isDirective) {
+    } else if (line.isDirective) {
       notes = reasons_.outcomeOf(directive);
       for (const Definition& definition : told_.definitions) {
         if (directive.word == TK_DEFINE && definition.place.file == line.place.file &&
@@ -206,6 +228,9 @@ class TerminalView {
     for (const Item& item : items) {
       if (item.isName) {
         const KeptName& name = told_.keptNames[item.id];
+        if (!saidOfNames_.insert(name.name + " " + reasons_.why(name)).second) {
+          continue;  // Once in a line will do.
+        }
         row(indent + mark()).add(name.name, Style::Name).add(" ").add(reasons_.why(name), Style::Reason).write(output_);
       } else {
         writeExpansion(told_.expansions[item.id], indent, level);
@@ -231,7 +256,8 @@ class TerminalView {
     for (std::size_t index = 0; index < expansion.arguments.size(); ++index) {
       writeArgument(expansion, index, inner, level);
     }
-    if (replacement != result && replacement != told_.definitions[expansion.definition].text) {
+    if (replacement != result && replacement != told_.definitions[expansion.definition].text &&
+        !isShownBelow(expansion, replacement)) {
       writeReplacement(expansion, inner);
     }
     writeItems(reasons_.itemsOf(expansion), inner, level + 1);
@@ -260,11 +286,23 @@ class TerminalView {
     }
   }
 
+  // Whether the replacement is nothing but the use of a macro, which is written next.
+  bool isShownBelow(const Expansion& expansion, const std::string& replacement) const {
+    const auto& items = reasons_.itemsOf(expansion);
+    return items.size() == 1 && !items.front().isName &&
+           onOneLine(sources_.written(told_.expansions[items.front().id])) == replacement &&
+           std::all_of(expansion.replacement.begin(), expansion.replacement.end(), [this](const Fragment& fragment) {
+             const Observer::Part part = told_.pieces[fragment.origin].part;
+             return part == Observer::Part::Body || part == Observer::Part::Argument;
+           });
+  }
+
   // The replacement, and below it which parts are arguments or were made by "#" or "##".
   void writeReplacement(const Expansion& expansion, const std::string& indent) {
     Row text = row(indent);
     text.add("= ");
     std::string labels;
+    std::string before;
     std::size_t column = 0;
     for (const Fragment& fragment : expansion.replacement) {
       const Piece& piece = told_.pieces[fragment.origin];
@@ -272,9 +310,10 @@ class TerminalView {
       text.add(fragment.text, label.empty()                                ? Style::Plain
                               : piece.part == Observer::Part::Argument ? Style::Argument
                                                                            : Style::Made);
-      if (!label.empty() && labels.size() <= column) {
+      if (!label.empty() && label != before && labels.size() <= column) {
         labels.append(column - labels.size(), ' ').append(label).push_back(' ');
       }
+      before = label;
       column += fragment.text.size();
     }
     text.write(output_);
@@ -288,6 +327,7 @@ class TerminalView {
   const TerminalOptions& options_;
   std::ostream& output_;
   const Reasons reasons_;
+  std::set<std::string> saidOfNames_;  // What has been said about names of the line.
 };
 
 }  // namespace

@@ -114,7 +114,7 @@ const Spelling* SpellingPool::copy(const Spelling& token, Origin origin) {
   }
   Spelling* const made = std::construct_at(static_cast<Spelling*>(arena_.allocate(sizeof(Spelling))), token);
   made->origin = origin;
-  if (made->name == nullptr && (isName(made->kind) || made->kind == TK_DEFINED || made->kind == TK_PRAGMA_OP)) {
+  if (made->name == nullptr && isWord(CppTokenKind{made->kind})) {
     unknownNames_.push_back(made);
   }
   return made;

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "tools/Utf8.h"
 #include "tools/explain/Reasons.h"
 
 namespace qnpp {
@@ -11,29 +12,10 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Length of the UTF-8 character at the front; 0 if there is none.
-std::size_t characterSize(std::string_view text) {
-  const auto byte = [text](std::size_t at) { return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U; };
-  const auto follows = [byte](std::size_t at) { return (byte(at) & 0xC0U) == 0x80U; };
-  if (byte(0) < 0x80U) {
-    return 1;
-  }
-  if (byte(0) >= 0xC2U && byte(0) < 0xE0U) {
-    return follows(1) ? 2 : 0;
-  }
-  if (byte(0) >= 0xE0U && byte(0) < 0xF0U) {
-    const bool isWellFormed = (byte(0) != 0xE0U || byte(1) >= 0xA0U) && (byte(0) != 0xEDU || byte(1) < 0xA0U);
-    return follows(1) && follows(2) && isWellFormed ? 3 : 0;
-  }
-  const bool isWellFormed = byte(0) < 0xF5U && (byte(0) != 0xF0U || byte(1) >= 0x90U) &&
-                            (byte(0) != 0xF4U || byte(1) < 0x90U);
-  return byte(0) >= 0xF0U && isWellFormed && follows(1) && follows(2) && follows(3) ? 4 : 0;
-}
-
 // Text as a string; bytes that are no UTF-8 as {"hex": ...}, so that nothing is lost.
 Json textOf(std::string_view text) {
   for (std::size_t at = 0; at < text.size();) {
-    const std::size_t size = characterSize(text.substr(at));
+    const std::size_t size = utf8Size(text.substr(at));
     if (size == 0) {
       constexpr std::string_view kDigits = "0123456789abcdef";
       std::string hex;

@@ -7,29 +7,32 @@
 
 namespace qnpp {
 
-std::vector<std::string> Sources::lines(Id file, std::int32_t first, std::int32_t last) const {
-  std::vector<std::string> found;
+std::vector<Sources::SourceLine> Sources::lines(Id file, std::int32_t first, std::int32_t last) const {
+  std::vector<SourceLine> found;
   std::unique_ptr<std::istream> input;
   if (explanation_.files[file].path.empty()) {
     input = std::make_unique<std::istringstream>(standardInput_);
   } else {
     input = std::make_unique<std::ifstream>(explanation_.files[file].path, std::ios::binary);
   }
-  std::string line;
+  SourceLine line;
+  std::uint64_t offset = 0;
   std::int32_t number = 1;
   const auto endLine = [&] {
     if (number >= first && number <= last) {
       found.push_back(line);
     }
-    line.clear();
+    line = {offset, ""};
     ++number;
   };
   bool afterReturn = false;
   bool isOpen = false;  // Bytes of a last line that has no end.
   for (int byte = input->get(); byte != std::istream::traits_type::eof() && number <= last; byte = input->get()) {
     const char character = static_cast<char>(byte);
+    ++offset;
     if (character == '\n' && afterReturn) {
       afterReturn = false;  // The second byte of a line end.
+      line.begin = offset;
       continue;
     }
     afterReturn = character == '\r';
@@ -37,7 +40,7 @@ std::vector<std::string> Sources::lines(Id file, std::int32_t first, std::int32_
     if (!isOpen) {
       endLine();
     } else if (number >= first) {
-      line.push_back(character);
+      line.text.push_back(character);
     }
   }
   if (isOpen) {

@@ -18,8 +18,13 @@ class Sources {
   Sources(const Explanation& explanation, const std::string& standardInput)
       : explanation_(explanation), standardInput_(standardInput) {}
 
-  /// Lines of a file, from `first` to `last` as far as there are so many, without their ends.
-  std::vector<std::string> lines(Id file, std::int32_t first, std::int32_t last) const;
+  struct SourceLine {
+    std::uint64_t begin = 0;  ///< Offset in the file.
+    std::string text;         ///< Without the line end.
+  };
+
+  /// Lines of a file, from `first` to `last` as far as there are so many.
+  std::vector<SourceLine> lines(Id file, std::int32_t first, std::int32_t last) const;
 
   /// A use of a macro as it was written, or put together where it does not stand in a file.
   std::string written(const Expansion& expansion) const;

@@ -4,33 +4,26 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <charconv>
 #include <clocale>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
-#include <memory>
 #include <optional>
 #include <sstream>
 
-#include "driver/Driver.h"
-#include "engine/CppPreprocessor.h"
 #include "qnpp/version.h"
+#include "tools/CommandLine.h"
 #include "tools/explain/Html.h"
 #include "tools/explain/Json.h"
-#include "tools/explain/Recorder.h"
+#include "tools/explain/RecordedRun.h"
 #include "tools/explain/Terminal.h"
 
 namespace {
 
 struct Options {
-  std::string source;
-  std::vector<std::string> includeDirectories;
-  std::vector<std::string> definitions;
-  std::string sourceName;
-  std::string ignored;
+  qnpp::RunOptions run;
   std::string macro;
   std::string html;
   bool isJson = false;
@@ -42,7 +35,7 @@ struct Options {
 
 // Splits "main.c:12-20" into name and range, unless a file is called so.
 void takeRange(Options& options) {
-  std::string& source = options.source;
+  std::string& source = options.run.source;
   const std::size_t colon = source.rfind(':');
   if (colon == std::string::npos || std::filesystem::exists(source)) {
     return;
@@ -66,75 +59,6 @@ void takeRange(Options& options) {
   }
 }
 
-// The messages of a run, which the recorder gets line by line.
-class MessageBuffer final : public std::stringbuf {
- public:
-  explicit MessageBuffer(qnpp::Recorder& recorder) : recorder_(recorder) {}
-
- protected:
-  int sync() override {
-    std::string text = str();
-    str("");
-    while (text.ends_with('\n')) {
-      text.pop_back();
-    }
-    if (!text.empty()) {
-      recorder_.addMessage(std::move(text));
-    }
-    return 0;
-  }
-
- private:
-  qnpp::Recorder& recorder_;
-};
-
-std::vector<std::string> commandLineOf(const Options& options) {
-  std::vector<std::string> words = {"qnpp"};
-  for (const std::string& directory : options.includeDirectories) {
-    words.push_back("-I" + directory);
-  }
-  for (const std::string& definition : options.definitions) {
-    words.push_back("-D" + definition);
-  }
-  if (!options.sourceName.empty()) {
-    words.insert(words.end(), {"-s", options.sourceName});
-  }
-  if (!options.source.empty()) {
-    words.push_back(options.source);
-  }
-  return words;
-}
-
-// Runs the engine. None if the source cannot be read; that has been said.
-std::optional<qnpp::Explanation> explain(const Options& options, std::istream& standardInput) {
-  qnpp::Recorder recorder(options.source, options.range, options.most);
-  MessageBuffer messageBuffer(recorder);
-  std::ostream messages(&messageBuffer);
-  std::ostream discarded(nullptr);
-  qnpp::Driver driver(discarded, std::cerr);
-  const auto preprocessor = std::make_unique<qnpp::CppPreprocessor>(messages, standardInput);
-  preprocessor->setObserver(recorder);
-  const std::vector<std::string> words = commandLineOf(options);
-  std::vector<const char*> argv;
-  for (const std::string& word : words) {
-    argv.push_back(word.c_str());
-  }
-  if (!driver.prepare(static_cast<int>(argv.size()), argv.data(), *preprocessor)) {
-    if (preprocessor->hasError()) {
-      std::cerr << "qnpp-explain: cannot open " << options.source << '\n';
-    }
-    return std::nullopt;
-  }
-  try {
-    preprocessor->run();
-  } catch (const qnpp::FatalLexerError& error) {
-    recorder.addMessage(error.what());
-  } catch (const qnpp::DivisionByZero& error) {
-    recorder.addMessage(std::string("the run ends here: ") + error.what());
-  }
-  return recorder.finish();
-}
-
 std::size_t terminalWidth() {
   winsize size{};
   return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 20 ? size.ws_col : 100;
@@ -142,12 +66,13 @@ std::size_t terminalWidth() {
 
 int show(const Options& options) {
   std::string standardInput;
-  if (options.source.empty()) {
+  if (options.run.source.empty()) {
     standardInput.assign(std::istreambuf_iterator<char>(std::cin), {});
   }
   std::istringstream input(standardInput);
-  const std::optional<qnpp::Explanation> explanation = explain(options, input);
+  const std::optional<qnpp::Explanation> explanation = qnpp::record(options.run, input, options.range, options.most);
   if (!explanation) {
+    std::cerr << "qnpp-explain: cannot open " << options.run.source << '\n';
     return 1;
   }
   const qnpp::Sources sources(*explanation, standardInput);
@@ -182,13 +107,9 @@ int main(int argc, char** argv) {
   Options options;
   CLI::App app("Shows what qnpp does with a source, and why: each macro use, condition and include.", "qnpp-explain");
   app.set_version_flag("-v,--version", QnGetVersionString());
-  app.add_option("SOURCE", options.source, "Source, or SOURCE:LINE or SOURCE:LINE-LINE; standard input if there is none");
-  app.add_option("-I", options.includeDirectories, "Add a directory for searching include files")
-      ->expected(1)->take_all()->allow_extra_args(false)->type_name("DIR");
-  app.add_option("-D", options.definitions, "Define a macro")
-      ->expected(1)->take_all()->allow_extra_args(false)->type_name("NAME[=TEXT]");
-  app.add_option("-s", options.sourceName, "Source name in places and messages")->type_name("NAME");
-  app.add_option("-o", options.ignored, "Ignored, so that a command line of qnpp will do")->type_name("NAME");
+  app.add_option("SOURCE", options.run.source,
+                 "Source, or SOURCE:LINE or SOURCE:LINE-LINE; standard input if there is none");
+  qnpp::addRunOptions(app, options.run);
   app.add_option("--macro", options.macro, "Show only what involves this macro")->type_name("NAME");
   app.add_option("--html", options.html, "Write a page for a browser instead")->type_name("FILE");
   app.add_flag("--json", options.isJson, "Write what happened as JSON instead");

@@ -16,7 +16,7 @@ namespace qnpp {
 namespace {
 
 constexpr std::size_t kMostLevels = 60;       // Deeper ones are left out: nobody would find the way back.
-constexpr std::size_t kMostSteps = 8;         // Of a way back that is told.
+constexpr std::size_t kMostSteps = 4;         // Of a way back that is told.
 constexpr std::size_t kLongestSummary = 160;  // Bytes of a text that has to fit into a line.
 constexpr std::size_t kMostUses = 12;         // Of a macro that the list at the side names.
 constexpr std::size_t kRowsOfBlock = 100;     // A browser lays out only the blocks that are seen.
@@ -61,11 +61,16 @@ std::string shortened(std::string text) {
 
 class Page {
  public:
-  Page(const Explanation& explanation, const Sources& sources, std::ostream& output)
-      : told_(explanation), sources_(sources), output_(output), reasons_(explanation) {
+  Page(const Explanation& explanation, const Sources& sources, std::size_t mostUses, std::ostream& output)
+      : told_(explanation), sources_(sources), output_(output), reasons_(explanation), mostUses_(mostUses) {
     for (Id at = 1; at < told_.lines.size(); ++at) {
       const Line& line = told_.lines[at];
       linesAt_[line.place.file][line.place.line].push_back(&line);
+    }
+    for (const Directive& directive : told_.directives) {
+      for (const Directive::Asked& name : directive.asked) {
+        asked_.insert(name.name);
+      }
     }
     for (Id id = 1; id < told_.expansions.size(); ++id) {
       const Expansion& expansion = told_.expansions[id];
@@ -115,10 +120,9 @@ class Page {
                "<span class=\"a\">Arguments</span>, <span class=\"j\">texts made by # and ##</span>, and "
                "<span class=\"m\">names that were replaced</span> stand out.</p>\n";
     if (told_.isCut) {
-      output_ << "<p class=\"message\">Left out: how things came about from " << link(told_.cutAt)
-              << " on. Ask for it by its lines, as in <code>qnpp-explain --html FILE SOURCE:"
-              << std::to_string(told_.cutAt.line) << "-" << std::to_string(told_.cutAt.line + 1000)
-              << "</code>, or for more by <code>--most</code>.</p>\n";
+      output_ << "<p class=\"message\">Nothing was written down from " << link(told_.cutAt)
+              << " on. Ask for it by its lines, as in <code>qnpp-explain --html FILE SOURCE:" << told_.cutAt.line << "-"
+              << told_.cutAt.line + 1000 << "</code>, or for more by <code>--most</code>.</p>\n";
     }
     output_ << "<p class=\"live-only\"><button id=\"previous\">Previous use</button> <button id=\"next\">Next use</button> "
                "<button id=\"forward\">One level on</button> <button id=\"backward\">One level back</button> "
@@ -223,15 +227,15 @@ class Page {
     return top;
   }
 
-  // Where tokens come from, step by step.
-  std::string wayBack(Id origin) const {
+  // Where tokens come from, step by step, up to `mostSteps`.
+  std::string wayBack(Id origin, std::size_t mostSteps) const {
     std::string way;
     for (std::size_t step = 0; origin != 0; ++step) {
       const Piece& piece = told_.pieces[origin];
       const Expansion& expansion = told_.expansions[piece.expansion];
       const std::string name = reasons_.nameOf(piece);
       way.append(step == 0 ? "" : " \u2190 ");
-      if (step == kMostSteps) {
+      if (step == mostSteps) {
         return way + "\u2026";
       }
       const bool isArgument = piece.part == Observer::Part::Argument;
@@ -264,7 +268,7 @@ class Page {
         const Observer::Part part = told_.pieces[fragment.origin].part;
         output_ << "<span class=\""
                 << (part == Observer::Part::Argument ? "a" : part == Observer::Part::Body ? "b" : "j") << "\" data-x=\""
-                << topOf(fragment.origin) << "\" title=\"" << escaped(wayBack(fragment.origin)) << '"'
+                << topOf(fragment.origin) << "\" title=\"" << escaped(wayBack(fragment.origin, canBeReached ? 1 : kMostSteps)) << '"'
                 << (canBeReached ? " tabindex=\"0\"" : "") << '>' << escaped(text) << "</span>";
       }
     }
@@ -289,9 +293,34 @@ class Page {
       for (Id id = line->messagesBegin; id < line->messagesEnd; ++id) {
         output_ << "<p class=\"why message\" id=\"m" << id << "\">" << escaped(told_.messages[id].text) << "</p>\n";
       }
-      saidOfNames_.clear();
-      writeItems(reasons_.itemsOf(*line), 0);
+      const std::vector<Item> items = reasons_.itemsOf(*line);
+      if (!items.empty()) {
+        writeTree(*line, items);
+      }
     }
+  }
+
+  // Where there are scripts, a browser takes this for mere text, and the script makes elements of it when they are
+  // about to be seen. So a page with a hundred thousand of them opens at once.
+  void writeTree(const Line& line, const std::vector<Item>& items) {
+    if (usesWritten_ >= mostUses_) {
+      output_ << "<p class=\"faint why\">Not taken apart here, for the size of the page. Ask for <code>"
+              << escaped(told_.files[1].name) << ':' << lineOfSource(line.place) << "</code> alone.</p>\n";
+      return;
+    }
+    saidOfNames_.clear();
+    output_ << "<noscript class=\"t\" data-from=\"" << line.expansionsBegin << "\" data-to=\"" << line.expansionsEnd
+            << "\">";
+    writeItems(items, 0);
+    output_ << "</noscript>\n";
+  }
+
+  // The line of the source itself where things happen.
+  std::int32_t lineOfSource(Place place) const {
+    while (told_.files[place.file].includedAt.file != 0) {
+      place = told_.files[place.file].includedAt;
+    }
+    return place.line;
   }
 
   void writeNote(const std::string& note, std::string_view style) {
@@ -317,6 +346,7 @@ class Page {
   }
 
   void writeUse(Id id, std::size_t level) {
+    ++usesWritten_;
     const Expansion& expansion = told_.expansions[id];
     const Definition& definition = told_.definitions[expansion.definition];
     const std::string result = onOneLine(resultOf(told_, expansion));
@@ -339,7 +369,7 @@ class Page {
     }
     const auto& items = reasons_.itemsOf(expansion);
     writeItems(items, level + 1);
-    if (!items.empty()) {
+    if (!items.empty() && level == 0) {
       output_ << "<p>in the end <code>";
       writeFragments(told_.contexts[expansion.context].result, expansion.resultBegin, expansion.resultEnd, false, true);
       output_ << "</code></p>\n";
@@ -398,7 +428,8 @@ class Page {
     if (definition.endedAt.file != 0) {
       output_ << ", " << (definition.isReplaced ? "replaced at " : "undefined at ") << link(definition.endedAt);
     }
-    output_ << "<br><span class=\"count\">" << (count == 0 ? "never used" : "used " + std::to_string(count) + "\u00d7")
+    const std::string none = asked_.count(definition.name) > 0 ? "only asked for" : "never used";
+    output_ << "<br><span class=\"count\">" << (count == 0 ? none : "used " + std::to_string(count) + "\u00d7")
             << "</span>";
     for (std::size_t at = 0; at < std::min(count, kMostUses); ++at) {
       const Id use = found->second[at];
@@ -442,13 +473,16 @@ class Page {
   std::map<Id, Lines> linesAt_;
   std::map<Id, std::map<std::uint64_t, Id>> namesIn_;  // By file and offset.
   std::map<Id, std::vector<Id>> usesOf_;               // By definition.
+  std::set<std::string> asked_;                        // Names that conditions ask for.
   std::set<std::string> saidOfNames_;                  // What has been said about names of the line.
+  std::size_t mostUses_;
+  std::size_t usesWritten_ = 0;
 };
 
 }  // namespace
 
-void writeHtml(const Explanation& explanation, const Sources& sources, std::ostream& output) {
-  Page(explanation, sources, output).write();
+void writeHtml(const Explanation& explanation, const Sources& sources, std::size_t mostUses, std::ostream& output) {
+  Page(explanation, sources, mostUses, output).write();
 }
 
 }  // namespace qnpp

@@ -1,6 +1,7 @@
 // The explanation for a browser.
 #pragma once
 
+#include <cstddef>
 #include <ostream>
 
 #include "tools/explain/Explanation.h"
@@ -8,7 +9,8 @@
 
 namespace qnpp {
 
-/// Writes one page that needs nothing else: no network, and for reading no scripts.
-void writeHtml(const Explanation& explanation, const Sources& sources, std::ostream& output);
+/// Writes one page that needs nothing else: no network, and for reading no scripts. Takes about `mostUses` uses of
+/// macros apart; behind that, only the source and the output are shown.
+void writeHtml(const Explanation& explanation, const Sources& sources, std::size_t mostUses, std::ostream& output);
 
 }  // namespace qnpp

@@ -133,7 +133,8 @@ void Recorder::lineBegan(bool isSkipped) {
   line_.place = place();
   line_.endLine = line_.place.line;
   line_.isSkipped = isSkipped;
-  line_.outputBegin = told_.output().size();
+  // The first line directive is written before any line is read.
+  line_.outputBegin = told_.lines.size() == 1 ? 0 : told_.output().size();
   line_.expansionsBegin = static_cast<Id>(told_.expansions.size());
   line_.namesBegin = static_cast<Id>(told_.keptNames.size());
   line_.messagesBegin = static_cast<Id>(told_.messages.size());

@@ -29,7 +29,8 @@ struct Options {
   bool isJson = false;
   std::string colour = "auto";
   std::size_t width = 0;
-  std::size_t most = 1'000'000;
+  std::size_t most = 10'000'000;
+  std::size_t mostUses = 10'000;
   qnpp::LineRange range;
 };
 
@@ -78,7 +79,7 @@ int show(const Options& options) {
   const qnpp::Sources sources(*explanation, standardInput);
   if (!options.html.empty()) {
     std::ofstream page(options.html, std::ios::binary);
-    qnpp::writeHtml(*explanation, sources, page);
+    qnpp::writeHtml(*explanation, sources, options.mostUses, page);
     page.flush();
     if (!page) {
       std::cerr << "qnpp-explain: cannot write " << options.html << '\n';
@@ -116,7 +117,8 @@ int main(int argc, char** argv) {
   app.add_option("--color", options.colour, "Colour: auto, always or never")
       ->check(CLI::IsMember({"auto", "always", "never"}))->type_name("WHEN");
   app.add_option("--width", options.width, "Columns of the terminal")->check(CLI::Range(20, 10000))->type_name("N");
-  app.add_option("--most", options.most, "Steps after which the rest is left out (1000000)")->type_name("N");
+  app.add_option("--most", options.most, "Steps after which the rest is left out (10000000)")->type_name("N");
+  app.add_option("--most-uses", options.mostUses, "Uses of macros that a page takes apart (10000)")->type_name("N");
   CLI11_PARSE(app, argc, argv);
   takeRange(options);
   return show(options);

@@ -4,8 +4,32 @@
   const body = document.body;
   const told = document.getElementById("told");
   body.classList.add("live");
-  const uses = () => [...document.querySelectorAll("details.u")].filter((use) => !use.parentElement.closest("details.u:not([open])"));
-  const tops = () => [...document.querySelectorAll("details.u.top")];
+  // Elements are made of the trees that the page holds as text for browsers without scripts.
+  const make = (text) => {
+    const tree = document.createElement("div");
+    tree.innerHTML = text.textContent;
+    const made = [...tree.children];
+    text.replaceWith(...made);
+    return made;
+  };
+  const makeAll = (root) => root.querySelectorAll("noscript.t").forEach(make);
+  const inSight = new IntersectionObserver((blocks) => blocks.forEach((block) => {
+    if (block.isIntersecting) {
+      makeAll(block.target);
+      inSight.unobserve(block.target);
+    }
+  }), { rootMargin: "500px" });
+  document.querySelectorAll(".block").forEach((block) => inSight.observe(block));
+  const useCalled = (id) => {
+    const number = Number(id.slice(1));
+    const isThere = (text) => Number(text.dataset.from) <= number && number < Number(text.dataset.to);
+    [...document.querySelectorAll("noscript.t")].filter(isThere).forEach(make);
+    return document.getElementById(id);
+  };
+
+  // Uses that can be seen, and trees in which there may be some.
+  const places = () => [...document.querySelectorAll("details.u, noscript.t")]
+    .filter((place) => !place.parentElement.closest("details.u:not([open])"));
   const useOf = (element) => element && element.closest && element.closest("details.u");
   const say = (text) => { told.textContent = text; };
 
@@ -16,11 +40,14 @@
   };
   // The use before or behind the place where the reader is.
   const go = (step) => {
-    const all = uses();
-    if (all.length === 0) return;
-    const here = useOf(document.activeElement);
-    const at = here ? all.indexOf(here) + step : step > 0 ? 0 : all.length - 1;
-    if (all[at]) focusUse(all[at]);
+    for (;;) {
+      const all = places();
+      const here = useOf(document.activeElement);
+      const next = all[here ? all.indexOf(here) + step : step > 0 ? 0 : all.length - 1];
+      if (!next) return;
+      if (next.matches("details")) return focusUse(next);
+      make(next);
+    }
   };
   // The uses in `root`, itself included, that are closed while all around them are open.
   const frontier = (root) => [root, ...root.querySelectorAll("details.u")].filter((use) =>
@@ -37,9 +64,8 @@
     open.filter((use) => depth(use, root) === deepest).forEach((use) => { use.open = false; });
   };
   const here = () => {
-    const use = useOf(document.activeElement) || tops()[0];
-    if (use && !useOf(document.activeElement)) focusUse(use);
-    return use;
+    if (!useOf(document.activeElement)) go(1);
+    return useOf(document.activeElement);
   };
   const step = (how) => { const use = here(); if (use) how(use); };
   const closeAll = () => document.querySelectorAll("details.u[open]").forEach((use) => { use.open = false; });
@@ -66,7 +92,7 @@
   // A link to a use opens it.
   document.addEventListener("click", (event) => {
     const link = event.target.closest("a[href^='#x']");
-    const use = link && document.getElementById(link.hash.slice(1));
+    const use = link && useCalled(link.hash.slice(1));
     if (!use) return;
     for (let at = use; at; at = at.parentElement.closest("details.u")) at.open = true;
     focusUse(use);
@@ -91,6 +117,7 @@
   // On paper nothing can be opened.
   let opened = [];
   addEventListener("beforeprint", () => {
+    makeAll(document);
     opened = [...document.querySelectorAll("details:not([open])")].slice(0, 5000);
     opened.forEach((closed) => { closed.open = true; });
   });

@@ -141,7 +141,7 @@ class Checker {
       }
     }
     if (files.size() > 1) {
-      checkGuard(lines, files);
+      checkGuard(lines);
     }
   }
 
@@ -296,32 +296,27 @@ class Checker {
     }
   }
 
-  // A header that is meant to be read several times defines nothing for good, or is guarded by its user.
-  void checkGuard(const std::vector<Tokens>& lines, const std::vector<Id>& files) {
+  // A header that is meant to be read several times undefines what it defines, or is guarded by its users.
+  void checkGuard(const std::vector<Tokens>& lines) {
     const std::size_t dot = name_.rfind('.');
     const std::string ending = dot == std::string::npos ? "" : name_.substr(dot);
     if (ending != ".h" && ending != ".hh" && ending != ".hpp" && ending != ".hxx") {
       return;
     }
+    bool defines = false;
+    CppTokenKind before = TK_END;
     for (const Tokens& line : lines) {
-      const std::size_t first = passBlanks(line, 0);
-      if (first == line.size()) {
-        continue;
+      const CppTokenKind directive = directiveOf(line);
+      const bool isGuard = directive == TK_DEFINE && (before == TK_IFNDEF || before == TK_IF);
+      const std::size_t operand = directive == TK_PRAGMA ? passBlanks(line, directiveWord(line) + 1) : line.size();
+      if (isGuard || directive == TK_UNDEF || (operand < line.size() && line[operand].text == "once")) {
+        return;  // That of "once" is told anyway.
       }
-      if (directiveOf(line) == TK_IFNDEF || directiveOf(line) == TK_IF) {
-        return;
-      }
-      break;
+      defines = defines || directive == TK_DEFINE;
+      before = directive == TK_END ? before : directive;
     }
-    std::size_t defines = 0;
-    for (const Tokens& line : lines) {
-      if (directiveOf(line) == TK_UNDEF) {
-        return;
-      }
-      defines += directiveOf(line) == TK_DEFINE ? 1U : 0U;
-    }
-    if (defines > 0) {
-      add("no-guard", 1, "the file was included " + std::to_string(files.size()) + " times and has no guard");
+    if (defines) {
+      add("no-guard", 1, "the file is included more than once and has no guard");
     }
   }
 

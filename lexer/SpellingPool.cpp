@@ -105,9 +105,8 @@ const Spelling* SpellingPool::copy(const Spelling& token, Origin origin) {
     const std::span<const Spelling*> list = makeList(pieces.size());
     std::transform(pieces.begin(), pieces.end(), list.begin(),
                    [&](const Spelling* piece) { return copy(*piece, origin); });
-    auto* const made =
-        std::construct_at(static_cast<CompoundSpelling*>(arena_.allocate(sizeof(CompoundSpelling))),
-                          static_cast<const CompoundSpelling&>(token));
+    auto* const made = std::construct_at(static_cast<CompoundSpelling*>(arena_.allocate(sizeof(CompoundSpelling))),
+                                         static_cast<const CompoundSpelling&>(token));
     made->origin = origin;
     made->pieces = list;
     return made;

@@ -24,9 +24,9 @@ struct MacroExpander::Substitution {
   const Replacement* replacement = nullptr;
   std::size_t step = 0;  ///< The next of its steps.
   Arguments arguments;
-  TokenStream::EndedLists ended;  ///< While the arguments were read: their tokens may stand there.
-  HideSet hideSet;                ///< Of the invocation, the macro's name included.
-  TokenList result;               ///< What has been made so far.
+  TokenStream::EndedLists ended;           ///< While the arguments were read: their tokens may stand there.
+  HideSet hideSet;                         ///< Of the invocation, the macro's name included.
+  TokenList result;                        ///< What has been made so far.
   [[no_unique_address]] Origin expansion;  ///< Its number for the observer.
 
   void reset() {

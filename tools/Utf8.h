@@ -20,8 +20,8 @@ inline std::size_t utf8Size(std::string_view text) {
     const bool isWellFormed = (byte(0) != 0xE0U || byte(1) >= 0xA0U) && (byte(0) != 0xEDU || byte(1) < 0xA0U);
     return follows(1) && follows(2) && isWellFormed ? 3 : 0;
   }
-  const bool isWellFormed = byte(0) < 0xF5U && (byte(0) != 0xF0U || byte(1) >= 0x90U) &&
-                            (byte(0) != 0xF4U || byte(1) < 0x90U);
+  const bool isWellFormed =
+      byte(0) < 0xF5U && (byte(0) != 0xF0U || byte(1) >= 0x90U) && (byte(0) != 0xF4U || byte(1) < 0x90U);
   return byte(0) >= 0xF0U && isWellFormed && follows(1) && follows(2) && follows(3) ? 4 : 0;
 }
 

@@ -1,6 +1,7 @@
 # cmake -DSOURCE_DIR=... -DBUILD_DIR=... -DGENERATOR=... -DPYTHON=... -P Build.cmake: see CMakeLists.txt.
 
-set(targets qnpp qnpp_fuzz_lexer qnpp_fuzz_expression qnpp_fuzz_macro qnpp_fuzz_preprocessor)
+set(targets qnpp qnpp_fuzz_lexer qnpp_fuzz_expression qnpp_fuzz_macro qnpp_fuzz_preprocessor
+            qnpp_fuzz_recorder)
 execute_process(
   COMMAND "${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${BUILD_DIR}" -G "${GENERATOR}" -DCMAKE_BUILD_TYPE=RelWithDebInfo
           -DCMAKE_CXX_FLAGS=-D_GLIBCXX_ASSERTIONS "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1"

@@ -162,8 +162,9 @@ class Checker {
     const std::size_t word = directiveWord(line);
     if (word != kNoDirective && tiedTo(number) != 0) {
       if (word < line.size() && isDirective(line[word].text)) {
-        add("directive-as-text", number, "\"#" + std::string(line[word].text) + "\" is text here: it belongs to the " +
-                                             "text that begins in line " + std::to_string(tiedTo(number)));
+        add("directive-as-text", number,
+            "\"#" + std::string(line[word].text) + "\" is text here: it belongs to the " + "text that begins in line " +
+                std::to_string(tiedTo(number)));
       }
       return;
     }
@@ -209,8 +210,8 @@ class Checker {
         return;
       case TK_IDENTIFIER:
         if (const auto meant = nearestDirective(text)) {
-          add("unknown-directive", number, "\"#" + text + "\" is no directive; the nearest is \"#" +
-                                               std::string(*meant) + "\"");
+          add("unknown-directive", number,
+              "\"#" + text + "\" is no directive; the nearest is \"#" + std::string(*meant) + "\"");
         }
         return;
       default:
@@ -257,7 +258,8 @@ class Checker {
       } else if (!isLineComment && token.text.find('\n') != std::string_view::npos && token.text.size() > 2 &&
                  (token.text[2] == '.' || token.text[2] == '/' || token.text[2] == ')') &&
                  (isName(before.kind) || before.kind == '.' || before.kind == '/')) {
-        add("comment-in-string", token.line, "a comment begins in what looks like a path, and goes on over the line end");
+        add("comment-in-string", token.line,
+            "a comment begins in what looks like a path, and goes on over the line end");
       }
     }
   }
@@ -278,8 +280,8 @@ class Checker {
         }
       }
       if (end < line.size() && hasEscape && macro != nullptr) {
-        add("string-with-escape", line[at].line, "the text between these quotes is no string, and \"" +
-                                                     std::string(macro->text) + "\" in it is a macro");
+        add("string-with-escape", line[at].line,
+            "the text between these quotes is no string, and \"" + std::string(macro->text) + "\" in it is a macro");
       }
       at = end;
     }
@@ -290,8 +292,8 @@ class Checker {
       const SourceToken& number = line[at - 1];
       const bool isNumber = number.kind >= TK_DEC_INT && number.kind <= TK_HEX_UINT;
       if (isNumber && isName(line[at].kind) && names_.count(std::string(line[at].text)) > 0) {
-        add("number-with-macro", number.line, "\"" + std::string(line[at].text) + "\" behind the number \"" +
-                                                  std::string(number.text) + "\" is a macro");
+        add("number-with-macro", number.line,
+            "\"" + std::string(line[at].text) + "\" behind the number \"" + std::string(number.text) + "\" is a macro");
       }
     }
   }

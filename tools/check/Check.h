@@ -27,7 +27,7 @@ struct Finding {
   std::string file;
   std::int32_t line = 0;  ///< 0 for the command line.
   const Rule* rule = nullptr;
-  std::string text;       ///< A sentence without its full stop.
+  std::string text;  ///< A sentence without its full stop.
 
   auto operator<=>(const Finding&) const = default;
 };

@@ -61,16 +61,16 @@ void writeSarif(const std::vector<Finding>& findings, std::ostream& output) {
                    {"level", "warning"},
                    {"message", {{"text", readable(finding.text) + ". " + std::string(finding.rule->advice)}}}};
     if (finding.line > 0) {
-      const Json place = {{"artifactLocation", {{"uri", readable(finding.file)}}}, {"region", {{"startLine", finding.line}}}};
+      const Json place = {{"artifactLocation", {{"uri", readable(finding.file)}}},
+                          {"region", {{"startLine", finding.line}}}};
       result["locations"] = Json::array({{{"physicalLocation", place}}});
     }
     results.push_back(std::move(result));
   }
   const Json driver = {{"name", "qnpp-check"}, {"version", QnGetVersionString()}, {"rules", std::move(described)}};
   const Json run = {{"tool", {{"driver", driver}}}, {"results", std::move(results)}};
-  const Json log = {{"$schema", "https://json.schemastore.org/sarif-2.1.0.json"},
-                    {"version", "2.1.0"},
-                    {"runs", Json::array({run})}};
+  const Json log = {
+      {"$schema", "https://json.schemastore.org/sarif-2.1.0.json"}, {"version", "2.1.0"}, {"runs", Json::array({run})}};
   output << log.dump(1) << '\n';
 }
 

@@ -87,11 +87,20 @@ int main(int argc, char** argv) {
   app.add_option("SOURCE", options.sources, "Sources; standard input if there is none");
   qnpp::addRunOptions(app, options.run);
   app.add_option("--format", options.format, "text, json or sarif")
-      ->check(CLI::IsMember({"text", "json", "sarif"}))->type_name("FORM");
+      ->check(CLI::IsMember({"text", "json", "sarif"}))
+      ->type_name("FORM");
   app.add_option("--disable", options.disabled, "Leave out findings of this sort")
-      ->expected(1)->take_all()->allow_extra_args(false)->check(CLI::IsMember(ids))->type_name("ID");
+      ->expected(1)
+      ->take_all()
+      ->allow_extra_args(false)
+      ->check(CLI::IsMember(ids))
+      ->type_name("ID");
   app.add_option("--enable", options.enabled, "Look for a sort that is off by default")
-      ->expected(1)->take_all()->allow_extra_args(false)->check(CLI::IsMember(ids))->type_name("ID");
+      ->expected(1)
+      ->take_all()
+      ->allow_extra_args(false)
+      ->check(CLI::IsMember(ids))
+      ->type_name("ID");
   app.add_flag("--error", options.isError, "End with status 1 if anything was found");
   CLI11_PARSE(app, argc, argv);
   return checkAll(options);

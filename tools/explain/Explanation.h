@@ -24,10 +24,10 @@ struct Place {
 
 /// A file that was read; one that was included twice is there twice.
 struct SourceFile {
-  std::string name;      ///< As it was called when it was entered.
-  std::string path;      ///< As it was opened; empty for standard input.
+  std::string name;  ///< As it was called when it was entered.
+  std::string path;  ///< As it was opened; empty for standard input.
   Place includedAt = {};
-  Id include = 0;        ///< The directive that included it.
+  Id include = 0;  ///< The directive that included it.
 };
 
 /// A stretch of text whose tokens have one origin: a Piece, or 0 where they came straight from a file.
@@ -51,8 +51,8 @@ struct Definition {
   std::vector<std::string> parameters;
   std::string text;
   bool isFunctionLike = false;
-  Place place;            ///< None for the command line.
-  Place endedAt;          ///< Where it was undefined or replaced; none if it was not.
+  Place place;    ///< None for the command line.
+  Place endedAt;  ///< Where it was undefined or replaced; none if it was not.
   bool isReplaced = false;
   std::size_t useCount = 0;
 };
@@ -79,7 +79,7 @@ struct Expansion {
   Id definition = 0;  ///< 0 for the predefined macros.
   Id origin = 0;      ///< Of the name.
   Id context = 0;
-  Id parent = 0;      ///< The expansion in whose result the name stood, if that is in the same context.
+  Id parent = 0;  ///< The expansion in whose result the name stood, if that is in the same context.
   Place place;
   std::uint64_t nameBegin = 0;  ///< Offsets in the file, if the name stands there;
   std::uint64_t callEnd = 0;    ///< behind the ")" too, if that stands there too.
@@ -140,7 +140,7 @@ struct Line {
   std::int32_t endLine = 0;  ///< The last of them.
   bool isSkipped = false;
   bool isDirective = false;
-  Id directive = 0;  ///< The one that it is; of a skipped line of text the one that began the group.
+  Id directive = 0;             ///< The one that it is; of a skipped line of text the one that began the group.
   std::size_t outputBegin = 0;  ///< What happened, as positions in the lists.
   std::size_t outputEnd = 0;
   Id expansionsBegin = 0;

@@ -124,11 +124,12 @@ class Page {
               << " on. Ask for it by its lines, as in <code>qnpp-explain --html FILE SOURCE:" << told_.cutAt.line << "-"
               << told_.cutAt.line + 1000 << "</code>, or for more by <code>--most</code>.</p>\n";
     }
-    output_ << "<p class=\"live-only\"><button id=\"previous\">Previous use</button> <button id=\"next\">Next use</button> "
-               "<button id=\"forward\">One level on</button> <button id=\"backward\">One level back</button> "
-               "<button id=\"close\">Close all</button> Keys: <kbd>n</kbd> next use, <kbd>p</kbd> previous, "
-               "<kbd>\u2192</kbd> one level on, <kbd>\u2190</kbd> one level back, <kbd>c</kbd> close all, "
-               "<kbd>Enter</kbd> open or close.</p>\n</header>\n";
+    output_
+        << "<p class=\"live-only\"><button id=\"previous\">Previous use</button> <button id=\"next\">Next use</button> "
+           "<button id=\"forward\">One level on</button> <button id=\"backward\">One level back</button> "
+           "<button id=\"close\">Close all</button> Keys: <kbd>n</kbd> next use, <kbd>p</kbd> previous, "
+           "<kbd>\u2192</kbd> one level on, <kbd>\u2190</kbd> one level back, <kbd>c</kbd> close all, "
+           "<kbd>Enter</kbd> open or close.</p>\n</header>\n";
   }
 
   // ---- The text ----
@@ -170,10 +171,10 @@ class Page {
 
   void writeRow(const Place& place, const Sources::SourceLine& text, const std::vector<const Line*>& lines,
                 bool isContinued) {
-    const bool isSkipped = !lines.empty() && lines.front()->isSkipped &&
-                           (!lines.front()->isDirective ||
-                            told_.directives[lines.front()->directive].isInSkippedGroup) &&
-                           !closesSkipping(*lines.front());
+    const bool isSkipped =
+        !lines.empty() && lines.front()->isSkipped &&
+        (!lines.front()->isDirective || told_.directives[lines.front()->directive].isInSkippedGroup) &&
+        !closesSkipping(*lines.front());
     output_ << "<div class=\"row" << (isSkipped ? " skipped" : "") << (isContinued ? " join" : "") << "\" id=\""
             << rowOf(place) << "\"><a class=\"n\" href=\"#" << rowOf(place) << "\">" << place.line
             << "</a><span class=\"s\"";
@@ -191,7 +192,8 @@ class Page {
 
   // A directive that ends a skipped group stands in none.
   bool closesSkipping(const Line& line) const {
-    return line.isDirective && told_.directives[line.directive].opener != 0 && !told_.directives[line.directive].isSkipping;
+    return line.isDirective && told_.directives[line.directive].opener != 0 &&
+           !told_.directives[line.directive].isSkipping;
   }
 
   // The source, the names that were replaced as links to how.
@@ -267,8 +269,11 @@ class Page {
       } else {
         const Observer::Part part = told_.pieces[fragment.origin].part;
         output_ << "<span class=\""
-                << (part == Observer::Part::Argument ? "a" : part == Observer::Part::Body ? "b" : "j") << "\" data-x=\""
-                << topOf(fragment.origin) << "\" title=\"" << escaped(wayBack(fragment.origin, canBeReached ? 1 : kMostSteps)) << '"'
+                << (part == Observer::Part::Argument ? "a"
+                    : part == Observer::Part::Body   ? "b"
+                                                     : "j")
+                << "\" data-x=\"" << topOf(fragment.origin) << "\" title=\""
+                << escaped(wayBack(fragment.origin, canBeReached ? 1 : kMostSteps)) << '"'
                 << (canBeReached ? " tabindex=\"0\"" : "") << '>' << escaped(text) << "</span>";
       }
     }
@@ -381,7 +386,8 @@ class Page {
     const auto& parameters = told_.definitions[expansion.definition].parameters;
     const Expansion::Argument& argument = expansion.arguments[index];
     const std::string read = textOf(argument.read);
-    output_ << "<p><code class=\"a\">" << escaped(index < parameters.size() ? parameters[index] : std::to_string(index + 1))
+    output_ << "<p><code class=\"a\">"
+            << escaped(index < parameters.size() ? parameters[index] : std::to_string(index + 1))
             << "</code> = " << (read.empty() ? "nothing" : code(read));
     const std::string unexpanded = reasons_.whyUnexpanded(expansion, index);
     if (!unexpanded.empty()) {
@@ -407,7 +413,8 @@ class Page {
     if (told_.messages.size() > 1) {
       output_ << "<details open><summary>Messages (" << told_.messages.size() - 1 << ")</summary><ul>\n";
       for (Id id = 1; id < told_.messages.size(); ++id) {
-        output_ << "<li><a class=\"message\" href=\"#m" << id << "\">" << escaped(told_.messages[id].text) << "</a></li>\n";
+        output_ << "<li><a class=\"message\" href=\"#m" << id << "\">" << escaped(told_.messages[id].text)
+                << "</a></li>\n";
       }
       output_ << "</ul></details>\n";
     }
@@ -433,7 +440,8 @@ class Page {
             << "</span>";
     for (std::size_t at = 0; at < std::min(count, kMostUses); ++at) {
       const Id use = found->second[at];
-      output_ << (at == 0 ? ": " : ", ") << "<a href=\"#x" << use << "\">" << told_.expansions[use].place.line << "</a>";
+      output_ << (at == 0 ? ": " : ", ") << "<a href=\"#x" << use << "\">" << told_.expansions[use].place.line
+              << "</a>";
     }
     output_ << (count > kMostUses ? ", \u2026" : "") << "</li>\n";
   }
@@ -460,8 +468,8 @@ class Page {
     }
     for (const Directive& directive : told_.directives) {
       if (!directive.lookUps.empty() && directive.entered == 0) {
-        output_ << "<p class=\"message\">Not found: " << code(Reasons::textOf(directive)) << ' ' << link(directive.place)
-                << "</p>\n";
+        output_ << "<p class=\"message\">Not found: " << code(Reasons::textOf(directive)) << ' '
+                << link(directive.place) << "</p>\n";
       }
     }
   }

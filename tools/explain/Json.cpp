@@ -111,9 +111,9 @@ Json toJson(const Definition& definition) {
   if (definition.isFunctionLike) {
     parameters = definition.parameters;
   }
-  return {{"name", textOf(definition.name)},         {"parameters", std::move(parameters)},
-          {"text", textOf(definition.text)},         {"place", placeOf(definition.place)},
-          {"endedAt", placeOf(definition.endedAt)},  {"isReplaced", definition.isReplaced},
+  return {{"name", textOf(definition.name)},        {"parameters", std::move(parameters)},
+          {"text", textOf(definition.text)},        {"place", placeOf(definition.place)},
+          {"endedAt", placeOf(definition.endedAt)}, {"isReplaced", definition.isReplaced},
           {"useCount", definition.useCount}};
 }
 
@@ -152,9 +152,9 @@ Json toJson(const Directive& directive) {
                 {"taken", directive.taken},
                 {"entered", directive.entered}};
   if (directive.isEvaluated) {
-    entry["value"] = directive.isOk ? directive.isSigned ? Json(static_cast<std::int32_t>(directive.value))
-                                                         : Json(directive.value)
-                                    : Json();
+    entry["value"] = directive.isOk
+                         ? directive.isSigned ? Json(static_cast<std::int32_t>(directive.value)) : Json(directive.value)
+                         : Json();
   }
   for (const Directive::Asked& asked : directive.asked) {
     entry["asked"].push_back({{"name", textOf(asked.name)}, {"isDefined", asked.isDefined}});
@@ -166,8 +166,10 @@ Json toJson(const Directive& directive) {
 }
 
 Json toJson(const Line& line) {
-  return {{"place", placeOf(line.place)}, {"endLine", line.endLine},
-          {"isSkipped", line.isSkipped},  {"directive", line.directive},
+  return {{"place", placeOf(line.place)},
+          {"endLine", line.endLine},
+          {"isSkipped", line.isSkipped},
+          {"directive", line.directive},
           {"output", {line.outputBegin, line.outputEnd}}};
 }
 
@@ -214,8 +216,8 @@ void writeJson(const Explanation& explanation, const Sources& sources, std::ostr
     const KeptName& name = explanation.keptNames[at];
     const std::string why = reasons.why(name);
     if (!why.empty()) {
-      Json entry = {{"name", textOf(name.name)},         {"kept", nameOf(name.why)}, {"why", textOf(why)},
-                    {"place", placeOf(name.place)},      {"context", name.context},  {"piece", name.origin}};
+      Json entry = {{"name", textOf(name.name)},    {"kept", nameOf(name.why)}, {"why", textOf(why)},
+                    {"place", placeOf(name.place)}, {"context", name.context},  {"piece", name.origin}};
       if (name.hider != 0) {
         entry["hiddenBy"] = name.hider;
       }

@@ -175,15 +175,14 @@ std::string Reasons::whyUnexpanded(const Expansion& expansion, std::size_t argum
     const auto end = std::find_if_not(at, text.end(), isWordByte);
     const auto found = definitions_.find(std::string_view(at, end));
     if (found != definitions_.end()) {
-      const bool isLiteral = std::any_of(
-          expansion.replacement.begin(), expansion.replacement.end(), [&](const Fragment& fragment) {
+      const bool isLiteral =
+          std::any_of(expansion.replacement.begin(), expansion.replacement.end(), [&](const Fragment& fragment) {
             const Piece& piece = told_.pieces[fragment.origin];
             return piece.part == Observer::Part::Literal && piece.argument == argument;
           });
-      const bool isJoined =
-          std::any_of(expansion.replacement.begin(), expansion.replacement.end(), [&](const Fragment& fragment) {
-            return told_.pieces[fragment.origin].part == Observer::Part::Joined;
-          });
+      const bool isJoined = std::any_of(
+          expansion.replacement.begin(), expansion.replacement.end(),
+          [&](const Fragment& fragment) { return told_.pieces[fragment.origin].part == Observer::Part::Joined; });
       return isLiteral  ? "is not expanded: operand of \"#\""
              : isJoined ? "is not expanded: operand of \"##\""
                         : "is not expanded: the parameter is not used";
@@ -272,8 +271,8 @@ std::vector<std::string> Reasons::outcomeOf(const Directive& directive) const {
                     ": " + follows);
   } else if (directive.opener != 0 && directive.word != TK_ENDIF) {
     const bool wasTaken = directive.taken != 0;
-    lines.push_back(
-        (wasTaken ? "the group at " + at(told_.directives[directive.taken].place) + " was taken: " : "") + follows);
+    lines.push_back((wasTaken ? "the group at " + at(told_.directives[directive.taken].place) + " was taken: " : "") +
+                    follows);
   }
   return lines;
 }

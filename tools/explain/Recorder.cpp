@@ -90,8 +90,8 @@ bool Recorder::hasRoom() {
 // ---- Lines ----
 
 Recorder::Mark Recorder::mark() const {
-  return {told_.contexts.size(),  told_.expansions.size(), told_.pieces.size(),  told_.keptNames.size(),
-          told_.lines.size(),     told_.messages.size(),   told_.output().size()};
+  return {told_.contexts.size(), told_.expansions.size(), told_.pieces.size(),  told_.keptNames.size(),
+          told_.lines.size(),    told_.messages.size(),   told_.output().size()};
 }
 
 void Recorder::forgetFrom(const Mark& mark) {
@@ -142,9 +142,9 @@ void Recorder::lineBegan(bool isSkipped) {
   isInWantedFile_ = openFiles_.back().isWanted;
   wasCut_ = told_.isCut;
   if (isSkipped) {
-    const auto skipping =
-        std::find_if(conditionals_.begin(), conditionals_.end(),
-                     [this](const OpenConditional& open) { return told_.directives[open.current].isSkipping; });
+    const auto skipping = std::find_if(conditionals_.begin(), conditionals_.end(), [this](const OpenConditional& open) {
+      return told_.directives[open.current].isSkipping;
+    });
     line_.directive = skipping == conditionals_.end() ? 0 : skipping->current;
   }
   isInLine_ = true;
@@ -156,9 +156,9 @@ void Recorder::written(std::string_view text, Origin origin) {
   if (text.empty() || (!isInLineDirective_ && !hasRoom()) || told_.isCut) {
     return;
   }
-  const bool isContinued = !output.empty() && output.size() > line_.outputBegin &&
-                           output.back().isLineDirective == isInLineDirective_ && output.back().origin == idOf(origin) &&
-                           !(isInLineDirective_ && output.back().text.ends_with("\"\n"));
+  const bool isContinued =
+      !output.empty() && output.size() > line_.outputBegin && output.back().isLineDirective == isInLineDirective_ &&
+      output.back().origin == idOf(origin) && !(isInLineDirective_ && output.back().text.ends_with("\"\n"));
   if (isContinued) {
     output.back().text.append(text);
   } else {

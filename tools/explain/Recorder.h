@@ -32,7 +32,7 @@ class Recorder final : public Observer {
   /// To be called for each message, in the form in which qnpp writes it.
   void addMessage(std::string text);
 
-  /// To be called when the run is over.
+  /// To be called when the run is over, before its preprocessor is gone.
   Explanation finish();
 
   void watch(const TokenStream& stream) override { stream_ = &stream; }
@@ -64,9 +64,9 @@ class Recorder final : public Observer {
   // A file that is being read.
   struct OpenFile {
     Id file = 0;
-    std::int32_t renumbered = 0;     // By how much its lines are called higher than they are.
+    std::int32_t renumbered = 0;  // By how much its lines are called higher than they are.
     std::size_t conditionalsBelow = 0;
-    bool isWanted = false;           // It was included on a line that was asked for.
+    bool isWanted = false;  // It was included on a line that was asked for.
   };
   // A conditional that is open.
   struct OpenConditional {
@@ -114,10 +114,10 @@ class Recorder final : public Observer {
   Mark lineMark_;
   Line line_;
   bool isInLine_ = false;
-  bool isInSource_ = false;      // It stands in the source itself, or
-  bool isInWantedFile_ = false;  // in a file that was included on a line that was asked for.
-  bool wasCut_ = false;          // Before it, as much had been written down as may be.
-  Id directive_ = 0;  // The one that is being carried out.
+  bool isInSource_ = false;         // It stands in the source itself, or
+  bool isInWantedFile_ = false;     // in a file that was included on a line that was asked for.
+  bool wasCut_ = false;             // Before it, as much had been written down as may be.
+  Id directive_ = 0;                // The one that is being carried out.
   bool isInLineDirective_ = false;  // What is written is a line directive.
 };
 

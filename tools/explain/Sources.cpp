@@ -3,21 +3,29 @@
 #include <algorithm>
 #include <fstream>
 #include <memory>
-#include <sstream>
+
+#include "lexer/InputFile.h"
 
 namespace qnpp {
 
 std::vector<Sources::SourceLine> Sources::lines(Id file, std::int32_t first, std::int32_t last) const {
   std::vector<SourceLine> found;
+  // Views ask for one line after the other, so reading goes on where it stopped.
+  if (reached_.file != file || reached_.line > first) {
+    reached_ = {file, 1, 0};
+  }
   std::unique_ptr<std::istream> input;
   if (explanation_.files[file].path.empty()) {
-    input = std::make_unique<std::istringstream>(standardInput_);
+    auto text = std::make_unique<InputText>();
+    text->reset(std::string_view(standardInput_).substr(reached_.offset));
+    input = std::move(text);
   } else {
     input = std::make_unique<std::ifstream>(explanation_.files[file].path, std::ios::binary);
+    input->seekg(static_cast<std::streamoff>(reached_.offset));
   }
-  SourceLine line;
-  std::uint64_t offset = 0;
-  std::int32_t number = 1;
+  std::uint64_t offset = reached_.offset;
+  std::int32_t number = reached_.line;
+  SourceLine line = {offset, ""};
   const auto endLine = [&] {
     if (number >= first && number <= last) {
       found.push_back(line);
@@ -25,20 +33,22 @@ std::vector<Sources::SourceLine> Sources::lines(Id file, std::int32_t first, std
     line = {offset, ""};
     ++number;
   };
-  bool afterReturn = false;
   bool isOpen = false;  // Bytes of a last line that has no end.
-  for (int byte = input->get(); byte != std::istream::traits_type::eof() && number <= last; byte = input->get()) {
+  while (number <= last) {
+    const int byte = input->get();
+    if (byte == std::istream::traits_type::eof()) {
+      break;
+    }
     const char character = static_cast<char>(byte);
     ++offset;
-    if (character == '\n' && afterReturn) {
-      afterReturn = false;  // The second byte of a line end.
-      line.begin = offset;
-      continue;
-    }
-    afterReturn = character == '\r';
     isOpen = character != '\n' && character != '\r';
     if (!isOpen) {
+      if (character == '\r' && input->peek() == '\n') {
+        input->get();
+        ++offset;
+      }
       endLine();
+      reached_ = {file, number, offset};
     } else if (number >= first) {
       line.text.push_back(character);
     }

@@ -32,8 +32,16 @@ class Sources {
  private:
   std::string slice(Id file, std::uint64_t begin, std::uint64_t end) const;
 
+  // The line of a file that was reached, and its offset.
+  struct Reached {
+    Id file = 0;
+    std::int32_t line = 1;
+    std::uint64_t offset = 0;
+  };
+
   const Explanation& explanation_;
   const std::string& standardInput_;
+  mutable Reached reached_;
 };
 
 /// The text with each run of white space as one blank.

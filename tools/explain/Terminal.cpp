@@ -102,8 +102,11 @@ class TerminalView {
       at = last;
     }
     if (told_.isCut) {
-      row().add("What follows from " + reasons_.at(told_.cutAt) + " on is left out: too much happens. Ask for fewer lines.",
-                Style::Reason).write(output_);
+      row()
+          .add("What follows from " + reasons_.at(told_.cutAt) +
+                   " on is left out: too much happens. Ask for fewer lines.",
+               Style::Reason)
+          .write(output_);
     }
   }
 
@@ -122,14 +125,22 @@ class TerminalView {
     for (const Definition& definition : told_.definitions) {
       if (definition.name == options_.macro) {
         isDefined = true;
-        row().add(reasons_.at(definition.place), Style::Place).add(": ").add(Reasons::headOf(definition)).write(output_);
+        row()
+            .add(reasons_.at(definition.place), Style::Place)
+            .add(": ")
+            .add(Reasons::headOf(definition))
+            .write(output_);
         if (definition.endedAt.file != 0) {
-          row("  ").add(definition.isReplaced ? "replaced at " : "undefined at ")
-              .add(reasons_.at(definition.endedAt), Style::Place).write(output_);
+          row("  ")
+              .add(definition.isReplaced ? "replaced at " : "undefined at ")
+              .add(reasons_.at(definition.endedAt), Style::Place)
+              .write(output_);
         }
-        row("  ").add(definition.useCount == 0 ? "never used in what is shown"
-                                               : "used " + std::to_string(definition.useCount) +
-                                                     (definition.useCount == 1 ? " time" : " times")).write(output_);
+        row("  ")
+            .add(definition.useCount == 0
+                     ? "never used in what is shown"
+                     : "used " + std::to_string(definition.useCount) + (definition.useCount == 1 ? " time" : " times"))
+            .write(output_);
       }
     }
     if (!isDefined && !options_.macro.starts_with("__")) {
@@ -173,12 +184,18 @@ class TerminalView {
       row().add(reasons_.at(place), Style::Place).add(": ").add(text[index].text, Style::Name).write(output_);
     }
     if (last.place.line > line.endLine) {
-      row().add("and " + std::to_string(last.place.line - line.endLine) + " more, up to line " +
-                    std::to_string(last.place.line), Style::Faint).write(output_);
+      row()
+          .add("and " + std::to_string(last.place.line - line.endLine) + " more, up to line " +
+                   std::to_string(last.place.line),
+               Style::Faint)
+          .write(output_);
     }
     if (!line.isSkipped && !line.isDirective) {
-      row().add(reasons_.at(line.place), Style::Place).add(options_.isUnicode ? "→ " : "> ")
-          .add(onOneLine(outputOf(line))).write(output_);
+      row()
+          .add(reasons_.at(line.place), Style::Place)
+          .add(options_.isUnicode ? "→ " : "> ")
+          .add(onOneLine(outputOf(line)))
+          .write(output_);
     }
     for (const std::string& note : notes) {
       row("  ").add(note, Style::Reason).write(output_);
@@ -244,8 +261,11 @@ class TerminalView {
   void writeExpansion(const Expansion& expansion, const std::string& indent, std::size_t level) {
     const std::string result = onOneLine(resultOf(told_, expansion));
     const std::string replacement = onOneLine(textOf(expansion.replacement));
-    row(indent + mark()).add(onOneLine(sources_.written(expansion)), Style::Name)
-        .add(options_.isUnicode ? " → " : " -> ").add(result.empty() ? "(nothing)" : result).write(output_);
+    row(indent + mark())
+        .add(onOneLine(sources_.written(expansion)), Style::Name)
+        .add(options_.isUnicode ? " → " : " -> ")
+        .add(result.empty() ? "(nothing)" : result)
+        .write(output_);
     const std::string inner = indent + bar();
     Row head = row(inner);
     head.add(reasons_.placeOf(expansion), Style::Place);
@@ -271,7 +291,13 @@ class TerminalView {
     const std::string read = onOneLine(textOf(argument.read));
     const std::string unexpanded = reasons_.whyUnexpanded(expansion, index);
     if (!unexpanded.empty()) {
-      row(indent).add(name, Style::Argument).add(" = ").add(read).add(" ").add(unexpanded, Style::Reason).write(output_);
+      row(indent)
+          .add(name, Style::Argument)
+          .add(" = ")
+          .add(read)
+          .add(" ")
+          .add(unexpanded, Style::Reason)
+          .write(output_);
     }
     if (argument.contexts.empty()) {
       return;
@@ -280,8 +306,13 @@ class TerminalView {
     const std::string expanded = onOneLine(textOf(told_.contexts[context].result));
     const auto& items = reasons_.itemsOfContext(context);
     if (expanded != read || !items.empty()) {
-      row(indent).add(name, Style::Argument).add(" = ").add(read).add(options_.isUnicode ? " → " : " -> ")
-          .add(expanded).write(output_);
+      row(indent)
+          .add(name, Style::Argument)
+          .add(" = ")
+          .add(read)
+          .add(options_.isUnicode ? " → " : " -> ")
+          .add(expanded)
+          .write(output_);
       writeItems(items, indent + bar(), level + 1);
     }
   }
@@ -307,9 +338,9 @@ class TerminalView {
     for (const Fragment& fragment : expansion.replacement) {
       const Piece& piece = told_.pieces[fragment.origin];
       const std::string label = reasons_.nameOf(piece);
-      text.add(fragment.text, label.empty()                                ? Style::Plain
+      text.add(fragment.text, label.empty()                            ? Style::Plain
                               : piece.part == Observer::Part::Argument ? Style::Argument
-                                                                           : Style::Made);
+                                                                       : Style::Made);
       if (!label.empty() && label != before && labels.size() <= column) {
         labels.append(column - labels.size(), ' ').append(label).push_back(' ');
       }

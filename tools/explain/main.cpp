@@ -115,7 +115,8 @@ int main(int argc, char** argv) {
   app.add_option("--html", options.html, "Write a page for a browser instead")->type_name("FILE");
   app.add_flag("--json", options.isJson, "Write what happened as JSON instead");
   app.add_option("--color", options.colour, "Colour: auto, always or never")
-      ->check(CLI::IsMember({"auto", "always", "never"}))->type_name("WHEN");
+      ->check(CLI::IsMember({"auto", "always", "never"}))
+      ->type_name("WHEN");
   app.add_option("--width", options.width, "Columns of the terminal")->check(CLI::Range(20, 10000))->type_name("N");
   app.add_option("--most", options.most, "Steps after which the rest is left out (10000000)")->type_name("N");
   app.add_option("--most-uses", options.mostUses, "Uses of macros that a page takes apart (10000)")->type_name("N");

@@ -61,7 +61,8 @@ void CppPreprocessor::handleIf() {
 void CppPreprocessor::evaluateCondition() {
   readOperand(true, [this](bool isInLine) {
     const auto [value, isOk] = evaluator_.evaluate(isInLine);
-    observe([value = value, isOk = isOk](Observer& observer) { observer.evaluated(value.value, value.isSigned, isOk); });
+    observe(
+        [value = value, isOk = isOk](Observer& observer) { observer.evaluated(value.value, value.isSigned, isOk); });
     conditionals_.setGroup(isOk && value.value != 0);
     if (isOk) {
       checkEndOfOperand(stream_, diagnostics_);

@@ -1,21 +1,30 @@
 #include "tools/check/SourceTokens.h"
 
 #include <memory>
-#include <sstream>
 
+#include "lexer/Budget.h"
 #include "lexer/CppLexer.h"
 #include "lexer/InputFile.h"
 
 namespace qnpp {
+namespace {
+
+// What is wrong with a text is told by its run.
+class IgnoredMessages final : public MessageSink {
+  void deliver(Message /*message*/, std::string_view /*detail*/) override {}
+};
+
+}  // namespace
 
 std::vector<std::vector<SourceToken>> tokensOf(std::string_view text) {
   const auto output = std::make_unique<OutputBuffer>();
-  std::ostringstream messages;
+  IgnoredMessages messages;
   const NameTable names;
   std::uint64_t effectCount = 0;
   InputText input;
   input.reset(text);
-  CppLexer lexer(input, {*output, messages, names, effectCount});
+  Budget budget;
+  CppLexer lexer(input, {*output, messages, names, effectCount, budget});
   std::vector<std::vector<SourceToken>> lines(1);
   std::size_t begin = 0;
   std::int32_t line = 1;

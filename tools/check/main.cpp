@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <iostream>
 #include <iterator>
-#include <sstream>
 
 #include "qnpp/version.h"
 #include "tools/CommandLine.h"
@@ -41,8 +40,7 @@ bool checkSource(const Options& options, const std::string& source, std::vector<
   if (source.empty()) {
     standardInput.assign(std::istreambuf_iterator<char>(std::cin), {});
   }
-  std::istringstream input(standardInput);
-  const std::optional<qnpp::Explanation> explanation = qnpp::record(run, input);
+  const std::optional<qnpp::Explanation> explanation = qnpp::record(run, standardInput);
   if (!explanation) {
     std::cerr << "qnpp-check: cannot open " << source << '\n';
     return false;

@@ -1,74 +1,79 @@
 #include "tools/explain/RecordedRun.h"
 
 #include <memory>
-#include <ostream>
-#include <sstream>
 #include <utility>
 
-#include "driver/Driver.h"
 #include "engine/CppPreprocessor.h"
+#include "engine/Host.h"
+#include "lexer/Budget.h"
+#include "lexer/InputFile.h"
 
 namespace qnpp {
 namespace {
 
-// The messages of a run, which the recorder gets line by line.
-class MessageBuffer final : public std::stringbuf {
+// Hands the messages to the recorder; files are found on disk.
+class RecordingHost final : public Host {
  public:
-  explicit MessageBuffer(Recorder& recorder) : recorder_(recorder) {}
+  RecordingHost(Recorder& recorder, TextSink* output) : recorder_(recorder), output_(output) {}
 
- protected:
-  int sync() override {
-    std::string text = str();
-    str("");
+  void write(std::string_view text) override {
+    if (output_ != nullptr) {
+      output_->write(text);
+    }
+  }
+  void report(const Report& report) override {
+    std::string text(report.printed);
     while (text.ends_with('\n')) {
       text.pop_back();
     }
-    if (!text.empty()) {
-      recorder_.addMessage(std::move(text));
-    }
-    return 0;
+    recorder_.addMessage(std::move(text));
   }
+  bool isResolver() const override { return false; }
+  std::optional<FoundFile> resolve(const IncludeName& /*name*/, const FilePlace& /*place*/,
+                                   std::string_view /*includerPath*/) override {
+    return std::nullopt;
+  }
+  void enter(const Inclusion& /*inclusion*/, std::size_t /*depth*/) override {}
+  void mark(LineMark /*mark*/, const FilePlace& /*place*/, std::uint64_t /*offset*/) override {}
 
  private:
   Recorder& recorder_;
+  TextSink* output_;
 };
 
-std::vector<std::string> commandLineOf(const RunOptions& options) {
-  std::vector<std::string> words = {"qnpp"};
-  for (const std::string& directory : options.includeDirectories) {
-    // An empty name can only be a word of its own.
-    words.push_back(directory.empty() ? "-I" : "-I" + directory);
-    words.insert(words.end(), directory.empty() ? 1 : 0, directory);
-  }
-  for (const std::string& definition : options.definitions) {
-    words.push_back("-D" + definition);
-  }
-  if (!options.sourceName.empty()) {
-    words.insert(words.end(), {"-s", options.sourceName});
-  }
+// Of several definitions of one name the first holds; without a text it is 1.
+void define(std::string_view definition, CppMacroTable& macros) {
+  const std::size_t equals = definition.find('=');
+  macros.defineFromCommandLine(definition.substr(0, equals),
+                               equals == std::string_view::npos ? "1" : definition.substr(equals + 1));
+}
+
+bool open(const RunOptions& options, std::string_view standardInput, CppPreprocessor& preprocessor) {
   if (!options.source.empty()) {
-    words.push_back(options.source);
+    return preprocessor.openSource(std::make_unique<InputFile>(options.source), options.source, options.sourceName);
   }
-  return words;
+  auto text = std::make_unique<InputText>();
+  text->reset(standardInput);
+  return preprocessor.openSource(std::move(text), "stdin", options.sourceName);
 }
 
 }  // namespace
 
-std::optional<Explanation> record(const RunOptions& options, std::istream& standardInput, LineRange range,
-                                  std::size_t mostSteps) {
-  Recorder recorder(options.source, range, mostSteps);
-  MessageBuffer messageBuffer(recorder);
-  std::ostream messages(&messageBuffer);
-  std::ostream discarded(nullptr);
-  Driver driver(discarded, discarded);
-  const auto preprocessor = std::make_unique<CppPreprocessor>(messages, standardInput);
+std::optional<Explanation> record(const RunOptions& options, std::string_view standardInput,
+                                  const RecordOptions& recordOptions, TextSink* output) {
+  Recorder recorder(options.source, recordOptions.range, recordOptions.mostSteps);
+  RecordingHost host(recorder, output);
+  Budget budget;
+  budget.setLimits(recordOptions.mostWork, {});
+  const auto preprocessor = std::make_unique<CppPreprocessor>(host, budget);
   preprocessor->setObserver(recorder);
-  const std::vector<std::string> words = commandLineOf(options);
-  std::vector<const char*> argv;
-  for (const std::string& word : words) {
-    argv.push_back(word.c_str());
+  for (const std::string& definition : options.definitions) {
+    define(definition, preprocessor->macroTable());
   }
-  if (!driver.prepare(static_cast<int>(argv.size()), argv.data(), *preprocessor)) {
+  for (const std::string& directory : options.includeDirectories) {
+    preprocessor->addIncludeDirectory(directory);
+  }
+  if (!open(options, standardInput, *preprocessor)) {
     return std::nullopt;
   }
   try {
@@ -77,7 +82,10 @@ std::optional<Explanation> record(const RunOptions& options, std::istream& stand
     recorder.addMessage(error.what());
   } catch (const DivisionByZero& error) {
     recorder.addMessage(std::string("the run ends here: ") + error.what());
+  } catch (const RunEnded&) {
+    recorder.addMessage("the run ends here: it takes too much");
   }
+  preprocessor->finishEarly();
   return recorder.finish();
 }
 

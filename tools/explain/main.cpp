@@ -11,7 +11,6 @@
 #include <iostream>
 #include <iterator>
 #include <optional>
-#include <sstream>
 
 #include "qnpp/version.h"
 #include "tools/CommandLine.h"
@@ -70,8 +69,8 @@ int show(const Options& options) {
   if (options.run.source.empty()) {
     standardInput.assign(std::istreambuf_iterator<char>(std::cin), {});
   }
-  std::istringstream input(standardInput);
-  const std::optional<qnpp::Explanation> explanation = qnpp::record(options.run, input, options.range, options.most);
+  const std::optional<qnpp::Explanation> explanation =
+      qnpp::record(options.run, standardInput, {options.range, options.most});
   if (!explanation) {
     std::cerr << "qnpp-explain: cannot open " << options.run.source << '\n';
     return 1;

@@ -17,7 +17,7 @@ namespace qnpp {
 using Id = std::uint32_t;
 
 /// A line of a file, counted from 1 whatever `#line` says.
-struct Place {
+struct SourcePlace {
   Id file = 0;
   std::int32_t line = 0;
 };
@@ -26,7 +26,7 @@ struct Place {
 struct SourceFile {
   std::string name;  ///< As it was called when it was entered.
   std::string path;  ///< As it was opened; empty for standard input.
-  Place includedAt = {};
+  SourcePlace includedAt = {};
   Id include = 0;  ///< The directive that included it.
 };
 
@@ -51,8 +51,8 @@ struct Definition {
   std::vector<std::string> parameters;
   std::string text;
   bool isFunctionLike = false;
-  Place place;    ///< None for the command line.
-  Place endedAt;  ///< Where it was undefined or replaced; none if it was not.
+  SourcePlace place;    ///< None for the command line.
+  SourcePlace endedAt;  ///< Where it was undefined or replaced; none if it was not.
   bool isReplaced = false;
   std::size_t useCount = 0;
 };
@@ -80,7 +80,7 @@ struct Expansion {
   Id origin = 0;      ///< Of the name.
   Id context = 0;
   Id parent = 0;  ///< The expansion in whose result the name stood, if that is in the same context.
-  Place place;
+  SourcePlace place;
   std::uint64_t nameBegin = 0;  ///< Offsets in the file, if the name stands there;
   std::uint64_t callEnd = 0;    ///< behind the ")" too, if that stands there too.
   std::int32_t endLine = 0;
@@ -100,7 +100,7 @@ struct KeptName {
   Id origin = 0;
   Id context = 0;
   Id hider = 0;  ///< The expansion out of which a hidden name came.
-  Place place;
+  SourcePlace place;
   Id definitionsBefore = 0;  ///< Those from here on came later,
   Id expansionsBefore = 0;   ///< and so with these.
 };
@@ -116,7 +116,7 @@ struct Directive {
   };
 
   CppTokenKind word = TK_END;
-  Place place;
+  SourcePlace place;
   std::int32_t endLine = 0;
   std::string read;      ///< The operand, as it stood
   std::string expanded;  ///< and after its expansion.
@@ -136,7 +136,7 @@ struct Directive {
 
 /// What the run loop read in one go: a line of the source, or several that an invocation or a comment ties together.
 struct Line {
-  Place place;
+  SourcePlace place;
   std::int32_t endLine = 0;  ///< The last of them.
   bool isSkipped = false;
   bool isDirective = false;
@@ -153,7 +153,7 @@ struct Line {
 
 struct RunMessage {
   std::string text;
-  Place place;
+  SourcePlace place;
 };
 
 struct Explanation {
@@ -167,7 +167,7 @@ struct Explanation {
   std::vector<Line> lines;
   std::vector<RunMessage> messages;
   bool isCut = false;  ///< More happened than was to be recorded,
-  Place cutAt;         ///< from here on.
+  SourcePlace cutAt;   ///< from here on.
 
   const std::vector<Fragment>& output() const { return contexts.front().result; }
 };

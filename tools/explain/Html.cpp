@@ -103,14 +103,14 @@ class Page {
  private:
   using Item = Reasons::Item;
 
-  std::string link(const Place& place) const {
+  std::string link(const SourcePlace& place) const {
     const std::string text = escaped(reasons_.at(place));
     if (place.file == 0) {
       return text;
     }
     return "<a href=\"#" + rowOf(place) + "\">" + text + "</a>";
   }
-  static std::string rowOf(const Place& place) {
+  static std::string rowOf(const SourcePlace& place) {
     return "f" + std::to_string(place.file) + "l" + std::to_string(place.line);
   }
 
@@ -169,7 +169,7 @@ class Page {
     output_ << (rows > 0 ? "</div>\n" : "") << "</section>\n";
   }
 
-  void writeRow(const Place& place, const Sources::SourceLine& text, const std::vector<const Line*>& lines,
+  void writeRow(const SourcePlace& place, const Sources::SourceLine& text, const std::vector<const Line*>& lines,
                 bool isContinued) {
     const bool isSkipped =
         !lines.empty() && lines.front()->isSkipped &&
@@ -321,7 +321,7 @@ class Page {
   }
 
   // The line of the source itself where things happen.
-  std::int32_t lineOfSource(Place place) const {
+  std::int32_t lineOfSource(SourcePlace place) const {
     while (told_.files[place.file].includedAt.file != 0) {
       place = told_.files[place.file].includedAt;
     }

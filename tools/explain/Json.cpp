@@ -31,7 +31,9 @@ Json textOf(std::string_view text) {
   return text;
 }
 
-Json placeOf(const Place& place) { return place.file == 0 ? Json() : Json{{"file", place.file}, {"line", place.line}}; }
+Json placeOf(const SourcePlace& place) {
+  return place.file == 0 ? Json() : Json{{"file", place.file}, {"line", place.line}};
+}
 
 Json fragmentsOf(const std::vector<Fragment>& fragments) {
   Json list = Json::array();

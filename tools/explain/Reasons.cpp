@@ -87,7 +87,7 @@ void Reasons::place(const Item& item, Id parent, Id context) {
 
 // ---- Places and heads ----
 
-std::string Reasons::at(const Place& place) const {
+std::string Reasons::at(const SourcePlace& place) const {
   return place.file == 0 ? "the command line" : told_.files[place.file].name + ":" + std::to_string(place.line);
 }
 

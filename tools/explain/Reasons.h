@@ -24,7 +24,7 @@ class Reasons {
   explicit Reasons(const Explanation& explanation);
 
   /// "main.c:3"; "the command line" for none.
-  std::string at(const Place& place) const;
+  std::string at(const SourcePlace& place) const;
   /// "#define F(x) text".
   static std::string headOf(const Definition& definition);
   /// Where the definition of an expansion's macro is: "main.c:3", "the command line", "predefined".

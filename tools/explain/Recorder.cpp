@@ -62,7 +62,7 @@ Recorder::Recorder(std::string sourcePath, LineRange range, std::size_t mostStep
 
 // ---- Places ----
 
-Place Recorder::place() const {
+SourcePlace Recorder::place() const {
   if (openFiles_.empty()) {
     return {};
   }
@@ -110,7 +110,7 @@ void Recorder::endLine() {
     return;
   }
   isInLine_ = false;
-  const Place end = place();
+  const SourcePlace end = place();
   line_.endLine = end.file == line_.place.file ? std::max(line_.place.line, end.line - 1) : line_.place.line;
   if (!isWanted(line_) || wasCut_) {
     forgetFrom(lineMark_);
@@ -285,7 +285,7 @@ void Recorder::fileEntered() {
   file.name = stream_->file()->fileName();
   const bool isSource = openFiles_.empty();
   file.path = isSource ? sourcePath_ : foundPath_;
-  file.includedAt = isSource ? Place() : line_.place;
+  file.includedAt = isSource ? SourcePlace() : line_.place;
   file.include = directive_;
   const auto id = static_cast<Id>(told_.files.size());
   const bool isAskedFor = isSource || isWanted(line_);
@@ -317,7 +317,7 @@ void Recorder::defined(const Name& name, const CppMacro& macro) {
   definition.parameters = macro.parameters;
   definition.text = macro.text;
   definition.isFunctionLike = macro.functionLike;
-  definition.place = openFiles_.empty() ? Place() : line_.place;
+  definition.place = openFiles_.empty() ? SourcePlace() : line_.place;
   definitions_[definition.name] = static_cast<Id>(told_.definitions.size());
   told_.definitions.push_back(std::move(definition));
 }

@@ -87,7 +87,7 @@ class Recorder final : public Observer {
     std::size_t output = 0;
   };
 
-  Place place() const;
+  SourcePlace place() const;
   bool isWanted(const Line& line) const;
   bool hasRoom();
   void endLine();

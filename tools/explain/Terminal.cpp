@@ -180,7 +180,7 @@ class TerminalView {
     }
     const auto text = sources_.lines(line.place.file, line.place.line, line.endLine);
     for (std::size_t index = 0; index < text.size(); ++index) {
-      const Place place{line.place.file, line.place.line + static_cast<std::int32_t>(index)};
+      const SourcePlace place{line.place.file, line.place.line + static_cast<std::int32_t>(index)};
       row().add(reasons_.at(place), Style::Place).add(": ").add(text[index].text, Style::Name).write(output_);
     }
     if (last.place.line > line.endLine) {

@@ -38,18 +38,25 @@ install(PROGRAMS integrations/make/write-depfile.sh DESTINATION "${CMAKE_INSTALL
 # ---- For people: manual, completions, editors, documents. ----
 
 find_program(AWK NAMES awk mawk gawk DOC "Makes the page for man(1) from the manual in Markdown")
-if(AWK)
+function(qnpp_add_man_page program)
+  set(page "${PROJECT_BINARY_DIR}/${program}.1")
+  set(source "${PROJECT_SOURCE_DIR}")
   add_custom_command(
-    OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/qnpp.1"
-    COMMAND "${CMAKE_COMMAND}" "-DAWK=${AWK}" "-DSOURCE_DIR=${CMAKE_CURRENT_SOURCE_DIR}"
-            "-DOUTPUT=${CMAKE_CURRENT_BINARY_DIR}/qnpp.1" -P "${CMAKE_CURRENT_SOURCE_DIR}/cmake/WriteManPage.cmake"
-    DEPENDS docs/qnpp.1.md cmake/MarkdownToMan.awk cmake/WriteManPage.cmake cmake/Version.cmake
-    COMMENT "Making the man page"
+    OUTPUT "${page}"
+    COMMAND "${CMAKE_COMMAND}" "-DAWK=${AWK}" "-DSOURCE_DIR=${source}" "-DPROGRAM=${program}" "-DOUTPUT=${page}"
+            -P "${source}/cmake/WriteManPage.cmake"
+    DEPENDS "${source}/docs/${program}.1.md" "${source}/cmake/MarkdownToMan.awk" "${source}/cmake/WriteManPage.cmake"
+            "${source}/cmake/Version.cmake"
+    COMMENT "Making the man page of ${program}"
     VERBATIM)
-  add_custom_target(qnpp_man ALL DEPENDS "${CMAKE_CURRENT_BINARY_DIR}/qnpp.1")
-  install(FILES "${CMAKE_CURRENT_BINARY_DIR}/qnpp.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+  add_custom_target(${program}_man ALL DEPENDS "${page}")
+  install(FILES "${page}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" ${ARGN})
+endfunction()
+
+if(AWK)
+  qnpp_add_man_page(qnpp)
 else()
-  message(WARNING "awk not found: the man page is neither made nor installed")
+  message(WARNING "awk not found: the man pages are neither made nor installed")
 endif()
 
 install(FILES completions/qnpp.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME qnpp)

@@ -308,6 +308,7 @@ CppExprValue ExpressionEvaluator::readDefined() {
   if (get() == TK_IDENTIFIER) {
     const Name* const name = stream_.name();
     value.value = name != nullptr && name->macro != nullptr ? 1U : 0U;
+    stream_.observe([&](Observer& observer) { observer.askedFor(stream_.text(), value.value != 0); });
   } else {
     fail(Message::NameExpectedAfterDefined);
   }

@@ -15,6 +15,7 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     const CppFileScanner& file = *preprocessor_.stream_.file();
     preprocessor_.guardedFiles_.leave(file.fileName(), file.stamp(), preprocessor_.stream_.files().size(),
                                       preprocessor_.traces());
+    preprocessor_.observe([](Observer& observer) { observer.fileEnded(); });
   }
   void fileResumed() override {
     preprocessor_.includeLines_.pop_back();
@@ -41,6 +42,7 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
   // False when the file could not be opened.
   bool open(std::string path, std::unique_ptr<std::istream> input) {
     auto file = std::make_unique<CppFileScanner>(path, std::move(input), preprocessor_.lexerContext_);
+    preprocessor_.observe([&](Observer& observer) { observer.lookedFor(path, !file->openFailed()); });
     if (file->openFailed()) {
       return false;
     }
@@ -66,6 +68,11 @@ CppPreprocessor::CppPreprocessor(Host& host, Budget& budget)
 
 CppPreprocessor::~CppPreprocessor() = default;
 
+void CppPreprocessor::setObserver(Observer& observer) {
+  output_.observer().set(observer);
+  observe([this](Observer& set) { set.watch(stream_); });
+}
+
 bool CppPreprocessor::openSource(std::unique_ptr<std::istream> input, std::string path, const std::string& name) {
   auto file = std::make_unique<CppFileScanner>(std::move(path), std::move(input), lexerContext_);
   if (file->openFailed()) {
@@ -76,6 +83,7 @@ bool CppPreprocessor::openSource(std::unique_ptr<std::istream> input, std::strin
     file->setFileName(name);
   }
   stream_.pushFile(std::move(file));
+  observe([](Observer& observer) { observer.fileEntered(); });
   markLine(LineMark::Start);
   return true;
 }
@@ -116,6 +124,7 @@ void CppPreprocessor::markLine(LineMark mark, const FilePlace& now) {
 }
 
 void CppPreprocessor::writeLineDirective(std::int32_t line, std::string_view name) {
+  observe([](Observer& observer) { observer.lineDirectiveBegan(); });
   output_.write("#line ");
   output_.writeNumber(line);
   output_.write(" \"");

@@ -48,6 +48,10 @@ class CppPreprocessor {
   /// Whether line directives are written; they are unless this says otherwise.
   void setLineDirectives(bool areWritten) { writesLineDirectives_ = areWritten; }
 
+  /// Who is told what happens; borrowed. Has no effect but in a build that can be watched. To be set before anything
+  /// is defined.
+  void setObserver(Observer& observer);
+
   /// Opens the main source and writes the first line directive. `name`, unless it is empty, stands for it in messages,
   /// in line directives and in `__FILE__`. An input in a failed state is a source that cannot be opened: that is
   /// reported, and the answer is false.
@@ -115,6 +119,10 @@ class CppPreprocessor {
   void markLine(LineMark mark);
   void markLine(LineMark mark, const FilePlace& now);
   void writeLineDirective(std::int32_t line, std::string_view name);
+  template <typename Tell>
+  void observe(Tell tell) const {
+    stream_.observe(tell);
+  }
   GuardedFiles::Traces traces() const { return {output_.position(), diagnostics_.count(), effectCount_}; }
 
   Host& host_;

@@ -32,7 +32,9 @@ void CppPreprocessor::readOperand(bool isCondition, Read read) {
     stream_.get();
     stream_.appendCurrent(kind, operand_);
   }
+  observe([this](Observer& observer) { observer.operandRead(operand_.spellings()); });
   expander_.expandTokenList(operand_, isCondition);
+  observe([this](Observer& observer) { observer.operandExpanded(operand_.spellings()); });
   {
     const TokenStream::Closed source(stream_, operand_);
     read(false);
@@ -59,6 +61,8 @@ void CppPreprocessor::handleIf() {
 void CppPreprocessor::evaluateCondition() {
   readOperand(true, [this](bool isInLine) {
     const auto [value, isOk] = evaluator_.evaluate(isInLine);
+    observe(
+        [value = value, isOk = isOk](Observer& observer) { observer.evaluated(value.value, value.isSigned, isOk); });
     conditionals_.setGroup(isOk && value.value != 0);
     if (isOk) {
       checkEndOfOperand(stream_, diagnostics_);
@@ -80,6 +84,7 @@ void CppPreprocessor::handleIfdef(bool wantDefined) {
   stream_.get();
   const Name* const name = stream_.name();
   const bool isDefined = name != nullptr && name->macro != nullptr;
+  observe([&](Observer& observer) { observer.askedFor(stream_.text(), isDefined); });
   conditionals_.setGroup(isDefined == wantDefined);
   if (isDefined && !wantDefined) {
     guardedFiles_.seeGuard(*name);
@@ -160,6 +165,7 @@ void CppPreprocessor::enterFile() {
   }
   conditionals_.enterFile();
   stream_.pushFile(std::move(found_.file));
+  observe([](Observer& observer) { observer.fileEntered(); });
   markLine(LineMark::Entered);
   guardedFiles_.enter(traces());
 }
@@ -173,6 +179,7 @@ void CppPreprocessor::renumber() {
   CppFileScanner& file = *stream_.file();
   LineOperand operand = readLineOperand(stream_);
   if (operand.line) {
+    observe([&](Observer& observer) { observer.renumbered(*operand.line); });
     file.setLine(*operand.line);
   }
   if (operand.error) {

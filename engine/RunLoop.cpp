@@ -31,10 +31,12 @@ void CppPreprocessor::processLines() {
 }
 
 void CppPreprocessor::processLine() {
+  observe([this](Observer& observer) { observer.lineBegan(conditionals_.isSkipping()); });
   collectLeadingSpace();
   const CppTokenKind kind = stream_.get();
   if (kind == '#') {
     processDirective();
+    observe([this](Observer& observer) { observer.directiveEnded(conditionals_.isSkipping()); });
   } else if (conditionals_.isSkipping()) {
     if (kind != TK_NEWLINE) {
       stream_.discardLine();
@@ -79,7 +81,7 @@ void CppPreprocessor::handleTextToken(CppTokenKind kind) {
   } else if (isName(kind)) {
     expander_.expandInText();
   } else {
-    output_.write(stream_.text());
+    output_.write(stream_.text(), stream_.origin());
   }
 }
 
@@ -97,6 +99,7 @@ void CppPreprocessor::carryOutDirective(CppTokenKind kind) {
     output_.endLine();
     return;
   }
+  observe([kind](Observer& observer) { observer.directiveBegan(kind); });
   switch (kind) {
     case TK_NEWLINE:
     case TK_END:

@@ -47,6 +47,9 @@ class CppFileScanner final : public CppScanner {
   /// Makes `line` the number of the current line; a line end that has been looked at counts from there.
   void setLine(std::int32_t line) { lexer_->setLine(addLines(line, linesLookedAt_)); }
 
+  /// How many bytes of the file have been read as tokens, one that has been looked at included.
+  std::uint64_t offset() const { return lexer_->endOffset(); }
+
   CppTokenKind peek() override;
   CppTokenKind get() override;
   const HideSet& hideSet() override { return emptyHideSet_; }

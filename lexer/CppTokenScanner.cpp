@@ -81,7 +81,8 @@ const Spelling* CppTokenScanner::next() {
     if (reader_ != nullptr) {
       const CppTokenKind kind = reader_->lexer.next();
       if (kind != TK_END) {
-        return pool_.spell(kind, reader_->lexer.text());
+        const Spelling* const token = pool_.spell(kind, reader_->lexer.text());
+        return kObserved ? pool_.copy(*token, at_[-1]->origin) : token;
       }
       reader_.reset();
     }

@@ -11,7 +11,9 @@ void OutputBuffer::writeNumber(std::int32_t number) {
     flush();
   }
   char* const to = bytes_.data() + used_;
-  used_ += static_cast<std::size_t>(std::to_chars(to, to + kLongest, number).ptr - to);
+  const auto size = static_cast<std::size_t>(std::to_chars(to, to + kLongest, number).ptr - to);
+  used_ += size;
+  observe([&](Observer& observer) { observer.written({to, size}, {}); });
 }
 
 void OutputBuffer::writeLineEnds(std::size_t count) {
@@ -21,6 +23,7 @@ void OutputBuffer::writeLineEnds(std::size_t count) {
     }
     const std::size_t fitting = std::min(count, kCapacity - used_);
     std::memset(bytes_.data() + used_, '\n', fitting);
+    observe([&](Observer& observer) { observer.written({bytes_.data() + used_, fitting}, {}); });
     used_ += fitting;
     count -= fitting;
   }

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "lexer/LineNumber.h"
+#include "lexer/Observer.h"
 
 namespace qnpp {
 
@@ -33,7 +34,15 @@ class OutputBuffer {
 
   void attach(TextSink& sink) { sink_ = &sink; }
 
-  void write(const char* text, std::size_t size) {
+  /// Who is told of what is written here, and of anything else in the run.
+  ObserverLink& observer() { return observer_; }
+  template <typename Tell>
+  ToldOf<Tell> observe(Tell tell) const {
+    return observer_(tell);
+  }
+
+  void write(const char* text, std::size_t size, [[maybe_unused]] Origin origin = {}) {
+    observe([&](Observer& observer) { observer.written({text, size}, origin); });
     if (size > kCapacity - used_) {
       writeBlock(text, size);
       return;
@@ -53,8 +62,9 @@ class OutputBuffer {
       to[size - 1] = text[size - 1];
     }
   }
-  void write(std::string_view text) { write(text.data(), text.size()); }
+  void write(std::string_view text, Origin origin = {}) { write(text.data(), text.size(), origin); }
   void write(char character) {
+    observe([&](Observer& observer) { observer.written({&character, 1}, {}); });
     if (used_ == kCapacity) {
       flush();
     }
@@ -95,6 +105,7 @@ class OutputBuffer {
   void deliver(const char* text, std::size_t size);
 
   TextSink* sink_ = nullptr;
+  [[no_unique_address]] ObserverLink observer_;
   std::size_t used_ = 0;
   std::uint64_t delivered_ = 0;
   std::int32_t line_ = 1;

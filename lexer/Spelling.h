@@ -12,6 +12,16 @@ namespace qnpp {
 
 struct Name;
 
+/// Where a token comes from, as a number that an observer of the run gave it; 0 for a token that was read from the
+/// source. Empty in a build that cannot be watched.
+#if defined(QNPP_OBSERVED)
+inline constexpr bool kObserved = true;
+enum class Origin : std::uint32_t {};
+#else
+inline constexpr bool kObserved = false;
+struct Origin {};
+#endif
+
 /// The text of a stored token. A stored token has no kind of its own: its kind is what its text lexes into when it is
 /// read. That depends on the text alone, so the answer is found once and kept beside it.
 ///
@@ -30,6 +40,7 @@ struct Spelling {
   /// The entry of the name table with this spelling; null when the text is no name, or none that any macro definition
   /// has mentioned so far.
   Name* name = nullptr;
+  [[no_unique_address]] Origin origin = {};
 
   std::string_view text() const { return {data, size}; }
   bool isSingleToken() const { return kind >= 0; }

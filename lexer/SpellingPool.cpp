@@ -84,14 +84,38 @@ const Spelling* SpellingPool::spell(std::string_view text) {
   if (pieces_.size() == 1 && pieces_[0]->size == kept.size()) {
     return pieces_[0];
   }
-  // NOLINTNEXTLINE(bugprone-sizeof-expression): pointers are what is kept.
-  auto* const list = static_cast<const Spelling**>(arena_.allocate(pieces_.size() * sizeof(const Spelling*)));
-  std::copy(pieces_.begin(), pieces_.end(), list);
+  const std::span<const Spelling*> list = makeList(pieces_.size());
+  std::copy(pieces_.begin(), pieces_.end(), list.begin());
   auto* const made = std::construct_at(static_cast<CompoundSpelling*>(arena_.allocate(sizeof(CompoundSpelling))));
   made->data = kept.data();
   made->size = static_cast<std::uint32_t>(kept.size());
   made->kind = Spelling::kCompound;
-  made->pieces = {list, pieces_.size()};
+  made->pieces = list;
+  return made;
+}
+
+std::span<const Spelling*> SpellingPool::makeList(std::size_t size) {
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): pointers are what is kept.
+  return {static_cast<const Spelling**>(arena_.allocate(size * sizeof(const Spelling*))), size};
+}
+
+const Spelling* SpellingPool::copy(const Spelling& token, Origin origin) {
+  if (token.kind == Spelling::kCompound) {
+    const auto& pieces = static_cast<const CompoundSpelling&>(token).pieces;
+    const std::span<const Spelling*> list = makeList(pieces.size());
+    std::transform(pieces.begin(), pieces.end(), list.begin(),
+                   [&](const Spelling* piece) { return copy(*piece, origin); });
+    auto* const made = std::construct_at(static_cast<CompoundSpelling*>(arena_.allocate(sizeof(CompoundSpelling))),
+                                         static_cast<const CompoundSpelling&>(token));
+    made->origin = origin;
+    made->pieces = list;
+    return made;
+  }
+  Spelling* const made = std::construct_at(static_cast<Spelling*>(arena_.allocate(sizeof(Spelling))), token);
+  made->origin = origin;
+  if (made->name == nullptr && isWord(CppTokenKind{made->kind})) {
+    unknownNames_.push_back(made);
+  }
   return made;
 }
 

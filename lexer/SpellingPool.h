@@ -35,6 +35,11 @@ class SpellingPool {
   /// The spelling of a text that may be any number of tokens, such as a joined text; the text is copied.
   const Spelling* spell(std::string_view text);
 
+  /// A copy of `token`, or of the pieces it lexes into, that comes from `origin`. Only for a run that is observed.
+  const Spelling* copy(const Spelling& token, Origin origin);
+  /// Storage for so many pointers to spellings, that lives as long as a spelling made now.
+  std::span<const Spelling*> makeList(std::size_t size);
+
   /// Lexes `text` and appends a spelling for each token; comments write and report as they do anywhere.
   void lex(std::string_view text, std::vector<const Spelling*>& tokens);
 

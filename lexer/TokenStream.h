@@ -24,6 +24,7 @@
 //     is held: no token of it can be in use then.
 #pragma once
 
+#include <algorithm>
 #include <cassert>
 #include <cstddef>
 #include <memory>
@@ -238,6 +239,38 @@ class TokenStream {
   void nameBecameKnown(Name& name) { pool_.nameBecameKnown(name); }
 
   HideSetCache& hideSets() { return hideSets_; }
+
+  // ---- Being watched; see Observer ----
+
+  /// Calls `tell` with the observer of the run, if there is one.
+  template <typename Tell>
+  ToldOf<Tell> observe(Tell tell) const {
+    return context_.output.observe(tell);
+  }
+  /// Where the current token comes from.
+  Origin origin() const {
+    if constexpr (kObserved) {
+      return isInFile_ ? Origin() : static_cast<const CppTokenScanner&>(*current_).spelling()->origin;
+    }
+    return {};
+  }
+  /// In an observed run, copies of `tokens` that come from `originOf` each; else the tokens themselves.
+  template <typename OriginOf>
+  SpellingRange traced(SpellingRange tokens, [[maybe_unused]] OriginOf originOf) {
+    if constexpr (kObserved) {
+      const std::span<const Spelling*> copies = pool_.makeList(tokens.size());
+      std::transform(tokens.begin(), tokens.end(), copies.begin(),
+                     [&](const Spelling* token) { return pool_.copy(*token, originOf(*token)); });
+      return copies;
+    }
+    return tokens;
+  }
+  const Spelling* traced(const Spelling* token, [[maybe_unused]] Origin origin) {
+    if constexpr (kObserved) {
+      return pool_.copy(*token, origin);
+    }
+    return token;
+  }
 
  private:
   // A source, and the mark behind which the pool is its.

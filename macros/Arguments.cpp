@@ -86,12 +86,13 @@ void Arguments::lexAnew(TokenStream& stream, std::string_view text) {
   std::size_t oldEnd = 0;  // and where the last of these ends.
   lexer.lex(text, [&](CppTokenKind kind, std::string_view lexed) {
     const auto hideSetOf = [&old](std::size_t token) { return old.hideSetAt(token, old.runAt(token)); };
+    const Origin origin = old.spellings()[oldEnd > begin ? begun - 1 : begun]->origin;
     HideSet all = oldEnd > begin ? hideSetOf(begun - 1) : HideSet();
     for (begin = lexer.endOffset(); oldEnd < begin; ++begun) {
       oldEnd += old.spellings()[begun]->size;
       all = all.joined(hideSetOf(begun));
     }
-    collected_.append(stream.spell(kind, lexed), all);
+    collected_.append(stream.traced(stream.spell(kind, lexed), origin), all);
   });
 }
 

@@ -26,12 +26,14 @@ void CppMacroTable::define(std::string_view name, CppMacro macro) {
   entry.macro = definition.get();
   names_.beginGeneration();
   definitions_[entry.id] = std::move(definition);
+  stream_.observe([&](Observer& observer) { observer.defined(entry, *entry.macro); });
 }
 
 void CppMacroTable::undefine(std::string_view name) {
   Name* const entry = names_.find(name);
   if (entry != nullptr && entry->macro != nullptr) {
     dropDefinition(*entry);
+    stream_.observe([&](Observer& observer) { observer.undefined(*entry); });
   }
 }
 

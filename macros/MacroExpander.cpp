@@ -24,9 +24,10 @@ struct MacroExpander::Substitution {
   const Replacement* replacement = nullptr;
   std::size_t step = 0;  ///< The next of its steps.
   Arguments arguments;
-  TokenStream::EndedLists ended;  ///< While the arguments were read: their tokens may stand there.
-  HideSet hideSet;                ///< Of the invocation, the macro's name included.
-  TokenList result;               ///< What has been made so far.
+  TokenStream::EndedLists ended;           ///< While the arguments were read: their tokens may stand there.
+  HideSet hideSet;                         ///< Of the invocation, the macro's name included.
+  TokenList result;                        ///< What has been made so far.
+  [[no_unique_address]] Origin expansion;  ///< Its number for the observer.
 
   void reset() {
     arguments.clear();
@@ -65,7 +66,8 @@ void MacroExpander::expandInText() {
   assert(expansions_.empty());
   Name* const name = stream_.name();
   if (name == nullptr || name->macro == nullptr || stream_.isHidden(*name)) {
-    context_.output.write(stream_.text());
+    trace().kept(name == nullptr || name->macro == nullptr ? Observer::Kept::NoMacro : Observer::Kept::Hidden);
+    context_.output.write(stream_.text(), stream_.origin());
   } else if (name->macro->functionLike) {
     // A copy, since the cache's answer holds until its next question only.
     expandFunctionLikeInText(*name, HideSet(stream_.hideSets().with(stream_.hideSet(), *name)));
@@ -95,6 +97,8 @@ void MacroExpander::expandFunctionLikeInText(const Name& name, const HideSet& hi
   predefined_.refresh(name, *stream_.file());
   const TokenStream::Hold hold(stream_);
   std::unique_ptr<Substitution> substitution = spareSubstitutions_.take(stream_);
+  const Origin origin = stream_.origin();
+  substitution->expansion = trace().begin(name);
   std::string skipped;
   const Invocation invocation = readInvocation(
       *name.macro, *substitution, [this, &skipped] { skipped.append(stream_.text()); }, [] { return false; });
@@ -106,24 +110,27 @@ void MacroExpander::expandFunctionLikeInText(const Name& name, const HideSet& hi
   if (invocation == Invocation::None) {
     context_.output.write(skipped);  // The white space behind the name comes out before it.
   }
-  context_.output.write(name.text());
+  context_.output.write(name.text(), origin);
   spareSubstitutions_.give(std::move(substitution));
 }
 
 // The macro's tokens become the current source.
 void MacroExpander::pushObjectLike(const Name& name, const HideSet& hideSet) {
   const TokenStream::Hold hold(stream_);
+  const Origin expansion = trace().begin(name);
   if (!predefined_.isRefreshed(name)) {
-    const SpellingRange tokens = replacementOf(name).tokens();
+    const SpellingRange tokens = trace().body(replacementOf(name).tokens(), expansion);
     context_.budget.spendOnExpansion(1 + tokens.size());
+    trace().replaced(expansion, tokens);
     stream_.push({tokens, hideSet});
     return;
   }
   predefined_.refresh(name, *stream_.file());
   TokenList tokens;
-  stream_.storedTextLexer().lex(name.macro->text, [this, &tokens, &hideSet](CppTokenKind kind, std::string_view text) {
-    tokens.append(stream_.spell(kind, text), hideSet);
+  stream_.storedTextLexer().lex(name.macro->text, [&](CppTokenKind kind, std::string_view text) {
+    tokens.append(trace().body(stream_.spell(kind, text), expansion), hideSet);
   });
+  trace().replaced(expansion, tokens.spellings());
   stream_.push(tokens);
 }
 
@@ -171,11 +178,20 @@ MacroExpander::Invocation MacroExpander::readInvocation(const CppMacro& macro, S
     stream_.get();
     take();
   }
-  if (kind != '(' || isHidden()) {
+  if (kind != '(') {
+    trace().fail(substitution.expansion, Observer::Kept::NoParenthesis);
     return Invocation::None;
   }
-  return collectArguments(stream_, messages_, macro, substitution.arguments) ? Invocation::Complete
-                                                                             : Invocation::Malformed;
+  if (isHidden()) {
+    trace().fail(substitution.expansion, Observer::Kept::Hidden);
+    return Invocation::None;
+  }
+  if (!collectArguments(stream_, messages_, macro, substitution.arguments)) {
+    trace().fail(substitution.expansion, Observer::Kept::BadArguments);
+    return Invocation::Malformed;
+  }
+  trace().argumentsRead(substitution.expansion, substitution.arguments);
+  return Invocation::Complete;
 }
 
 // Works on the innermost expansion until none is left.
@@ -209,11 +225,13 @@ void MacroExpander::substitute(Substitution& substitution) {
     const Replacement::Step& step = steps[substitution.step++];
     switch (step.kind) {
       case Replacement::Step::Kind::Tokens:
-        substitution.result.append(replacement.tokens().subspan(step.begin, step.end - step.begin),
-                                   substitution.hideSet);
+        substitution.result.append(
+            trace().body(replacement.tokens().subspan(step.begin, step.end - step.begin), substitution.expansion),
+            substitution.hideSet);
         break;
       case Replacement::Step::Kind::Expand:
         if (!appendExpanded(substitution, step.begin)) {
+          trace().argumentBegan(substitution.expansion, step.begin);
           beginListExpansion(substitution.arguments, step.begin);
           return;
         }
@@ -222,10 +240,12 @@ void MacroExpander::substitute(Substitution& substitution) {
         joinedText_.clear();
         stringize(substitution.arguments, step.begin, joinedText_);
         spendOnText();
-        substitution.result.append(stream_.spell(joinedText_), substitution.hideSet);
+        substitution.result.append(trace().literal(stream_.spell(joinedText_), substitution.expansion, step.begin),
+                                   substitution.hideSet);
         break;
       case Replacement::Step::Kind::Join:
-        substitution.result.append(join(substitution, step.begin, step.end), substitution.hideSet);
+        substitution.result.append(trace().joined(join(substitution, step.begin, step.end), substitution.expansion),
+                                   substitution.hideSet);
         break;
       case Replacement::Step::Kind::Misuse:
         messages_.report(Replacement::misuse(step));  // What has been made so far is the result.
@@ -240,6 +260,7 @@ void MacroExpander::finishSubstitution() {
   auto finished = std::move(std::get<std::unique_ptr<Substitution>>(expansions_.back()));
   expansions_.pop_back();
   TokenList& result = finished->result;
+  trace().replaced(finished->expansion, result.spellings());
   std::size_t passed = 0;  // What would be read back and written, or collected, is so right here.
   if (kShortcuts && expansions_.empty()) {
     passed = writeLeadingText(result.spellings(), context_.output);
@@ -388,7 +409,10 @@ void MacroExpander::finishListExpansion() {
     Substitution& substitution = *std::get<std::unique_ptr<Substitution>>(expansions_.back());
     const Replacement::Step& step = substitution.replacement->steps()[substitution.step - 1];  // It waits.
     context_.budget.spendOnExpansion(finished->result.size());
-    substitution.result.append(finished->result.all(), substitution.hideSet, stream_.hideSets());
+    trace().argumentExpanded(substitution.expansion, step.begin, finished->result);
+    TokenRange expanded = finished->result.all();
+    expanded.tokens = trace().argument(expanded.tokens, substitution.expansion, step.begin);
+    substitution.result.append(expanded, substitution.hideSet, stream_.hideSets());
     // A parameter may stand in the replacement list again. Its argument is expanded anew for each place, which is the
     // same unless a message was given or a comment did more than be a blank: those things are repeated.
     if (kShortcuts && step.isWantedAgain && finished->eventCount == eventCount()) {
@@ -404,15 +428,18 @@ void MacroExpander::expandNameInList(TokenList& result) {
   const Spelling* const spelling = list.spelling();
   Name* const name = spelling->name;
   if (name == nullptr || name->macro == nullptr) {
+    trace().kept(Observer::Kept::NoMacro);
     collect(result);
     return;
   }
   if (list.isSurelyHidden(*name)) {
+    trace().kept(Observer::Kept::Hidden);
     list.appendCurrent(result, true);  // And it stays hidden: a token's set only grows.
   } else if (name->macro->functionLike && !predefined_.isRefreshed(*name)) {
     // Such a name mostly stays for want of a "(", so that is looked for before all of the hide set.
     expandFunctionLikeInList(*name, result);
   } else if (list.isHidden(*name)) {
+    trace().kept(Observer::Kept::Hidden);
     list.appendCurrent(result, true);
   } else if (name->macro->functionLike) {
     predefined_.refresh(*name, *stream_.file());
@@ -426,6 +453,7 @@ void MacroExpander::expandFunctionLikeInList(Name& name, TokenList& result) {
   const Spelling* const spelling = stream_.listSource().spelling();
   const TokenRange token = stream_.listSource().current(spelling);
   std::unique_ptr<Substitution> substitution = spareSubstitutions_.take(stream_);
+  substitution->expansion = trace().begin(name);
   TokenList skipped;
   const Invocation invocation = readInvocation(
       *name.macro, *substitution, [this, &skipped] { collect(skipped); },
@@ -460,6 +488,7 @@ void MacroExpander::passDefinedOperand(TokenList& result) {
   }
   if (isName(stream_.peek())) {
     take();
+    trace().kept(Observer::Kept::OperandOfDefined);
   }
 }
 

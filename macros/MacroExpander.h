@@ -33,6 +33,7 @@
 #include "lexer/TokenStream.h"
 #include "macros/Arguments.h"
 #include "macros/CppMacroTable.h"
+#include "macros/ExpansionTrace.h"
 #include "macros/Predefined.h"
 
 namespace qnpp {
@@ -88,6 +89,8 @@ class MacroExpander {
   void expandFunctionLikeInList(Name& name, TokenList& result);
   void passDefinedOperand(TokenList& result);
   void collect(TokenList& result);
+
+  ExpansionTrace trace() { return ExpansionTrace(stream_); }
 
   // What happened beside the making of tokens; see `finishListExpansion`.
   std::uint64_t eventCount() const { return messages_.count() + context_.effectCount; }

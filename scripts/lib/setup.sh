@@ -44,6 +44,9 @@ installMissing() {
   if [ "$1" = test ]; then
     hasHeader gtest/gtest.h || packages+=(libgtest-dev)
     hasHeader benchmark/benchmark.h || packages+=(libbenchmark-dev)
+    # For qnpp-explain and qnpp-check.
+    hasHeader CLI/CLI.hpp || packages+=(libcli11-dev)
+    hasHeader nlohmann/json.hpp || packages+=(nlohmann-json3-dev)
     hasCommand python3 || packages+=(python3)
     hasCommand cc || packages+=(gcc)
     # What the tests of the manual, of the installation and of the packages use.

@@ -27,6 +27,9 @@ LAYERS = {
     "library": {"library", "engine", "macros", "directives", "lexer", "qnpp", "BuildInfo.h"},
     "include/qnpp": {"qnpp"},
     "driver": {"driver", "qnpp"},
+    "tools": {"tools"},
+    "tools/explain": {"tools", "engine", "macros", "directives", "lexer", "qnpp", "Page.h"},
+    "tools/check": {"tools", "lexer", "qnpp"},
 }
 
 
@@ -50,7 +53,8 @@ def complaints(rules):
 
 class LayersTest(unittest.TestCase):
     def test_includes_point_downwards(self):
-        files = [path for folder in LAYERS for path in (SOURCE / folder).iterdir() if path.suffix != ".txt"]
+        files = [path for folder in LAYERS for path in (SOURCE / folder).iterdir()
+                 if path.suffix in (".h", ".cpp", ".l", ".inl")]
         self.assertGreater(len(files), 50)
         for path in files:
             name = path.relative_to(SOURCE).as_posix()

@@ -5,7 +5,7 @@
     check_docs.py references --source DIR                         do the things exist that they mention, and do they
                                                                   mention all folders and messages?
 
-Commands are run in a copy of the checkout, with the tested build in the places where a build lies, `qnpp` on the PATH
+Commands are run in a copy of the checkout, with the tested build in the places where a build lies, the programs on the PATH
 and an empty home folder. Which blocks are run, and how, is told in CONTRIBUTING.md.
 """
 
@@ -143,7 +143,8 @@ def session_environment(folder, build, with_build):
     home.mkdir()
     tools.mkdir()
     if with_build:
-        (tools / "qnpp").symlink_to(build / "qnpp")
+        for program in ("qnpp", "qnpp-explain", "qnpp-check"):
+            (tools / program).symlink_to(build / program)
     # The interpreter itself, since a "python3" on the PATH may be a script that looks for it in the home folder.
     python = pathlib.Path(sys.executable).resolve().parent
     return {"PATH": f"{home}/.local/bin:{tools}:{python}:{os.environ['PATH']}", "HOME": str(home), "LC_ALL": "C.UTF-8"}

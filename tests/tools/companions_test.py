@@ -1,0 +1,246 @@
+#!/usr/bin/env python3
+"""What qnpp-explain and qnpp-check say, how they end, and that their documents and completions know their options:
+
+    companions_test.py --explain QNPP-EXPLAIN --check QNPP-CHECK --source DIR
+"""
+
+import argparse
+import json
+import os
+import pathlib
+import re
+import resource
+import subprocess
+import sys
+import tempfile
+import unittest
+
+OPTIONS = None
+
+
+class Companion(unittest.TestCase):
+    def setUp(self):
+        scratch = tempfile.TemporaryDirectory(prefix="qnpp-companion-")
+        self.addCleanup(scratch.cleanup)
+        self.folder = pathlib.Path(scratch.name)
+
+    def run_in(self, command, files=None, stdin=b"", **keywords):
+        for name, text in (files or {}).items():
+            (self.folder / name).write_bytes(text if isinstance(text, bytes) else text.encode())
+        return subprocess.run(command, cwd=self.folder, input=stdin, capture_output=True, timeout=120,
+                              env={**os.environ, "LC_ALL": "C"}, **keywords)
+
+
+class ExplainTest(Companion):
+    def explain(self, files, *words):
+        """The explanation of a.txt, or of what the words name."""
+        if not any(word.startswith("a.txt") for word in words):
+            words = (*words, "a.txt")
+        done = self.run_in([OPTIONS.explain, *words], files if isinstance(files, dict) else {"a.txt": files})
+        self.assertEqual((done.returncode, done.stderr), (0, b""))
+        return done.stdout.decode()
+
+    def test_six_macros_deep_the_misspelt_one_is_shown_on_one_screen(self):
+        source = ("#define SCALE 4\n#define ROUND(x) ((x) / SCALE)\n#define CLAMP(x, most) ((x) > most ? most : ROUND(x))\n"
+                  "#define LIMIT(x) CLAMP(x, MAXIMUN)\n#define MAXIMUM 100\n#define LEVEL(x) LIMIT(x)\n"
+                  "#define GAIN(x) LEVEL(x)\n#define VOLUME(x) GAIN(x)\nset(VOLUME(7));\n")
+        shown = self.explain(source, "--width", "80", "a.txt:9")
+        lines = shown.splitlines()
+        self.assertLessEqual(len(lines), 24)
+        self.assertLessEqual(max(map(len, lines)), 80)
+        self.assertIn('MAXIMUN is no macro; the nearest is "MAXIMUM" (a.txt:5)', shown)
+        self.assertIn("a.txt:4: #define LIMIT(x) CLAMP(x, MAXIMUN)", shown)
+
+    def test_a_use_shows_arguments_replacement_and_what_made_it(self):
+        self.assertEqual(
+            self.explain("#define B(y, z) #y z y##1\n#define C 2\nx B(C, C)\n", "a.txt:3"),
+            'a.txt:3: x B(C, C)\n'
+            'a.txt:3> x "C" 2 C1\n'
+            '+ B(C, C) -> "C" 2 C1\n'
+            '| a.txt:1: #define B(y, z) #y z y##1\n'
+            '| y = C is not expanded: operand of "#"\n'
+            '| z = C -> 2\n'
+            '| | + C -> 2\n'
+            '| | | a.txt:2: #define C 2\n\n')
+
+    def test_reasons_why_a_name_stands(self):
+        rows = (
+            ("#define f f x\nf\n", 2, 'f came out of the expansion of "f" at a.txt:2, so it is not expanded again'),
+            ("#define f(x) x\nf;\n", 2, 'f is not used: no "(" follows'),
+            ("#define f(x) x\nf(1, 2)\n", 2, "f is not used: its arguments are not right"),
+            ("LATE\n#define LATE 1\n", 1, "LATE is not a macro yet: defined at a.txt:2"),
+            ("#define GONE 1\n#undef GONE\nGONE\n", 3,
+             "GONE is no longer a macro: defined at a.txt:1, undefined at a.txt:2"),
+            ("#define WIDTH 1\nWITDH\n", 2, 'WITDH is no macro; the nearest is "WIDTH" (a.txt:1)'),
+            ("#define S(x) #x\n#define A 1\nS(A)\n", 3, 'x = A is not expanded: operand of "#"'),
+            ("#define J(x) x##1\n#define A 1\nJ(A)\n", 3, 'x = A is not expanded: operand of "##"'),
+        )
+        for source, line, reason in rows:
+            with self.subTest(reason):
+                self.assertIn(reason + "\n", self.explain(source, f"a.txt:{line}"))
+
+    def test_ordinary_words_are_no_news(self):
+        self.assertEqual(self.explain("#define WIDTH 1\nwidth wide Width of it\n", "a.txt:2"), "")
+
+    def test_conditions_show_their_values(self):
+        source = "#define N 3\n#if N > 4 && defined(M)\nno\n#elif N\nyes\n#else\nno\n#endif\n"
+        self.assertIn("  reads 3 > 4 && defined(M)\n  M is not defined\n  is 0: what follows is skipped\n",
+                      self.explain(source, "a.txt:2"))
+        self.assertIn('skipped: "#if N > 4 && defined(M)" at a.txt:2 is false: 3 > 4 && defined(M); M is not defined',
+                      self.explain(source, "a.txt:3"))
+        self.assertIn("  reads 3\n  is 3: what follows is read\n", self.explain(source, "a.txt:4"))
+        self.assertIn('skipped: the group of "#elif N" at a.txt:4 was taken', self.explain(source, "a.txt:7"))
+
+    def test_includes_show_where_they_were_looked_for(self):
+        (self.folder / "inc").mkdir()
+        (self.folder / "inc/h.h").write_text("#define H 1\n")
+        shown = self.explain('#include "h.h"\n#include <none.h>\nH\n', "-Iinc")
+        self.assertIn("  not there: h.h\n  found: inc/h.h\n", shown)
+        self.assertIn("  not there: inc/none.h\n", shown)
+        self.assertIn("| inc/h.h:1: #define H 1\n", shown)
+
+    def test_lines_are_those_of_the_file_whatever_line_directives_say(self):
+        self.assertIn("a.txt:4> 1", self.explain('#define A 1\n#line 90 "b"\n\nA\n', "a.txt:4"))
+
+    def test_one_macro_alone(self):
+        shown = self.explain("#define A 1\n#define B A\nA\nB\nC\n", "--macro", "B")
+        self.assertTrue(shown.startswith("a.txt:2: #define B A\n  used 1 time\n"), shown)
+        self.assertIn("+ B -> 1", shown)
+        self.assertNotIn("a.txt:3", shown)
+
+    def test_standard_input(self):
+        done = self.run_in([OPTIONS.explain], stdin=b"#define A 1\nA\n")
+        self.assertIn(b"stdin:2> 1\n", done.stdout)
+
+    def test_a_source_that_cannot_be_read(self):
+        done = self.run_in([OPTIONS.explain, "none.txt:3"])
+        self.assertEqual((done.returncode, done.stdout), (1, b""))
+        self.assertEqual(done.stderr, b"qnpp-explain: cannot open none.txt\n")
+
+    def test_bytes_that_would_steer_the_terminal_are_not_written(self):
+        self.assertNotIn("\x1b", self.explain("#define A \x1b[31m\nA\n", "a.txt:2"))
+
+    def test_a_division_by_zero_is_told(self):
+        self.assertIn("the run ends here: division by zero", self.explain("#if 1 / 0\n#endif\n"))
+
+    def test_memory_follows_the_lines_that_are_asked_for(self):
+        source = "#define A(x) (x + x)\n" + "text A(A(A(1))) more of it A(2)\n" * 100000
+
+        def most_memory(*words):
+            before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
+            # A process of its own, whose only child is measured.
+            code = ("import resource, subprocess, sys; subprocess.run(sys.argv[1:], stdout=subprocess.DEVNULL);"
+                    "print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
+            done = self.run_in([sys.executable, "-c", code, OPTIONS.explain, *words], {"a.txt": source})
+            self.assertGreaterEqual(before, 0)
+            return int(done.stdout)
+        few = most_memory("a.txt:50000")
+        self.assertLess(few, 40000)
+        self.assertGreater(most_memory("a.txt:1-20000"), 2 * few)
+
+    def test_what_is_left_out_is_said(self):
+        shown = self.explain("#define A 1\n" + "A\n" * 100, "--most", "50")
+        self.assertRegex(shown, r"What follows from a\.txt:\d+ on is left out")
+
+
+class CheckTest(Companion):
+    # By id: what is found, in which line, and a source that is alike but right.
+    ROWS = (
+        ("byte-order-mark", 1, "\ufeffx\n", "x\n"),
+        ("comment-in-string", 1, "see http://example.org/\n", 'see "http://example.org/"\n'),
+        ("comment-in-string", 1, "add lib/*.o here\nand\n", "add lib/ *.o /* x\n*/ here\n"),
+        ("comment-in-string", 1, 'say "a\\n // b" c\n', 'say "a // b" // c\n'),
+        ("directive-as-text", 3, "#define f(x) x\nf\n#define LOST\n", "#define f(x) x\nf;\n#define KEPT\n"),
+        ("directive-as-text", 3, "#define f(x) x\nf(\n#ifdef A\n)\n", "#define f(x) x\nf(/*\n#ifdef A\n*/)\n"),
+        ("divisor-in-condition", 2, "#define N 2\n#if defined(N) && 8 / N\n#endif\n", "#define N 2\n#if 8 / N\n#endif\n"),
+        ("lone-hash", 2, "#if 0\n#\n#endif\n#endif\n", "#if 0\n#\nx\n#endif\n"),
+        ("number-with-macro", 2, "#define f 1\n1.0f\n", "#define f 1\n1.0 f 0xf\n"),
+        ("pragma-once", 1, "#pragma once\n", "#pragma twice\n"),
+        ("string-with-escape", 2, '#define n 1\n"a n\\n"\n', '#define n 1\n"a n\\\\" n "\\""\n'),
+        ("unknown-directive", 2, "#if 0\n#esle\n#endif\n", "#if 0\n#warning\n#endif\n"),
+        ("words-behind-else", 3, "#if 1\nx\n#endif X\n", "#if 1\nx\n#endif // X\n"),
+        ("unused-macro", 1, "#define A 1\n", "#define A 1\n#ifdef A\n#endif\n"),
+    )
+
+    def check(self, source, *words):
+        done = self.run_in([OPTIONS.check, "--enable", "unused-macro", *words, "a.txt"], {"a.txt": source})
+        return done
+
+    def findings(self, source):
+        done = self.check(source, "--format", "json", "--disable", "unused-macro")
+        return [(entry["id"], entry["line"]) for entry in json.loads(done.stdout)]
+
+    def test_each_rule_finds_and_keeps_silent(self):
+        for rule, line, bad, good in self.ROWS:
+            with self.subTest(rule, source=bad):
+                found = lambda text: [(entry["id"], entry["line"]) for entry in  # noqa: E731
+                                      json.loads(self.check(text, "--format", "json").stdout) if entry["id"] == rule]
+                self.assertEqual(found(bad), [(rule, line)])
+                self.assertEqual(found(good), [])
+
+    def test_headers_without_a_guard(self):
+        headers = {"no.h": "#define A 1\n", "guard.h": "#include <stdio.h>\n#ifndef B\n#define B\n#endif\n",
+                   "table.def": "#define C 1\n"}
+        includes = "".join(f'#include "{name}"\n' for name in headers)
+        done = self.run_in([OPTIONS.check, "a.txt"], {**headers, "a.txt": includes * 2})
+        self.assertEqual([line.split(" ")[:2] for line in done.stdout.decode().splitlines()], [["no.h:1:", "no-guard:"]])
+
+    def test_an_output_that_is_the_source(self):
+        self.assertIn(b"output-is-source: -o names the source", self.check("x\n", "-o", "./a.txt").stdout)
+
+    def test_an_ordinary_source_is_passed_in_silence(self):
+        done = self.run_in([OPTIONS.check, "--error", "a.txt"], {"a.txt": (
+            "/* A file. */\n#include <stdio.h>\n#define MAX(a, b) ((a) > (b) ? (a) : (b))\n#ifdef X // http://x\n#else\n"
+            "#endif /* X */\nint main(void) { printf(\"%d\\n\", MAX(1, 2)); return 1.0f / 3; } // lib/*.o\n# pragma pack(1)\n")})
+        self.assertEqual((done.returncode, done.stdout), (0, b""))
+
+    def test_status_and_disable(self):
+        source = "#pragma once\n"
+        self.assertEqual(self.check(source).returncode, 0)
+        self.assertEqual(self.check(source, "--error").returncode, 1)
+        done = self.check(source, "--error", "--disable", "pragma-once")
+        self.assertEqual((done.returncode, done.stdout), (0, b""))
+        self.assertEqual(self.run_in([OPTIONS.check, "none.txt"]).returncode, 2)
+        self.assertGreater(self.check(source, "--disable", "nonsense").returncode, 2)
+
+    def test_sarif_names_rule_place_and_advice(self):
+        log = json.loads(self.check("#pragma once\n", "--format", "sarif").stdout)
+        self.assertEqual(log["version"], "2.1.0")
+        run = log["runs"][0]
+        result = run["results"][0]
+        self.assertEqual(run["tool"]["driver"]["rules"][result["ruleIndex"]]["id"], result["ruleId"])
+        place = result["locations"][0]["physicalLocation"]
+        self.assertEqual((place["artifactLocation"]["uri"], place["region"]["startLine"]), ("a.txt", 1))
+        self.assertIn("#ifndef", result["message"]["text"])
+
+
+class DocumentsTest(Companion):
+    def test_manual_and_completions_know_all_options_and_rules(self):
+        source = pathlib.Path(OPTIONS.source)
+        for program in (OPTIONS.explain, OPTIONS.check):
+            name = pathlib.Path(program).name
+            help_text = self.run_in([program, "--help"]).stdout.decode()
+            words = set(re.findall(r"(?<![\w-])--?[A-Za-z][\w-]*", help_text)) - {"--help"}
+            self.assertGreater(len(words), 5)
+            manual = (source / f"docs/{name}.1.md").read_text()
+            for word in words:
+                self.assertIn(f"`{word}`", manual, name)
+                for path in (f"completions/{name}.bash", f"completions/_{name}"):
+                    self.assertIn(word, (source / path).read_text(), path)
+                self.assertIn(f"-{'l' if word.startswith('--') else 's'} {word.lstrip('-')} ",
+                              (source / f"completions/{name}.fish").read_text())
+        rules = re.findall(r'^    \{"([a-z-]+)", "', (source / "tools/check/Check.cpp").read_text(), re.M)
+        self.assertEqual(len(rules), 13)
+        for rule in rules:
+            self.assertIn(f"- `{rule}`\\\n", (source / "docs/qnpp-check.1.md").read_text())
+            for path in ("qnpp-check.bash", "_qnpp-check", "qnpp-check.fish"):
+                self.assertIn(rule, (source / "completions" / path).read_text(), path)
+
+
+if __name__ == "__main__":
+    parser = argparse.ArgumentParser()
+    for name in ("explain", "check", "source"):
+        parser.add_argument("--" + name, required=True)
+    OPTIONS = parser.parse_args()
+    OPTIONS.explain, OPTIONS.check = (str(pathlib.Path(path).resolve()) for path in (OPTIONS.explain, OPTIONS.check))
+    unittest.main(argv=sys.argv[:1], verbosity=0)

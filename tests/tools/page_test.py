@@ -1,0 +1,201 @@
+#!/usr/bin/env python3
+"""Opens the pages of qnpp-explain in a browser, and compares what stands there with what must:
+
+    page_test.py --explain QNPP-EXPLAIN [--screenshots FOLDER]
+
+Counts as skipped where Chromium, its driver or Selenium is missing (Debian: chromium chromium-driver python3-selenium).
+"""
+
+import argparse
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+try:
+    from selenium import webdriver
+    from selenium.webdriver.chrome.service import Service
+    from selenium.webdriver.common.by import By
+    from selenium.webdriver.common.keys import Keys
+except ImportError:
+    print("skipped: Selenium is not installed (Debian: python3-selenium)")
+    sys.exit(77)
+BROWSER, DRIVER = shutil.which("chromium"), shutil.which("chromedriver")
+if not BROWSER or not DRIVER:
+    print("skipped: Chromium is not installed (Debian: chromium chromium-driver)")
+    sys.exit(77)
+
+SOURCE = """\
+#include "units.h"
+#define TWICE(x) ((x) + (x))
+#define SHOW(x) print(#x, TWICE(x))
+SHOW(STEP);
+#if STEP > 9
+never();
+#endif
+STEPS;
+"""
+HEADER = "#ifndef UNITS_H\n#define UNITS_H\n#define STEP 3\n#endif\n"
+
+
+def browser(folder, scheme="light", has_scripts=True):
+    options = webdriver.ChromeOptions()
+    options.binary_location = BROWSER
+    for flag in ("headless", "no-sandbox", "disable-gpu", "disable-quic", "no-first-run", "disable-background-networking",
+                 "disable-component-update", "disable-sync", "window-size=1300,900", f"user-data-dir={folder}"):
+        options.add_argument("--" + flag)
+    if not has_scripts:
+        options.add_experimental_option("prefs", {"profile.managed_default_content_settings.javascript": 2})
+    driver = webdriver.Chrome(service=Service(DRIVER), options=options)
+    driver.execute_cdp_cmd("Emulation.setEmulatedMedia",
+                           {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+    return driver
+
+
+class PageTest(unittest.TestCase):
+    options = None
+
+    @classmethod
+    def setUpClass(cls):
+        cls.scratch = tempfile.TemporaryDirectory(prefix="qnpp-page-")
+        folder = pathlib.Path(cls.scratch.name)
+        (folder / "main.txt").write_text(SOURCE)
+        (folder / "units.h").write_text(HEADER)
+        subprocess.run([cls.options.explain, "--html", "page.html", "main.txt"], cwd=folder, check=True)
+        cls.page = (folder / "page.html").as_uri()
+        cls.browser = browser(folder / "profile")
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.browser.quit()
+        cls.scratch.cleanup()
+
+    def setUp(self):
+        self.browser.get(self.page)
+
+    def texts(self, selector):
+        return [found.text for found in self.browser.find_elements(By.CSS_SELECTOR, selector)]
+
+    def press(self, *keys):
+        for key in keys:
+            self.browser.switch_to.active_element.send_keys(key)
+
+    def open_summaries(self):
+        return [found.find_element(By.TAG_NAME, "summary").text
+                for found in self.browser.find_elements(By.CSS_SELECTOR, "details.u[open]")]
+
+    def test_needs_nothing_else_and_reports_nothing(self):
+        self.assertEqual(self.browser.get_log("browser"), [])
+        self.assertEqual(self.browser.execute_script("return performance.getEntriesByType('resource').length"), 0)
+
+    def test_source_and_output_stand_side_by_side(self):
+        row = self.browser.find_element(By.ID, "f1l4")
+        self.assertEqual(row.find_element(By.CSS_SELECTOR, ".s").text, "SHOW(STEP);")
+        self.assertEqual(row.find_element(By.CSS_SELECTOR, ".o").text,
+                         '#line 4 "main.txt"\nprint("STEP", ((3) + (3)));')
+
+    def test_skipped_lines_say_why(self):
+        row = self.browser.find_element(By.ID, "f1l6")
+        self.assertIn("skipped", row.get_attribute("class"))
+        self.assertIn('skipped: "#if STEP > 9" at main.txt:5 is false: 3 > 9', self.texts(".why"))
+
+    def test_keys_open_one_level_after_the_other_and_close_them_again(self):
+        self.press("n")
+        self.assertEqual(self.open_summaries(), [])
+        self.press(Keys.ARROW_RIGHT)
+        self.assertEqual(self.open_summaries(), ['SHOW(STEP) \u2192 print("STEP", ((3) + (3)))'])
+        self.press(Keys.ARROW_RIGHT)
+        self.assertEqual(self.open_summaries()[1:], ["STEP \u2192 3", "TWICE(3) \u2192 ((3) + (3))"])
+        self.press(Keys.ARROW_LEFT)
+        self.assertEqual(len(self.open_summaries()), 1)
+        self.press("c")
+        self.assertEqual(self.open_summaries(), [])
+
+    def test_keys_go_from_use_to_use(self):
+        self.press("n", "n")
+        self.assertEqual(self.browser.switch_to.active_element.text, "STEP \u2192 3")
+        self.press("p")
+        self.assertTrue(self.browser.switch_to.active_element.text.startswith("SHOW(STEP)"))
+
+    def test_the_mouse_opens_a_use(self):
+        self.browser.find_element(By.CSS_SELECTOR, "#f1l4 .s a").click()
+        self.assertEqual(len(self.open_summaries()), 1)
+        self.assertIn("x = STEP \u2192 3", self.texts("details.u[open] > p"))
+
+    def test_a_piece_of_the_output_tells_where_it_came_from(self):
+        piece = self.browser.find_element(By.CSS_SELECTOR, "#f1l4 .o .j")
+        self.assertEqual(piece.text, '"STEP"')
+        self.assertEqual(piece.get_attribute("title"), "made by #x in SHOW (main.txt:3), used at main.txt:4")
+        webdriver.ActionChains(self.browser).move_to_element(piece).perform()
+        self.assertEqual(self.texts("#told"), [piece.get_attribute("title")])
+        self.assertIn("lit", self.browser.find_element(By.CSS_SELECTOR, "#f1l4 .s a").get_attribute("class"))
+
+    def test_a_name_that_is_no_macro_names_the_nearest(self):
+        self.browser.find_element(By.ID, "f1l8")
+        self.assertIn('STEPS is no macro; the nearest is "STEP" (units.h:3)', self.texts(".why"))
+
+    def test_the_side_lists_macros_and_files(self):
+        side = self.browser.find_element(By.TAG_NAME, "aside").text
+        self.assertIn("units.h", side)
+        self.assertIn("UNITS_H units.h:2\nonly asked for", side)
+        self.assertIn("STEP units.h:3\nused 2\u00d7: 5, 4" if "5, 4" in side else "STEP units.h:3\nused 2\u00d7: 4, 5", side)
+
+    def test_roles_names_and_contrast(self):
+        for selector in ("main", "header", "aside[aria-label]", "html[lang]", "#told[role=status]", "a.skip-link"):
+            self.assertEqual(len(self.browser.find_elements(By.CSS_SELECTOR, selector)), 1, selector)
+        for scheme in ("light", "dark"):
+            self.browser.execute_cdp_cmd("Emulation.setEmulatedMedia",
+                                         {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+            for selector in ("body", ".why", ".a", ".j", ".m", ".n", ".skipped .s", ".faint"):
+                element = self.browser.find_element(By.CSS_SELECTOR, selector)
+                color, paper = self.browser.execute_script(
+                    "const paper = getComputedStyle(document.body).backgroundColor;"
+                    "return [getComputedStyle(arguments[0]).color, paper]", element)
+                self.assertGreaterEqual(contrast(color, paper), 4.5, f"{selector} in {scheme}")
+
+    def test_can_be_read_without_scripts(self):
+        with tempfile.TemporaryDirectory(prefix="qnpp-page-") as folder:
+            plain = browser(folder, has_scripts=False)
+            try:
+                plain.get(self.page)
+                uses = plain.find_elements(By.CSS_SELECTOR, "details.u.top > summary")
+                self.assertEqual([use.text.split(" ")[0] for use in uses], ["SHOW(STEP)", "STEP"])
+                uses[0].click()
+                self.assertIn("gives print(\"STEP\", TWICE(3))",
+                              [p.text for p in plain.find_elements(By.CSS_SELECTOR, "details.u[open] > p")])
+                self.assertFalse(plain.find_element(By.ID, "next").is_displayed())
+            finally:
+                plain.quit()
+
+    def test_screenshots(self):
+        if not self.options.screenshots:
+            self.skipTest("no folder for them is given")
+        folder = pathlib.Path(self.options.screenshots)
+        folder.mkdir(parents=True, exist_ok=True)
+        for scheme in ("light", "dark"):
+            self.browser.execute_cdp_cmd("Emulation.setEmulatedMedia",
+                                         {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
+            self.browser.get(self.page)
+            self.press("n", Keys.ARROW_RIGHT, Keys.ARROW_RIGHT)
+            self.browser.save_screenshot(str(folder / f"explain-{scheme}.png"))
+
+
+def contrast(first, second):
+    """The contrast ratio of two colours, "rgb(r, g, b)", as the guidelines for accessible content define it."""
+    def light(color):
+        parts = [int(part) / 255 for part in color[color.index("(") + 1:-1].split(",")[:3]]
+        parts = [part / 12.92 if part <= 0.03928 else ((part + 0.055) / 1.055) ** 2.4 for part in parts]
+        return 0.2126 * parts[0] + 0.7152 * parts[1] + 0.0722 * parts[2]
+    lights = sorted((light(first), light(second)))
+    return (lights[1] + 0.05) / (lights[0] + 0.05)
+
+
+if __name__ == "__main__":
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--explain", required=True)
+    parser.add_argument("--screenshots")
+    PageTest.options = parser.parse_args()
+    PageTest.options.explain = str(pathlib.Path(PageTest.options.explain).resolve())
+    unittest.main(argv=sys.argv[:1], verbosity=0)

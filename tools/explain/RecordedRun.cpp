@@ -1,0 +1,92 @@
+#include "tools/explain/RecordedRun.h"
+
+#include <memory>
+#include <utility>
+
+#include "engine/CppPreprocessor.h"
+#include "engine/Host.h"
+#include "lexer/Budget.h"
+#include "lexer/InputFile.h"
+
+namespace qnpp {
+namespace {
+
+// Hands the messages to the recorder; files are found on disk.
+class RecordingHost final : public Host {
+ public:
+  RecordingHost(Recorder& recorder, TextSink* output) : recorder_(recorder), output_(output) {}
+
+  void write(std::string_view text) override {
+    if (output_ != nullptr) {
+      output_->write(text);
+    }
+  }
+  void report(const Report& report) override {
+    std::string text(report.printed);
+    while (text.ends_with('\n')) {
+      text.pop_back();
+    }
+    recorder_.addMessage(std::move(text));
+  }
+  bool isResolver() const override { return false; }
+  std::optional<FoundFile> resolve(const IncludeName& /*name*/, const FilePlace& /*place*/,
+                                   std::string_view /*includerPath*/) override {
+    return std::nullopt;
+  }
+  void enter(const Inclusion& /*inclusion*/, std::size_t /*depth*/) override {}
+  void mark(LineMark /*mark*/, const FilePlace& /*place*/, std::uint64_t /*offset*/) override {}
+
+ private:
+  Recorder& recorder_;
+  TextSink* output_;
+};
+
+// Of several definitions of one name the first holds; without a text it is 1.
+void define(std::string_view definition, CppMacroTable& macros) {
+  const std::size_t equals = definition.find('=');
+  macros.defineFromCommandLine(definition.substr(0, equals),
+                               equals == std::string_view::npos ? "1" : definition.substr(equals + 1));
+}
+
+bool open(const RunOptions& options, std::string_view standardInput, CppPreprocessor& preprocessor) {
+  if (!options.source.empty()) {
+    return preprocessor.openSource(std::make_unique<InputFile>(options.source), options.source, options.sourceName);
+  }
+  auto text = std::make_unique<InputText>();
+  text->reset(standardInput);
+  return preprocessor.openSource(std::move(text), "stdin", options.sourceName);
+}
+
+}  // namespace
+
+std::optional<Explanation> record(const RunOptions& options, std::string_view standardInput,
+                                  const RecordOptions& recordOptions, TextSink* output) {
+  Recorder recorder(options.source, recordOptions.range, recordOptions.mostSteps);
+  RecordingHost host(recorder, output);
+  Budget budget;
+  budget.setLimits(recordOptions.mostWork, {});
+  const auto preprocessor = std::make_unique<CppPreprocessor>(host, budget);
+  preprocessor->setObserver(recorder);
+  for (const std::string& definition : options.definitions) {
+    define(definition, preprocessor->macroTable());
+  }
+  for (const std::string& directory : options.includeDirectories) {
+    preprocessor->addIncludeDirectory(directory);
+  }
+  if (!open(options, standardInput, *preprocessor)) {
+    return std::nullopt;
+  }
+  try {
+    preprocessor->run();
+  } catch (const FatalLexerError& error) {
+    recorder.addMessage(error.what());
+  } catch (const DivisionByZero& error) {
+    recorder.addMessage(std::string("the run ends here: ") + error.what());
+  } catch (const RunEnded&) {
+    recorder.addMessage("the run ends here: it takes too much");
+  }
+  preprocessor->finishEarly();
+  return recorder.finish();
+}
+
+}  // namespace qnpp

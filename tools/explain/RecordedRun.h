@@ -1,0 +1,39 @@
+// A run of the engine that is recorded.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "lexer/OutputBuffer.h"
+#include "tools/explain/Explanation.h"
+#include "tools/explain/Recorder.h"
+
+namespace qnpp {
+
+/// What the command line of qnpp says.
+struct RunOptions {
+  std::string source;  ///< Empty for standard input.
+  std::vector<std::string> includeDirectories;
+  std::vector<std::string> definitions;
+  std::string sourceName;
+  std::string output;
+};
+
+/// How much is recorded.
+struct RecordOptions {
+  LineRange range = {};
+  std::size_t mostSteps = std::numeric_limits<std::size_t>::max();
+  std::uint64_t mostWork = 0;  ///< After so much, see Budget, the run is ended; 0 for never.
+};
+
+/// Runs the engine as the program would, and tells what happened. What the program would write goes to `output`, if
+/// there is one. None if the source cannot be opened. `standardInput` is only read for a source without a name.
+std::optional<Explanation> record(const RunOptions& options, std::string_view standardInput,
+                                  const RecordOptions& recordOptions = {}, TextSink* output = nullptr);
+
+}  // namespace qnpp

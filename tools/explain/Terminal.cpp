@@ -349,6 +349,7 @@ class TerminalView {
     }
     text.write(output_);
     if (!labels.empty()) {
+      labels.pop_back();
       row(indent).add("  ").add(labels, Style::Faint).write(output_);
     }
   }

@@ -3,10 +3,41 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
-# ---- The program and the header of its version functions. ----
+# A project that takes qnpp in as a subfolder uses the same names as one that finds it installed.
+add_executable(qnpp::qnpp ALIAS qnpp)
+include(cmake/package/QnppPreprocess.cmake)
+
+if(NOT QNPP_INSTALL)
+  return()
+endif()
+
+# Whatever names no component of its own belongs to the program.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME program)
+
+# ---- The program. ----
 
 install(TARGETS qnpp EXPORT qnppTargets RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
-install(FILES include/qnpp/version.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qnpp")
+
+# ---- The library: what is needed to run what uses it, and what is needed to build that. ----
+
+install(TARGETS ${publicLibrary} EXPORT qnppLibraryTargets
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT library NAMELINK_COMPONENT development)
+install(FILES include/qnpp/version.h include/qnpp/preprocessor.h include/qnpp/preprocessor-c.h
+  DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qnpp" COMPONENT development)
+# Beside the files for the program, whose package may be installed alone.
+install(EXPORT qnppLibraryTargets NAMESPACE qnpp:: DESTINATION "${CMAKE_INSTALL_DATADIR}/cmake/qnpp"
+  COMPONENT development)
+# Those who link the archive by a compiler for C have to name the library of C++.
+set(privateLibraries "-lstdc++")
+if(QNPP_SHARED_LIBRARY)
+  set(privateLibraries "")
+endif()
+file(RELATIVE_PATH libraryToPrefix "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
+string(REGEX REPLACE "/$" "" libraryToPrefix "${libraryToPrefix}")
+configure_file(integrations/pkg-config/libqnpp.pc.in package/libqnpp.pc @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/package/libqnpp.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+  COMPONENT development)
 
 # ---- For builds that use it: CMake, pkg-config, make. ----
 
@@ -22,10 +53,6 @@ install(
     cmake/package/QnppRun.cmake
     "${CMAKE_CURRENT_BINARY_DIR}/package/qnppConfigVersion.cmake"
   DESTINATION "${packageDir}")
-
-# A project that takes qnpp in as a subfolder uses the same names as one that finds it installed.
-add_executable(qnpp::qnpp ALIAS qnpp)
-include(cmake/package/QnppPreprocess.cmake)
 
 # Named from the place of the file itself, so that an installation can be moved.
 file(RELATIVE_PATH pathToPrefix "/prefix/${CMAKE_INSTALL_DATADIR}/pkgconfig" "/prefix")

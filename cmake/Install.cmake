@@ -14,16 +14,17 @@ endif()
 # Whatever names no component of its own belongs to the program.
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME program)
 
-# ---- The program. ----
+# ---- The program and the header of its version functions. ----
 
 install(TARGETS qnpp EXPORT qnppTargets RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+install(FILES include/qnpp/version.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qnpp")
 
 # ---- The library: what is needed to run what uses it, and what is needed to build that. ----
 
 install(TARGETS ${publicLibrary} EXPORT qnppLibraryTargets
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT library NAMELINK_COMPONENT development)
-install(FILES include/qnpp/version.h include/qnpp/preprocessor.h include/qnpp/preprocessor-c.h
+install(FILES include/qnpp/preprocessor.h include/qnpp/preprocessor-c.h
   DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qnpp" COMPONENT development)
 # Beside the files for the program, whose package may be installed alone.
 install(EXPORT qnppLibraryTargets NAMESPACE qnpp:: DESTINATION "${CMAKE_INSTALL_DATADIR}/cmake/qnpp"

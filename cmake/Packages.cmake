@@ -1,4 +1,6 @@
-# The packages: `cpack` in the build folder makes qnpp-<version>-<system>.tar.gz and qnpp_<version>_<architecture>.deb.
+# The packages: `cpack` in the build folder makes qnpp-<version>-<system>.tar.gz with everything in it, and a .deb each for
+# the program (qnpp), for those who build with the library (libqnpp-dev) and, if it is shared, for those who run what was
+# built so (libqnpp1).
 #
 # With SOURCE_DATE_EPOCH in the environment, of the build and of cpack, they come out the same byte for byte wherever they
 # are made.
@@ -28,16 +30,34 @@ set(CPACK_QNPP_RELEASE_NAME "${QNPP_RELEASE_NAME}")
 find_program(DPKG_DEB dpkg-deb)
 if(DPKG_DEB)
   list(APPEND CPACK_GENERATOR DEB)
+  set(CPACK_DEB_COMPONENT_INSTALL ON)
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
   set(CPACK_DEBIAN_PACKAGE_SECTION devel)
   set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-  # What the package depends on, with versions; CPack wants both programs for that.
+  set(CPACK_COMPONENTS_ALL program development)
+  set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME qnpp)
+  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqnpp-dev)
+  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+  set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "C-style preprocessor as a library (development files)")
+  # The files for CMake lie beside those of the program.
+  set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "qnpp (= ${PROJECT_VERSION})")
+  if(QNPP_SHARED_LIBRARY)
+    set(runtimePackage "libqnpp${PROJECT_VERSION_MAJOR}")
+    list(APPEND CPACK_COMPONENTS_ALL library)
+    set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME "${runtimePackage}")
+    set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+    set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "C-style preprocessor as a library")
+    set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+    string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ", ${runtimePackage} (= ${PROJECT_VERSION})")
+  endif()
+  # What the program and the shared library depend on, with versions; CPack wants both programs for that.
   find_program(DPKG_SHLIBDEPS dpkg-shlibdeps)
   find_program(FILE_PROGRAM file)
   if(DPKG_SHLIBDEPS AND FILE_PROGRAM)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   else()
-    set(CPACK_DEBIAN_PACKAGE_DEPENDS "libc6, libstdc++6, libgcc-s1")
+    set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "libc6")
+    set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "libc6, libstdc++6, libgcc-s1")
   endif()
 endif()
 

@@ -16,14 +16,18 @@ function(compress file)
   run(gzip -9n "${file}")
 endfunction()
 
-function(arrange_for_debian)
-  set(share "${root}/usr/share")
+function(arrange_program share)
   # Where Debian's own zsh looks for the completions of packages.
   file(MAKE_DIRECTORY "${share}/zsh")
   file(RENAME "${share}/zsh/site-functions" "${share}/zsh/vendor-completions")
+  if(EXISTS "${share}/man/man1/qnpp.1")
+    compress("${share}/man/man1/qnpp.1")
+  endif()
+endfunction()
 
+function(describe package share)
   # What Debian calls the copyright file. There is no licence to state in it; that is the owner's to give.
-  file(WRITE "${share}/doc/qnpp/copyright" "${CPACK_QNPP_COPYRIGHT}\n")
+  file(WRITE "${share}/doc/${package}/copyright" "${CPACK_QNPP_COPYRIGHT}\n")
 
   # RFC 2822 wants English names, which date(1) gives in the C locale.
   set(moment now)
@@ -33,21 +37,25 @@ function(arrange_for_debian)
   execute_process(
     COMMAND "${CMAKE_COMMAND}" -E env LC_ALL=C TZ=UTC date -R -d "${moment}"
     OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-  file(WRITE "${share}/doc/qnpp/changelog" "\
+  file(WRITE "${share}/doc/${package}/changelog" "\
 qnpp (${CPACK_PACKAGE_VERSION}) unstable; urgency=medium
 
   * Release ${CPACK_PACKAGE_VERSION} \"${CPACK_QNPP_RELEASE_NAME}\".
 
  -- ${CPACK_PACKAGE_CONTACT}  ${date}
 ")
-  compress("${share}/doc/qnpp/changelog")
-  if(EXISTS "${share}/man/man1/qnpp.1")
-    compress("${share}/man/man1/qnpp.1")
-  endif()
+  compress("${share}/doc/${package}/changelog")
 endfunction()
 
 if(CPACK_GENERATOR STREQUAL "DEB")
-  arrange_for_debian()
+  foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+    string(TOUPPER "${component}" name)
+    set(share "${root}/${component}/usr/share")
+    describe("${CPACK_DEBIAN_${name}_PACKAGE_NAME}" "${share}")
+    if(component STREQUAL "program")
+      arrange_program("${share}")
+    endif()
+  endforeach()
 endif()
 
 # Folders can be entered whatever the umask of the maker.

@@ -13,12 +13,18 @@ cmake --install "$build" --prefix "$prefix" >log 2>&1 || {
 
 # Documents and examples are whatever the checkout holds; everything else is named here.
 expected='bin/qnpp
+include/qnpp/preprocessor-c.h
+include/qnpp/preprocessor.h
 include/qnpp/version.h
+lib/libqnpp.a
+lib/pkgconfig/libqnpp.pc
 share/bash-completion/completions/qnpp
 share/cmake/qnpp/QnppPreprocess.cmake
 share/cmake/qnpp/QnppRun.cmake
 share/cmake/qnpp/qnppConfig.cmake
 share/cmake/qnpp/qnppConfigVersion.cmake
+share/cmake/qnpp/qnppLibraryTargets-BUILD.cmake
+share/cmake/qnpp/qnppLibraryTargets.cmake
 share/cmake/qnpp/qnppTargets-BUILD.cmake
 share/cmake/qnpp/qnppTargets.cmake
 share/emacs/site-lisp/qnpp.el
@@ -31,7 +37,7 @@ share/qnpp/write-depfile.sh
 share/vim/vimfiles/compiler/qnpp.vim
 share/zsh/site-functions/_qnpp'
 found=$(cd "$prefix" && find . -type f -not -path './share/doc/*' | sed 's|^\./||' | LC_ALL=C sort)
-same 'what is installed' "$expected" "$(sed 's/qnppTargets-[a-z]*/qnppTargets-BUILD/' <<<"$found")"
+same 'what is installed' "$expected" "$(sed 's/Targets-[a-z]*/Targets-BUILD/' <<<"$found")"
 check 'the manual for the web is installed' [ -s "$prefix/share/doc/qnpp/docs/qnpp.1.md" ]
 # The targets of its links, but for addresses and places within itself.
 for link in $(grep -oE '\]\([^)#]+' "$prefix/share/doc/qnpp/README.md" | sed 's/^](//' | grep -v ://); do

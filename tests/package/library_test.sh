@@ -1,0 +1,107 @@
+#!/usr/bin/env bash
+# The library as others use it: by find_package and pkg-config from an installation, and as a part of their own project.
+#
+#   library_test.sh installed <examples> <installation> <shared library>
+#   library_test.sh subproject <examples> <checkout>
+#   library_test.sh interface <shared library> <include folder> <what is expected>
+. "$(dirname "$0")/lib.sh"
+what=$1
+shift
+
+# What the compiler of the examples says, by the command that is given without the names of files.
+compiles() { # compiles <how> <command...>
+  local how=$1
+  shift
+  same "the compiler, $how" "$(cat "$examples/library/expected")" \
+    "$("$@" player.idl strange.idl broken.idl zero.idl endless.idl 2>&1)"
+}
+
+byCMake() { # byCMake <build folder> <words...>: configures and builds the project of the examples
+  local folder=$1
+  shift
+  { cmake -S "$examples/library" -B "$folder" "$@" && cmake --build "$folder" --parallel 2; } >log 2>&1 ||
+    failed "the examples are built with $*" "$(cat log)"
+}
+
+# By pkg-config of the installation in $work/prefix; the words are for pkg-config.
+byPkgConfig() {
+  needs pkg-config pkg-config
+  local -a flags
+  read -ra flags <<<"$(PKG_CONFIG_PATH=$work/prefix/lib/pkgconfig pkg-config --cflags --libs "$@" libqnpp)"
+  "${CC:-cc}" -std=c99 -Wall -Wextra -Wpedantic -Werror "$examples/library/compiler.c" "${flags[@]}" -o compiler-in-c ||
+    failed "C by pkg-config $*"
+  "${CXX:-c++}" -std=c++17 -Wall -Wextra -Wpedantic -Werror "$examples/library/compiler.cpp" "${flags[@]}" -o compiler ||
+    failed "C++ by pkg-config $*"
+}
+
+installed() {
+  examples=$1
+  # From a folder without blanks, before which pkg-config would put backslashes.
+  cp -R "$2" prefix
+  local pc=(prefix/lib*/pkgconfig)
+  [ "$pc" = prefix/lib/pkgconfig ] || ln -s "${pc#prefix/}" prefix/lib
+  byCMake found "-DCMAKE_PREFIX_PATH=$work/prefix"
+  compiles 'in C++, by find_package' found/compiler
+  compiles 'in C, by find_package' found/compiler-in-c
+  byPkgConfig --static
+  compiles 'in C++, by pkg-config' ./compiler
+  compiles 'in C, by pkg-config' ./compiler-in-c
+  compiles 'in Python' python3 -B "$examples/library/compiler.py" "$3"
+
+  # Without its package there is no library, and nobody who only wants the program is kept from it.
+  rm prefix/share/cmake/qnpp/qnppLibraryTargets*.cmake
+  if cmake -S "$examples/library" -B without "-DCMAKE_PREFIX_PATH=$work/prefix" >log 2>&1; then
+    failed 'the library is missing, and nobody says so'
+  fi
+  holds 'what is said when the library is missing' "$(tr -s ' \n' ' ' <log)" 'qnpp is installed without: library'
+}
+
+# With shared libraries, as the rest of the project has them. Nothing is optimised: that takes the time of a test.
+subproject() {
+  examples=$1
+  local words=(-DREQUESTS_FETCH_QNPP=ON "-DFETCHCONTENT_SOURCE_DIR_QNPP=$2" -DBUILD_SHARED_LIBS=ON
+    -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0
+    -DCMAKE_UNITY_BUILD=ON -DCMAKE_INSTALL_LIBDIR=lib)
+  byCMake within "${words[@]}"
+  compiles 'in C++, with qnpp within the project' within/compiler
+  compiles 'in C, with qnpp within the project' within/compiler-in-c
+  same 'no test of qnpp is run' 'Total Tests: 0' "$(ctest --test-dir within -N 2>&1 | grep Total)"
+  cmake --install within --prefix "$work/without" >log 2>&1 || failed 'the project is installed' "$(cat log)"
+  same 'nothing of qnpp is installed' 'bin/compiler' "$(cd without && find . -type f -o -type l | sed 's|^\./||')"
+
+  byCMake within "${words[@]}" -DQNPP_INSTALL=ON
+  cmake --install within --prefix "$work/prefix" >log 2>&1 || failed 'qnpp is installed with the project' "$(cat log)"
+  local version
+  version=$(prefix/bin/qnpp -v | sed -n 's/^qnpp version \([0-9.]*\) .*/\1/p')
+  same 'the names of the shared library' "libqnpp.so -> libqnpp.so.${version%%.*}
+libqnpp.so.${version%%.*} -> libqnpp.so.$version
+libqnpp.so.$version -> " "$(cd prefix/lib && find . -name 'lib*.so*' -printf '%f -> %l\n' | LC_ALL=C sort)"
+  byPkgConfig
+  export LD_LIBRARY_PATH=$work/prefix/lib
+  compiles 'in C++, by pkg-config with the shared library' ./compiler
+  compiles 'in C, by pkg-config with the shared library' ./compiler-in-c
+  holds 'the compiler asks for the library by its soname' "$(ldd compiler)" "libqnpp.so.${version%%.*} => $LD_LIBRARY_PATH"
+  byCMake found "-DCMAKE_PREFIX_PATH=$work/prefix"
+  compiles 'in C++, by find_package with the shared library' found/compiler
+}
+
+# What a program that was linked with the library relies on: the symbols, and the sizes of what it makes itself.
+interface() {
+  local names='Diagnostic Place Source IncludeRequest Include Limits Dependency LineMap LineMap::Entry Result Preprocessor'
+  {
+    printf '#include <cstdio>\n#include <qnpp/preprocessor-c.h>\n#include <qnpp/preprocessor.h>\nint main() {\n'
+    for name in $names; do printf 'std::printf("%%3zu qnpp::%s\\n", sizeof(qnpp::%s));\n' "$name" "$name"; done
+    for name in QnPlace QnDiagnostic QnIncludeRequest QnLimits; do
+      printf 'std::printf("%%3zu %s\\n", sizeof(%s));\n' "$name" "$name"
+    done
+    printf '}\n'
+  } >sizes.cpp
+  "${CXX:-c++}" -std=c++17 "-I$2" sizes.cpp -o sizes || failed 'the sizes can be told'
+  { readelf -d "$1" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p' && ./sizes &&
+    nm -D --defined-only --demangle "$1" | cut -d ' ' -f 2- | grep '^[TDBRVW] ' | sort -u; } >found
+  diff -u "$3" found ||
+    failed 'the interface is what it was: new things may be added to the list, all else wants another soname'
+}
+
+"$what" "$@"
+finish

@@ -38,7 +38,12 @@ if(DPKG_DEB)
   set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME qnpp)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqnpp-dev)
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
-  set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "C-style preprocessor as a library (development files)")
+  set(CPACK_COMPONENT_PROGRAM_DESCRIPTION "${CPACK_PACKAGE_DESCRIPTION}")
+  set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "\
+qnpp is a program, and a library for programs that want to preprocess
+texts themselves, from memory if they like.
+.
+This package holds the library and its headers, for C++ and for C.")
   # The files for CMake lie beside those of the program.
   set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "qnpp (= ${PROJECT_VERSION})")
   if(QNPP_SHARED_LIBRARY)
@@ -46,7 +51,7 @@ if(DPKG_DEB)
     list(APPEND CPACK_COMPONENTS_ALL library)
     set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME "${runtimePackage}")
     set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
-    set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "C-style preprocessor as a library")
+    set(CPACK_COMPONENT_LIBRARY_DESCRIPTION "This package holds the library, for programs that were linked with it.")
     set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
     string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ", ${runtimePackage} (= ${PROJECT_VERSION})")
   endif()

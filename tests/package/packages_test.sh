@@ -44,7 +44,7 @@ build() { # build <checkout> <release build> <folder>
   giveRevision "$1" "$there" "$revision"
   umask 022
   { configure "$here" "$here/build" "$2" && cmake --build "$here/build" --target qnpp_man &&
-    cp "$2/qnpp" "$here/build" && (cd "$here/build" && cpack); } >"$3/log.1" 2>&1 ||
+    cp "$2/qnpp" "$2/libqnpp.a" "$here/build" && (cd "$here/build" && cpack); } >"$3/log.1" 2>&1 ||
     failed 'the packages can be made' "$(tail -n 30 "$3/log.1")"
   export TZ=Pacific/Honolulu
   { configure "$there" "$3/another place/b" "$2" && cmake --build "$3/another place/b" --parallel 1 &&
@@ -53,9 +53,10 @@ build() { # build <checkout> <release build> <folder>
   ls "$here/build"/*.tar.gz || failed 'there is a .tar.gz'
 }
 
-needsPackage() { # needsPackage <folder>: leaves its name in $deb
+needsPackages() { # needsPackages <folder>: leaves the names of the files in $deb and $development
   command -v dpkg-deb >/dev/null || skip 'dpkg-deb is not installed, so there is no .deb'
-  deb=$(ls "$1"/here/build/*.deb)
+  deb=$(ls "$1"/here/build/qnpp_*.deb)
+  development=$(ls "$1"/here/build/libqnpp-dev_*.deb)
 }
 
 reproducible() { # reproducible <folder>
@@ -70,16 +71,16 @@ reproducible() { # reproducible <folder>
 }
 
 lintian_() { # lintian_ <folder>
-  needsPackage "$1"
+  needsPackages "$1"
   needs lintian lintian
   # It wants an ordinary user, but can do without.
-  lintian --allow-root --fail-on error "$deb" || failed 'lintian finds no error'
+  lintian --allow-root --fail-on error "$deb" "$development" || failed 'lintian finds no error'
 }
 
 # Into an empty root with a database of packages of its own: the libraries of this machine are entered there, so that the
 # versions that the package asks for are compared with those that it will run with.
 deb() { # deb <folder>
-  needsPackage "$1"
+  needsPackages "$1"
   [ "$(id -u)" -eq 0 ] || skip 'dpkg installs only for root'
   local root=$work/root before after library
   mkdir -p "$root"/var/lib/dpkg/{info,updates,triggers}
@@ -101,6 +102,17 @@ deb() { # deb <folder>
   same 'everything belongs to root' '' "$(dpkg-deb -c "$deb" | awk '$2 != "root/root"')"
   same 'the man page is the only thing that calls itself by a number' '' \
     "$(find "$root/usr/share/man" -type f ! -name qnpp.1.gz)"
+
+  dpkg --root="$root" --install "$development" >log 2>&1 || failed 'the package of the library installs' "$(cat log)"
+  cmake -S "${tests%/tests/package}/examples/library" -B library -DCMAKE_BUILD_TYPE=Release "-DCMAKE_PREFIX_PATH=$root/usr" >log 2>&1 &&
+    cmake --build library >>log 2>&1 || failed 'the library of the package can be used' "$(cat log)"
+  same 'a program with the library of the package runs' 'void ping(void); // strange.idl:1
+no request: skip; // strange.idl:3' "$(library/compiler strange.idl)"
+  if dpkg --root="$root" --remove qnpp >log 2>&1; then
+    failed 'the package of the library depends on that of the program'
+  fi
+  dpkg --root="$root" --remove libqnpp-dev >log 2>&1 || failed 'the package of the library can be removed' "$(cat log)"
+  dpkg --root="$root" --purge libqnpp-dev >log 2>&1 || true
 
   dpkg --root="$root" --remove qnpp >log 2>&1 || failed 'the package can be removed' "$(cat log)"
   dpkg --root="$root" --purge qnpp >log 2>&1 || true

@@ -57,7 +57,7 @@ typedef struct QnDiagnostic {
   size_t includeChainSize;
 } QnDiagnostic;
 
-/** What an #include asks for: see qnpp::IncludeRequest. */
+/** What an `#include` asks for: see qnpp::IncludeRequest. */
 typedef struct QnIncludeRequest {
   const char* name;
   int isQuoted;

@@ -56,7 +56,7 @@ struct Diagnostic {
   Place place;                  ///< {"", 0} when there is none: no source is open, or the scanner itself has failed.
   std::string_view message;     ///< Such as "Cannot open file: x.h".
   std::string_view text;        ///< What the program qnpp writes for it: a line with place, grade and line end.
-  /// The #include directives that led to the file of `place`, innermost first.
+  /// The `#include` directives that led to the file of `place`, innermost first.
   const Place* includeChain;
   std::size_t includeChainSize;
 };
@@ -92,12 +92,12 @@ class Source {
   Reader reader_;
 };
 
-/// What an #include asks for; borrowed and valid during the call of the resolver.
+/// What an `#include` asks for; borrowed and valid during the call of the resolver.
 struct IncludeRequest {
   std::string_view name;  ///< As it is written between the quotes or angles.
-  bool isQuoted;          ///< "name", as against <name>.
-  Place place;            ///< Of the #include, as `#line` may have changed it.
-  /// The path of the file with the #include: that of its Include, or of the source of the run.
+  bool isQuoted;          ///< `"name"`, as against `<name>`.
+  Place place;            ///< Of the `#include`, as `#line` may have changed it.
+  /// The path of the file with the `#include`: that of its Include, or of the source of the run.
   std::string_view includerPath;
 };
 
@@ -153,7 +153,7 @@ struct Dependency {
 struct LineMap {
   enum class Reason {
     Start,
-    Entered,     ///< An #include.
+    Entered,     ///< An `#include`.
     Returned,    ///< The end of an included file.
     Renumbered,  ///< A `#line`.
     Corrected,   ///< The output has got out of step with the source.
@@ -190,6 +190,9 @@ struct Result {
 
 /// Preprocesses sources, one after the other, with the same definitions, include directories and functions. Macros that
 /// a source defines end with its run.
+///
+/// A setting for which there is no memory makes the next run, and all later ones, end as Status::OutOfMemory. So does
+/// an object for which there was none; that has no message.
 class Preprocessor {
  public:
   QNPP_EXPORT Preprocessor() noexcept;
@@ -197,9 +200,6 @@ class Preprocessor {
   /// An object that was moved from may be assigned to or destroyed, and nothing else.
   QNPP_EXPORT Preprocessor(Preprocessor&& other) noexcept;
   QNPP_EXPORT Preprocessor& operator=(Preprocessor&& other) noexcept;
-
-  /// A setting for which there is no memory makes the next run, and all later ones, end as Status::OutOfMemory. So does
-  /// an object for which there was none; that has no message.
 
   /// "NAME" defines NAME as 1, "NAME=text" as what follows the first "=". The first definition of a name wins.
   QNPP_EXPORT void define(std::string_view definition) noexcept;

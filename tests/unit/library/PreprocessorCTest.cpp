@@ -61,8 +61,8 @@ TEST(PreprocessorC, FunctionsGetTheirContextAndWhatTheyAreAskedFor) {
       preprocessor.get(),
       [](void* context, const QnIncludeRequest* request, QnInclude* include) {
         static_cast<std::vector<std::string>*>(context)->push_back(
-            std::string(request->isQuoted != 0 ? "quoted " : "angled ") + request->name + " " + request->place.file + ":" +
-            std::to_string(request->place.line) + " " + request->includerPath);
+            std::string(request->isQuoted != 0 ? "quoted " : "angled ") + request->name + " " + request->place.file +
+            ":" + std::to_string(request->place.line) + " " + request->includerPath);
         const std::string text(1, '\0');  // Copied at once, its NUL included.
         QnIncludeText(include, "path of x", text.data(), text.size());
         return 0;
@@ -78,6 +78,9 @@ TEST(PreprocessorC, FunctionsGetTheirContextAndWhatTheyAreAskedFor) {
   ASSERT_EQ(QnCountDependencies(preprocessor.get()), 1U);
   EXPECT_STREQ(QnGetDependency(preprocessor.get(), 0), "path of x");
   EXPECT_EQ(QnGetDependency(preprocessor.get(), 1), nullptr);
+  QnSetDependencies(preprocessor.get(), 0);
+  EXPECT_EQ(run(preprocessor, "#include <x>\n"), QnClean);
+  EXPECT_EQ(QnCountDependencies(preprocessor.get()), 0U);
 }
 
 TEST(PreprocessorC, FilesAreReadFromTheDisk) {
@@ -144,6 +147,7 @@ TEST(PreprocessorC, WithoutAnObjectEveryRunLacksMemory) {
   QnSetOutputSink(nullptr, nullptr, nullptr);
   QnSetLimits(nullptr, nullptr);
   QnSetLineDirectives(nullptr, 1);
+  QnSetDependencies(nullptr, 1);
   QnSetLineMap(nullptr, 1);
   QnCancel(nullptr);
   EXPECT_EQ(QnRunText(nullptr, "", 0, nullptr), QnOutOfMemory);

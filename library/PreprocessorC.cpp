@@ -177,6 +177,12 @@ void QnSetLineDirectives(QnPreprocessor* preprocessor, int areWritten) {
   }
 }
 
+void QnSetDependencies(QnPreprocessor* preprocessor, int areWanted) {
+  if (preprocessor != nullptr) {
+    preprocessor->preprocessor.setDependencies(areWanted != 0);
+  }
+}
+
 void QnSetLineMap(QnPreprocessor* preprocessor, int isWanted) {
   if (preprocessor != nullptr) {
     preprocessor->preprocessor.setLineMap(isWanted != 0);

@@ -90,6 +90,7 @@ QNPP_EXPORT void QnSetDiagnosticSink(QnPreprocessor* preprocessor, QnDiagnosticS
 QNPP_EXPORT void QnSetOutputSink(QnPreprocessor* preprocessor, QnOutputSink sink, void* context);
 QNPP_EXPORT void QnSetLimits(QnPreprocessor* preprocessor, const QnLimits* limits);
 QNPP_EXPORT void QnSetLineDirectives(QnPreprocessor* preprocessor, int areWritten);
+QNPP_EXPORT void QnSetDependencies(QnPreprocessor* preprocessor, int areWanted);
 QNPP_EXPORT void QnSetLineMap(QnPreprocessor* preprocessor, int isWanted);
 
 /** For resolvers: the file is these bytes, which are copied, and goes by this path. */

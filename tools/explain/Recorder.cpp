@@ -30,7 +30,6 @@ std::vector<Fragment> fragmentsOf(SpellingRange tokens) {
   return fragments;
 }
 
-bool isConditional(CppTokenKind word) { return word >= TK_IF && word <= TK_ENDIF; }
 bool opensConditional(CppTokenKind word) { return word >= TK_IF && word <= TK_IFNDEF; }
 
 }  // namespace

@@ -122,15 +122,19 @@ TEST(SourceTest, AFileIsOpenedWhenTheRunGetsToIt) {
 TEST(PreprocessorTest, LetsNoExceptionOut) {
   using P = Preprocessor;
   static_assert(std::is_nothrow_default_constructible_v<P>);
-  static_assert(std::is_nothrow_move_constructible_v<P> && std::is_nothrow_move_assignable_v<P>);
-  static_assert(noexcept(std::declval<P>().define({}))&& noexcept(std::declval<P>().addIncludeDirectory({})));
+  static_assert(std::is_nothrow_move_constructible_v<P>);
+  static_assert(std::is_nothrow_move_assignable_v<P>);
+  static_assert(noexcept(std::declval<P>().define({})));
+  static_assert(noexcept(std::declval<P>().addIncludeDirectory({})));
   static_assert(noexcept(std::declval<P>().setResolver(std::declval<Resolver>())));
   static_assert(noexcept(std::declval<P>().setDiagnosticSink(std::declval<DiagnosticSink>())));
   static_assert(noexcept(std::declval<P>().setOutputSink(std::declval<OutputSink>())));
-  static_assert(noexcept(std::declval<P>().setLimits({}))&& noexcept(std::declval<P>().cancel()));
-  static_assert(noexcept(std::declval<P>().setLineDirectives(true))&& noexcept(std::declval<P>().setLineMap(true)));
+  static_assert(noexcept(std::declval<P>().setLimits(std::declval<Limits>())));
+  static_assert(noexcept(std::declval<P>().setLineDirectives(true)));
   static_assert(noexcept(std::declval<P>().setDependencies(true)));
+  static_assert(noexcept(std::declval<P>().setLineMap(true)));
   static_assert(noexcept(std::declval<P>().run(std::declval<Source>())));
+  static_assert(noexcept(std::declval<P>().cancel()));
 }
 
 TEST(PreprocessorTest, MovesWithItsSettings) {

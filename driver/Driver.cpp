@@ -30,18 +30,18 @@ constexpr std::array<OptionEntry, 8> kOptions{{
     {"-help", OptionEntry::kTakesNoValue, ""},
 }};
 
+constexpr std::string_view kOptionsHelp =
+    "  -I<dir>        : add a directory for searching include files.\n"
+    "  -D<name>       : define preprocessor symbol.\n"
+    "  -o <name>      : output file. If not specified, writes to standard out.\n"
+    "  -s <name>      : source name. Overrides source file name in messages. Useful when reading from standard in.\n"
+    "  -v, --version  : show version number.\n"
+    "  -h, --help     : show this help text.\n";
+
 void writeHelp(std::ostream& output) {
-  output << "Usage: " << kProgramName
-         << " [options] [source_file]\n"
-            "\n"
-            "  -I<dir>        : add a directory for searching include files.\n"
-            "  -D<name>       : define preprocessor symbol.\n"
-            "  -o <name>      : output file. If not specified, writes to standard out.\n"
-            "  -s <name>      : source name. Overrides source file name in messages. Useful when reading from standard "
-            "in.\n"
-            "  -v, --version  : show version number.\n"
-            "  -h, --help     : show this help text.\n"
-            "\n"
+  output << "Usage: " << kProgramName << " [options] [source_file]\n\n"
+         << kOptionsHelp
+         << "\n"
             "The order you specify options and source file does not matter.\n"
             "If no source file is specified, qnpp reads from standard in.\n"
             "\n";
@@ -89,6 +89,10 @@ bool addIncludeDirectories(const OptionParser& options, Preprocessor& preprocess
 }
 
 }  // namespace
+
+std::span<const OptionEntry> programOptions() { return kOptions; }
+
+std::string_view programOptionsHelp() { return kOptionsHelp; }
 
 Driver::Driver(std::ostream& output, std::ostream& messages, Reader standardInput)
     : output_(output), messages_(messages), source_(Source::ofReader(std::move(standardInput))) {}

@@ -3,7 +3,6 @@
 // Status 0: no error was reported. Status 1: at least one was, or memory ran out, or the command line ended the
 // program, which `--help` and `--version` do as well. Status 2: the scanner gave up, after saying so on standard error.
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -18,6 +17,7 @@
 #include "driver/DescriptorStream.h"
 #include "driver/Driver.h"
 #include "driver/MemoryBudget.h"
+#include "driver/StandardStreams.h"
 
 namespace {
 
@@ -26,23 +26,6 @@ namespace {
   constexpr std::string_view kMessage = "FATAL ERROR: out of memory.\n";
   static_cast<void>(!::write(STDERR_FILENO, kMessage.data(), kMessage.size()));
   ::_exit(1);
-}
-
-// The program runs to its end whatever becomes of the output: a failed write does not count, so a reader that goes away
-// and a file that may not grow must not end it by a signal.
-void ignoreFailedWrites() {
-  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
-  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
-}
-
-// A file that is opened takes the first descriptor that is free. Were standard error closed, messages would go into it.
-void occupyStandardDescriptors() {
-  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    if (::fcntl(descriptor, F_GETFD) == -1) {
-      // Opened for the use that is not made of it: reading or writing fails as it did when it was closed.
-      static_cast<void>(::open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
-    }
-  }
 }
 
 // A division by zero has no message: it ends the process by the processor's arithmetic fault. Raising the signal makes
@@ -92,8 +75,8 @@ int preprocess(int argc, char** argv) {
 int main(int argc, char** argv) {
   std::set_terminate(endOutOfMemory);
   qnpp::MemoryBudget::begin();
-  ignoreFailedWrites();
-  occupyStandardDescriptors();
+  qnpp::ignoreFailedWrites();
+  qnpp::occupyStandardDescriptors();
   try {
     return preprocess(argc, argv);
   } catch (const std::bad_alloc&) {

@@ -42,6 +42,7 @@ installMissing() {
   hasCommand flex || packages+=(flex)
   hasHeader FlexLexer.h || packages+=(libfl-dev)
   if [ "$1" = test ]; then
+    hasHeader CLI/CLI.hpp || packages+=(libcli11-dev)
     hasHeader gtest/gtest.h || packages+=(libgtest-dev)
     hasHeader benchmark/benchmark.h || packages+=(libbenchmark-dev)
     # For qnpp-explain and qnpp-check.
@@ -52,6 +53,7 @@ installMissing() {
     # What the tests of the manual, of the installation and of the packages use.
     hasCommand man || packages+=(man-db)
     hasCommand make || packages+=(make)
+    hasCommand meson || packages+=(meson)
     hasCommand pkg-config || packages+=(pkg-config)
     hasCommand dpkg-shlibdeps || packages+=(dpkg-dev)
     hasCommand lintian || packages+=(lintian)

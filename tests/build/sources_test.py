@@ -30,6 +30,7 @@ LAYERS = {
     "tools": {"tools"},
     "tools/explain": {"tools", "engine", "macros", "directives", "lexer", "qnpp", "Page.h"},
     "tools/check": {"tools", "lexer", "qnpp"},
+    "tools/build": {"tools", "driver", "directives", "qnpp"},
 }
 
 

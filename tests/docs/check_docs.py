@@ -143,7 +143,7 @@ def session_environment(folder, build, with_build):
     home.mkdir()
     tools.mkdir()
     if with_build:
-        for program in ("qnpp", "qnpp-explain", "qnpp-check"):
+        for program in ("qnpp", "qnpp-build", "qnpp-explain", "qnpp-check"):
             (tools / program).symlink_to(build / program)
     # The interpreter itself, since a "python3" on the PATH may be a script that looks for it in the home folder.
     python = pathlib.Path(sys.executable).resolve().parent

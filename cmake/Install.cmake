@@ -4,7 +4,14 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 # A project that takes qnpp in as a subfolder uses the same names as one that finds it installed.
-add_executable(qnpp::qnpp ALIAS qnpp)
+# qnpp-build is there if its option library is.
+set(programs qnpp)
+if(TARGET qnpp-build)
+  list(APPEND programs qnpp-build)
+endif()
+foreach(program IN LISTS programs)
+  add_executable(qnpp::${program} ALIAS ${program})
+endforeach()
 include(cmake/package/QnppPreprocess.cmake)
 
 if(NOT QNPP_INSTALL)
@@ -16,7 +23,7 @@ set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME program)
 
 # ---- The program and the header of its version functions. ----
 
-install(TARGETS qnpp EXPORT qnppTargets RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+install(TARGETS ${programs} EXPORT qnppTargets RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(FILES include/qnpp/version.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/qnpp")
 
 # ---- The library: what is needed to run what uses it, and what is needed to build that. ----
@@ -40,7 +47,7 @@ configure_file(integrations/pkg-config/libqnpp.pc.in package/libqnpp.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/package/libqnpp.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
   COMPONENT development)
 
-# ---- For builds that use it: CMake, pkg-config, make. ----
+# ---- For builds that use it: CMake, pkg-config, make, Ninja, Bazel. ----
 
 set(packageDir "${CMAKE_INSTALL_DATADIR}/cmake/qnpp")
 install(EXPORT qnppTargets NAMESPACE qnpp:: DESTINATION "${packageDir}")
@@ -51,7 +58,6 @@ install(
   FILES
     cmake/package/qnppConfig.cmake
     cmake/package/QnppPreprocess.cmake
-    cmake/package/QnppRun.cmake
     "${CMAKE_CURRENT_BINARY_DIR}/package/qnppConfigVersion.cmake"
   DESTINATION "${packageDir}")
 
@@ -60,8 +66,8 @@ file(RELATIVE_PATH pathToPrefix "/prefix/${CMAKE_INSTALL_DATADIR}/pkgconfig" "/p
 string(REGEX REPLACE "/$" "" pathToPrefix "${pathToPrefix}")
 configure_file(integrations/pkg-config/qnpp.pc.in package/qnpp.pc @ONLY)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/package/qnpp.pc" DESTINATION "${CMAKE_INSTALL_DATADIR}/pkgconfig")
-install(FILES integrations/make/qnpp.mk DESTINATION "${CMAKE_INSTALL_DATADIR}/qnpp")
-install(PROGRAMS integrations/make/write-depfile.sh DESTINATION "${CMAKE_INSTALL_DATADIR}/qnpp")
+install(FILES integrations/make/qnpp.mk integrations/ninja/qnpp.ninja DESTINATION "${CMAKE_INSTALL_DATADIR}/qnpp")
+install(DIRECTORY integrations/bazel DESTINATION "${CMAKE_INSTALL_DATADIR}/qnpp")
 
 # ---- For people: manual, completions, editors, documents. ----
 
@@ -82,14 +88,19 @@ function(qnpp_add_man_page program)
 endfunction()
 
 if(AWK)
-  qnpp_add_man_page(qnpp)
+  foreach(program IN LISTS programs)
+    qnpp_add_man_page(${program})
+  endforeach()
 else()
   message(WARNING "awk not found: the man pages are neither made nor installed")
 endif()
 
-install(FILES completions/qnpp.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME qnpp)
-install(FILES completions/_qnpp DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/site-functions")
-install(FILES completions/qnpp.fish DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+foreach(program IN LISTS programs)
+  install(FILES completions/${program}.bash DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions"
+          RENAME ${program})
+  install(FILES completions/_${program} DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/site-functions")
+  install(FILES completions/${program}.fish DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+endforeach()
 
 install(FILES integrations/vim/compiler/qnpp.vim DESTINATION "${CMAKE_INSTALL_DATADIR}/vim/vimfiles/compiler")
 install(FILES integrations/emacs/qnpp.el DESTINATION "${CMAKE_INSTALL_DATADIR}/emacs/site-lisp")

@@ -20,9 +20,10 @@ function(arrange_program share)
   # Where Debian's own zsh looks for the completions of packages.
   file(MAKE_DIRECTORY "${share}/zsh")
   file(RENAME "${share}/zsh/site-functions" "${share}/zsh/vendor-completions")
-  if(EXISTS "${share}/man/man1/qnpp.1")
-    compress("${share}/man/man1/qnpp.1")
-  endif()
+  file(GLOB pages "${share}/man/man1/*.1")
+  foreach(page IN LISTS pages)
+    compress("${page}")
+  endforeach()
 endfunction()
 
 function(describe package share)

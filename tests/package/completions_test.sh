@@ -1,10 +1,12 @@
 #!/usr/bin/env bash
-# What a shell offers on qnpp's command line: all options that --help shows and no others, and files and folders where they
-# belong.
+# What a shell offers on the command line of qnpp or qnpp-build: all options that --help shows and no others, and files and
+# folders where they belong.
 #
 #   completions_test.sh <bash|zsh|fish> <folder of the completions> <program>
 . "$(dirname "$0")/lib.sh"
 shell=$1 completions=$2 program=$3
+name=${program##*/}
+function=_${name//-/_}
 needs "$shell" "$shell"
 
 mkdir 'sub dir' src
@@ -23,12 +25,12 @@ offers_in_bash() {
     read -ra COMP_WORDS <<<"$2"
     [[ $2 != *" " ]] || COMP_WORDS+=("")
     COMP_CWORD=$((${#COMP_WORDS[@]} - 1)) COMP_LINE=$2 COMP_POINT=${#2}
-    _qnpp
-    printf "%s\n" "${COMPREPLY[@]}"' offers "$completions/qnpp.bash" "$1"
+    "$3"
+    printf "%s\n" "${COMPREPLY[@]}"' offers "$completions/$name.bash" "$1" "$function"
 }
 offers_in_zsh() { timeout 60 zsh -f "$tests/complete.zsh" "$completions" "$1"; }
 offers_in_fish() {
-  HOME=$work/home fish --no-config -c "source '$completions/qnpp.fish'; complete -C '$1'" | cut -f 1
+  HOME=$work/home fish --no-config -c "source '$completions/$name.fish'; complete -C '$1'" | cut -f 1
 }
 
 # What a folder looks like behind -I differs: bash quotes it and keeps the option, fish keeps the option, zsh neither.
@@ -38,22 +40,38 @@ case $shell in
   zsh) attached='src,sub dir' ;;
 esac
 
-options=$("$program" --help | sed -n 's/^  \(-[^:]*\):.*/\1/p' | sed 's/<[a-z]*>//; s/,//' | tr ' ' '\n' | sed '/^$/d')
-same 'the options of --help are known' 8 "$(wc -l <<<"$options")"
-same 'all options are offered' "$(LC_ALL=C sort <<<"$options" | paste -sd , -)" "$(offers 'qnpp -')"
-same 'long options are offered' '--help,--version' "$(offers 'qnpp --')"
-same 'the rest of a long option is offered' '--version' "$(offers 'qnpp --v')"
-same 'sources are offered' 'source.c' "$(offers 'qnpp so')"
-same 'names with blanks are offered' 'two words.c' "$(offers 'qnpp tw')"
-same 'output files are offered' 'source.c' "$(offers 'qnpp -o sou')"
-same 'folders are offered right behind -I' "$attached" "$(offers 'qnpp -Is')"
-same 'folders are offered behind -I and a blank' 'src,sub dir' "$(offers 'qnpp -I s' | tr -d '\\')"
-same 'nothing is offered for the name of the source' '' "$(offers 'qnpp -s so')"
-same 'nothing is offered for a macro' '' "$(offers 'qnpp -Dso')"
+options=$("$program" --help | sed -n 's/^  \(-[^:]*\):.*/\1/p' | sed 's/=.*//; s/<[a-z]*>//; s/,//' | tr ' ' '\n' | sed '/^$/d')
+case $name in
+  qnpp) count=8 long='--help,--version' ;;
+  qnpp-build) count=22 long=$(grep -e -- <<<"$options" | LC_ALL=C sort | paste -sd , -) ;;
+esac
+same 'the options of --help are known' "$count" "$(wc -l <<<"$options")"
+# Some shells show that a value belongs to an option, and some complete one that is the beginning of others at once.
+same 'all options are offered' "$(LC_ALL=C sort <<<"$options" | paste -sd , -)" "$(offers "$name -" | tr -d =)"
+same 'long options are offered' "$long" "$(offers "$name --" | tr -d =)"
+same 'the rest of a long option is offered' '--version' "$(offers "$name --v")"
+same 'sources are offered' 'source.c' "$(offers "$name so")"
+same 'names with blanks are offered' 'two words.c' "$(offers "$name tw")"
+same 'output files are offered' 'source.c' "$(offers "$name -o sou")"
+same 'folders are offered right behind -I' "$attached" "$(offers "$name -Is")"
+same 'folders are offered behind -I and a blank' 'src,sub dir' "$(offers "$name -I s" | tr -d '\\')"
+same 'nothing is offered for the name of the source' '' "$(offers "$name -s so")"
+same 'nothing is offered for a macro' '' "$(offers "$name -Dso")"
+
+if [ "$name" = qnpp-build ]; then
+  # What is offered stands behind the option in fish, and as a word of its own elsewhere.
+  valuesOf() { offers "$name $1=$2" | sed "s/$1=//g"; }
+  same 'styles are offered' 'glsl,gnu,hash,none' "$(valuesOf --line-directives '')"
+  same 'the rest of a style is offered' 'glsl,gnu' "$(valuesOf --line-directives g)"
+  same 'tools are offered' 'cmake,make,ninja' "$(valuesOf --depfile-format '')"
+  same 'dependency files are offered' 'source.c' "$(offers "$name -MF sou")"
+  same 'files of words are offered' 'source.c' "$(valuesOf --options-from sou)"
+  same 'nothing is offered for another name of the source' '' "$(valuesOf --source-name so)"
+fi
 
 if [ "$shell" = bash ]; then
-  check 'bash completes qnpp by this function' \
-    [ "$(bash --norc --noprofile -c "source '$completions/qnpp.bash' && complete -p qnpp")" = 'complete -F _qnpp qnpp' ]
+  check "bash completes $name by this function" \
+    [ "$(bash --norc --noprofile -c "source '$completions/$name.bash' && complete -p $name")" = "complete -F $function $name" ]
 fi
 
 finish

@@ -13,14 +13,15 @@ cmake --install "$build" --prefix "$prefix" >log 2>&1 || {
 
 # Documents and examples are whatever the checkout holds; everything else is named here.
 expected='bin/qnpp
+bin/qnpp-build
 include/qnpp/preprocessor-c.h
 include/qnpp/preprocessor.h
 include/qnpp/version.h
 lib/libqnpp.a
 lib/pkgconfig/libqnpp.pc
 share/bash-completion/completions/qnpp
+share/bash-completion/completions/qnpp-build
 share/cmake/qnpp/QnppPreprocess.cmake
-share/cmake/qnpp/QnppRun.cmake
 share/cmake/qnpp/qnppConfig.cmake
 share/cmake/qnpp/qnppConfigVersion.cmake
 share/cmake/qnpp/qnppLibraryTargets-BUILD.cmake
@@ -28,14 +29,20 @@ share/cmake/qnpp/qnppLibraryTargets.cmake
 share/cmake/qnpp/qnppTargets-BUILD.cmake
 share/cmake/qnpp/qnppTargets.cmake
 share/emacs/site-lisp/qnpp.el
+share/fish/vendor_completions.d/qnpp-build.fish
 share/fish/vendor_completions.d/qnpp.fish
+share/man/man1/qnpp-build.1
 share/man/man1/qnpp.1
 share/pkgconfig/qnpp.pc
+share/qnpp/bazel/BUILD.bazel
+share/qnpp/bazel/WORKSPACE
+share/qnpp/bazel/defs.bzl
 share/qnpp/qnpp-problem-matcher.json
 share/qnpp/qnpp.mk
-share/qnpp/write-depfile.sh
+share/qnpp/qnpp.ninja
 share/vim/vimfiles/compiler/qnpp.vim
-share/zsh/site-functions/_qnpp'
+share/zsh/site-functions/_qnpp
+share/zsh/site-functions/_qnpp-build'
 found=$(cd "$prefix" && find . -type f -not -path './share/doc/*' | sed 's|^\./||' | LC_ALL=C sort)
 same 'what is installed' "$expected" "$(sed 's/Targets-[a-z]*/Targets-BUILD/' <<<"$found")"
 check 'the manual for the web is installed' [ -s "$prefix/share/doc/qnpp/docs/qnpp.1.md" ]
@@ -46,7 +53,7 @@ done
 check 'the scripts of the examples can be run' [ -x "$prefix/share/doc/qnpp/examples/build-pkg-config/build.sh" ]
 check 'the examples are installed' [ -s "$prefix/share/doc/qnpp/examples/build-cmake/CMakeLists.txt" ]
 same 'only the program and scripts can be run' '' \
-  "$(cd "$prefix" && find . -type f -perm /111 -not -name '*.sh' -not -path ./bin/qnpp)"
+  "$(cd "$prefix" && find . -type f -perm /111 -not -name '*.sh' -not -path './bin/*')"
 
 # ---- The program, under whatever name the folder has by now. ----
 
@@ -66,6 +73,9 @@ if command -v pkg-config >/dev/null; then
   same 'pkg-config knows the version' "$("$prefix/bin/qnpp" -v | sed -n 's/^qnpp version \([0-9.]*\) .*/\1/p')" \
     "$(pkg-config --modversion qnpp)"
   check 'pkg-config knows the program' [ "$(pkg-config --variable=program qnpp)" -ef "$prefix/bin/qnpp" ]
+  check 'pkg-config knows the program for builds' \
+    [ "$(pkg-config --variable=build_program qnpp)" -ef "$prefix/bin/qnpp-build" ]
+  check 'pkg-config knows the rule for Ninja' [ "$(pkg-config --variable=ninjafile qnpp)" -ef "$prefix/share/qnpp/qnpp.ninja" ]
   check 'pkg-config knows the snippet for make' [ "$(pkg-config --variable=makefile qnpp)" -ef "$prefix/share/qnpp/qnpp.mk" ]
   cat >version.c <<'END'
 #include <qnpp/version.h>

@@ -9,7 +9,7 @@ tried=0
 if command -v man >/dev/null && man -l /dev/null >/dev/null 2>&1; then
   # As a terminal of 80 columns shows it.
   same 'man finds nothing to warn about' '' "$(MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 -Z "$page" 2>&1 >/dev/null)"
-  holds 'man shows the sections' "$(MANWIDTH=80 man -l "$page" 2>/dev/null | col -b)" 'DIFFERENCES FROM STANDARD C'
+  holds 'man shows the sections' "$(MANWIDTH=80 man -l "$page" 2>/dev/null | col -b)" 'EXIT STATUS'
   tried=1
 fi
 if command -v groff >/dev/null; then

@@ -43,8 +43,8 @@ build() { # build <checkout> <release build> <folder>
   copyCheckout "$1" "$there"
   giveRevision "$1" "$there" "$revision"
   umask 022
-  { configure "$here" "$here/build" "$2" && cmake --build "$here/build" --target qnpp_man &&
-    cp "$2/qnpp" "$2/libqnpp.a" "$here/build" && (cd "$here/build" && cpack); } >"$3/log.1" 2>&1 ||
+  { configure "$here" "$here/build" "$2" && cmake --build "$here/build" --target qnpp_man qnpp-build_man &&
+    cp "$2/qnpp" "$2/qnpp-build" "$2/libqnpp.a" "$here/build" && (cd "$here/build" && cpack); } >"$3/log.1" 2>&1 ||
     failed 'the packages can be made' "$(tail -n 30 "$3/log.1")"
   export TZ=Pacific/Honolulu
   { configure "$there" "$3/another place/b" "$2" && cmake --build "$3/another place/b" --parallel 1 &&
@@ -62,7 +62,9 @@ needsPackages() { # needsPackages <folder>: leaves the names of the files in $de
 reproducible() { # reproducible <folder>
   local here=$1/here/build there="$1/another place/b" file
   same 'what the program says of its build' "$("$there/qnpp" -v)" "$("$here/qnpp" -v)"
-  cmp "$here/qnpp" "$there/qnpp" || failed 'the program is the same'
+  for file in qnpp qnpp-build; do
+    cmp "$here/$file" "$there/$file" || failed "$file is the same"
+  done
   for file in "$here"/*.tar.gz "$here"/*.deb; do
     [ -e "$file" ] || continue
     cmp "$file" "$there/${file##*/}" || failed "${file##*/} is the same"
@@ -100,8 +102,10 @@ deb() { # deb <folder>
   same 'the copyright file says who, and no more' "$("$root/usr/bin/qnpp" -v | sed -n 2p)" \
     "$(cat "$root/usr/share/doc/qnpp/copyright")"
   same 'everything belongs to root' '' "$(dpkg-deb -c "$deb" | awk '$2 != "root/root"')"
-  same 'the man page is the only thing that calls itself by a number' '' \
-    "$(find "$root/usr/share/man" -type f ! -name qnpp.1.gz)"
+  same 'there are the man pages of the programs and no others' 'qnpp-build.1.gz qnpp.1.gz' \
+    "$(find "$root/usr/share/man" -type f -printf '%f\n' | LC_ALL=C sort | paste -sd ' ' -)"
+  same 'the installed companion runs' $'b' \
+    "$("$root/usr/bin/qnpp-build" --line-directives=none source.txt)"
 
   dpkg --root="$root" --install "$development" >log 2>&1 || failed 'the package of the library installs' "$(cat log)"
   cmake -S "${tests%/tests/package}/examples/library" -B library -DCMAKE_BUILD_TYPE=Release "-DCMAKE_PREFIX_PATH=$root/usr" >log 2>&1 &&

@@ -1,0 +1,23 @@
+# Completion of qnpp-build's command line for fish: that of qnpp, and what qnpp-build has beyond it.
+
+complete -c qnpp-build -s I -x -d 'Add a directory for searching include files' \
+    -a '(__fish_complete_directories (commandline -ct | string replace -r -- "^-I" ""))'
+complete -c qnpp-build -s D -x -d 'Define a macro'
+complete -c qnpp-build -s o -r -d 'Write the result to a file'
+complete -c qnpp-build -s s -x -d 'Name of the source in messages'
+complete -c qnpp-build -s v -l version -d 'Show the version'
+complete -c qnpp-build -s h -l help -d 'Show a summary of the options'
+complete -c qnpp-build -o MD -d 'Write a dependency file beside the result'
+complete -c qnpp-build -o MMD -d 'The same, without files that are included as <name>'
+complete -c qnpp-build -o MF -r -d 'Name the dependency file'
+complete -c qnpp-build -o MT -r -d 'Name the result in it, as it stands'
+complete -c qnpp-build -o MQ -r -d 'The same, with escapes'
+complete -c qnpp-build -o MP -d 'An empty rule for each included file'
+complete -c qnpp-build -l depend-on-program -d 'Name qnpp-build in the dependency file too'
+complete -c qnpp-build -l depfile-format -x -a 'make ninja cmake' -d 'Whose spelling of names to use'
+complete -c qnpp-build -l keep-unchanged -d 'Leave a result alone that holds the same already'
+complete -c qnpp-build -l line-directives -x -a 'hash gnu glsl none' -d 'How they are written'
+complete -c qnpp-build -l file-table -r -d 'Write the numbers of files in the style glsl'
+complete -c qnpp-build -l source-name -x -d 'Name of the source; files are searched next to the source'
+complete -c qnpp-build -l prefix-map -x -d 'Write another beginning of names of files'
+complete -c qnpp-build -l options-from -r -d 'Take further words from a file'

@@ -1,14 +1,10 @@
 #!/bin/sh
-# Makes every NAME.conf from NAME.conf.in with the qnpp that pkg-config knows. The words go to qnpp:
+# Makes every NAME.conf from NAME.conf.in with the qnpp-build that pkg-config knows. The words go to it:
 #
 #   ./build.sh -DPORT=8443 -DDEBUG
 set -eu
 
-qnpp=$(pkg-config --variable=program qnpp)
+program=$(pkg-config --variable=build_program qnpp)
 for source in *.conf.in; do
-  result=${source%.in}
-  # The result gets its name when it is known to be good.
-  rm -f "$result"
-  "$qnpp" "$@" -o "$result.part" "$source" || { rm -f "$result.part"; exit 1; }
-  mv "$result.part" "$result"
+  "$program" "$@" -o "${source%.in}" "$source"
 done

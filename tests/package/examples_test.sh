@@ -9,9 +9,11 @@ examples=$1
 # A copy, because make has no names with blanks, and who knows where the tests are run.
 prefix=$work/prefix
 cp -R "$2" "$prefix"
-export PKG_CONFIG_PATH=$prefix/share/pkgconfig CMAKE_PREFIX_PATH=$prefix
+export PKG_CONFIG_PATH=$prefix/share/pkgconfig CMAKE_PREFIX_PATH=$prefix PATH=$prefix/bin:$PATH
 
 cp -R "$examples"/build-* .
+# The examples that name the place of the installation.
+sed -i "s|/usr/|$prefix/|" build-ninja/build.ninja
 readme() { # readme <example>: the commands shown in it, one a line
   sed -n 's/^    //p' "$1/README.md"
 }
@@ -22,11 +24,19 @@ try() { # try <example> <expected last lines>
   output=$(cd "$1" && bash -euc "$commands" 2>"$work/errors") || failed "$1 works" "$output" "$(cat "$work/errors")"
   same "what $1 prints" "$2" "$(tail -n "$(wc -l <<<"$2")" <<<"$output")"
 }
-try build-cmake 'inch 254
+lengths='inch 254
 foot 3048
 mile 16093440
 fathom 18288
 nautical_mile 18520000'
+try build-cmake "$lengths"
+if command -v meson >/dev/null; then
+  try build-meson "$lengths"
+fi
+if command -v ninja >/dev/null; then
+  try build-ninja 'body { color: #eee; background: #222; }
+a { color: teal; }'
+fi
 try build-make 'Datei nicht gefunden
 Zugriff verweigert'
 try build-pkg-config '#line 7 "service.conf.in"

@@ -6,6 +6,10 @@
 . "$tests/messages.sh"
 matcher=$1 program=$2 python=$3
 writeMessages "$program"
+# A line number beyond 31 bits shows as a negative one, which is no place. Messages of compilers are not for this matcher.
+printf '#line 2147483648\n#endif\n' >far.c
+"$program" far.c 2>>messages.txt >/dev/null
+printf '%s\n' "qnpp-build: missing value for '-MF'" 'main.c:3:22: error: foo.' 'main.c:3: warning: foo.' >>messages.txt
 
 # Prints "owner|severity|file|line|message" for each line that a pattern matches, and complains if two do.
 cat >match.py <<'END'
@@ -25,7 +29,7 @@ for line in open(sys.argv[2], encoding="utf-8").read().splitlines():
         severity = matcher["severity"]
         if "severity" in pattern:
             severity = (found.group(pattern["severity"]) or severity).lower()
-        parts = [found.group(pattern[key]) if key in pattern else "" for key in ("file", "line", "message")]
+        parts = [found.group(pattern[key]) or "" if key in pattern else "" for key in ("file", "line", "message")]
         print("|".join([matcher["owner"], severity] + parts))
     if matching == 0:
         print("-")
@@ -43,7 +47,11 @@ qnpp-command-line|error|||'"'-o'"' option appears more than once
 qnpp|error|includes.c|1|Cannot open file: absent.h
 qnpp-scanner|error|||input in flex scanner failed
 qnpp|error|main.c|7|FATAL ERROR: out of memory
-qnpp-fatal|error|||FATAL ERROR: out of memory'
+qnpp-fatal|error|||FATAL ERROR: out of memory
+qnpp|error|far.c||No "#if" directive associated to "#endif"
+qnpp-command-line|error|||missing value for '"'-MF'"'
+-
+-'
 same 'what the matcher finds' "$expected" "$("$python" match.py "$matcher" messages.txt)"
 
 # The same by the expressions of JavaScript, in which the matcher is used.
@@ -58,7 +66,7 @@ for (const line of fs.readFileSync(process.argv[3], 'utf8').trimEnd().split('\n'
     const found = line.match(new RegExp(pattern.regexp));
     if (!found) continue;
     const severity = (pattern.severity && found[pattern.severity] || matcher.severity).toLowerCase();
-    const part = (key) => key in pattern ? found[pattern[key]] : '';
+    const part = (key) => key in pattern ? found[pattern[key]] || '' : '';
     texts.push([matcher.owner, severity, part('file'), part('line'), part('message')].join('|'));
   }
   console.log(texts.length ? texts.join('\n') : '-');

@@ -99,6 +99,7 @@ install(FILES integrations/ci/qnpp-problem-matcher.json DESTINATION "${CMAKE_INS
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 file(GLOB documents CONFIGURE_DEPENDS docs/*.md)
 install(FILES ${documents} DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+install(DIRECTORY docs/images DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
 install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}" PATTERN "*.sh" EXCLUDE)
 install(PROGRAMS examples/build-pkg-config/build.sh DESTINATION "${CMAKE_INSTALL_DOCDIR}/examples/build-pkg-config")
 

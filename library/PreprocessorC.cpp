@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <exception>
 #include <limits>
+#include <memory>
 #include <new>
 #include <optional>
 #include <string>
@@ -125,8 +126,11 @@ int run(QnPreprocessor* preprocessor, const char* name, MakeSource makeSource) n
 
 }  // namespace
 
-QnPreprocessor* QnNewPreprocessor() { return new (std::nothrow) QnPreprocessor; }
-void QnFreePreprocessor(QnPreprocessor* preprocessor) { delete preprocessor; }
+QnPreprocessor* QnNewPreprocessor() {
+  return std::unique_ptr<QnPreprocessor>(new (std::nothrow) QnPreprocessor).release();
+}
+
+void QnFreePreprocessor(QnPreprocessor* preprocessor) { const std::unique_ptr<QnPreprocessor> owner(preprocessor); }
 
 void QnDefine(QnPreprocessor* preprocessor, const char* definition) {
   if (preprocessor != nullptr) {

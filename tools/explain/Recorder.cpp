@@ -103,14 +103,19 @@ void Recorder::forgetFrom(const Mark& mark) {
   told_.contexts.front().result.resize(mark.output);
 }
 
+// How far the line that is being read has come, which may be several lines of the source.
+void Recorder::measureLine() {
+  const SourcePlace end = place();
+  line_.endLine = end.file == line_.place.file ? std::max(line_.place.line, end.line - 1) : line_.place.line;
+}
+
 // The line that is being read ends: it is kept if it was asked for.
 void Recorder::endLine() {
   if (!isInLine_) {
     return;
   }
   isInLine_ = false;
-  const SourcePlace end = place();
-  line_.endLine = end.file == line_.place.file ? std::max(line_.place.line, end.line - 1) : line_.place.line;
+  measureLine();
   if (!isWanted(line_) || wasCut_) {
     forgetFrom(lineMark_);
     return;
@@ -200,8 +205,9 @@ void Recorder::directiveEnded(bool isSkipping) {
   if (directive_ == 0) {
     return;
   }
+  measureLine();  // Whether the line is kept, and what is told of its directive with it, depends on all of it.
   Directive& directive = told_.directives[directive_];
-  directive.endLine = std::max(directive.place.line, place().line - 1);
+  directive.endLine = line_.endLine;
   directive.isSkipping = isSkipping;
   const Id ended = std::exchange(directive_, 0);
   if (!isConditional(directive.word)) {

@@ -90,6 +90,7 @@ class Recorder final : public Observer {
   SourcePlace place() const;
   bool isWanted(const Line& line) const;
   bool hasRoom();
+  void measureLine();
   void endLine();
   Mark mark() const;
   void forgetFrom(const Mark& mark);

@@ -50,3 +50,22 @@ finish() {
   [ "$failures" -eq 0 ] && printf 'all as it should be\n'
   exit $((failures > 0))
 }
+
+# For tests of incremental builds: their `build` leaves its status, a log, and in `made` the sources it preprocessed.
+
+remade() { # remade <after what> <expected sources>
+  build
+  if [ "$status" -ne 0 ]; then
+    failed "built after: $1" "$(cat log)"
+    exit 1
+  fi
+  same "preprocessed after: $1" "$2" "$made"
+  build
+  same "the build after that, after: $1" '0 ' "$status $made"
+}
+
+# File times of two steps must differ.
+change() { # change <file> [<new text>]
+  sleep 0.05
+  if [ $# -eq 2 ]; then printf '%s\n' "$2" >"$1"; else touch "$1"; fi
+}

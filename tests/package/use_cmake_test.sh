@@ -145,12 +145,6 @@ remade() { # remade <after what> <expected sources>
   same "the build after that, after: $1" '0 ' "$status $made"
 }
 
-# File times of two steps must differ.
-change() { # change <file> [<new text>]
-  sleep 0.05
-  if [ $# -eq 2 ]; then printf '%s\n' "$2" >"$1"; else touch "$1"; fi
-}
-
 # ---- The first build. ----
 
 configure || {

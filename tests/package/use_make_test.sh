@@ -45,22 +45,6 @@ build() {
   made=$(sed -n "s/.*qnpp-build .* '\(.*\.in\)'$/\1/p" log | sed "s/odd.*/odd/" | LC_ALL=C sort | paste -sd , -)
 }
 
-remade() { # remade <after what> <expected sources>
-  build
-  if [ "$status" -ne 0 ]; then
-    failed "built after: $1" "$(cat log)"
-    exit 1
-  fi
-  same "preprocessed after: $1" "$2" "$made"
-  build
-  same "the build after that, after: $1" '0 ' "$status $made"
-}
-
-change() { # change <file> [<new text>]
-  sleep 0.05
-  if [ $# -eq 2 ]; then printf '%s\n' "$2" >"$1"; else touch "$1"; fi
-}
-
 same 'the snippet knows the program it was installed with' "$prefix/bin/qnpp-build .qnpp" "$(make -s show)"
 same 'another program can be chosen' "/bin/true .qnpp" "$(make -s show QNPP_BUILD=/bin/true)"
 remade 'the beginning' 'odd,one.txt.in,sub/two.txt.in,sub_two.txt.in'

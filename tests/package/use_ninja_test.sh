@@ -85,21 +85,6 @@ build() {
     LC_ALL=C sort | paste -sd , -)
 }
 
-remade() { # remade <after what> <expected sources>
-  build
-  if [ "$status" -ne 0 ]; then
-    failed "built after: $1" "$(cat log)"
-    exit 1
-  fi
-  same "preprocessed after: $1" "$2" "$made"
-  build
-  same "the build after that, after: $1" '0 ' "$status $made"
-}
-
-change() { # change <file> [<new text>]
-  sleep 0.05
-  if [ $# -eq 2 ]; then printf '%s\n' "$2" >"$1"; else touch "$1"; fi
-}
 textOf() { grep -v '^#' "$(resultOf "$1")"; }
 
 all='made.txt.in,one.txt.in,two.txt.in,with blank.txt.in'

@@ -24,8 +24,9 @@ giveRevision() {
 configure() { # configure <source folder> <build folder> <release build, whose compiler and flags are taken>
   # Tests and benchmarks go into no package.
   CXX=$(cached "$3" CMAKE_CXX_COMPILER) CXXFLAGS=$(cached "$3" CMAKE_CXX_FLAGS) LDFLAGS=$(cached "$3" CMAKE_EXE_LINKER_FLAGS) \
-    cmake -S "$1" -B "$2" "-DCMAKE_CXX_FLAGS_RELEASE=$(cached "$3" CMAKE_CXX_FLAGS_RELEASE)" -DQNPP_BUILD_TESTS=OFF \
-    -DQNPP_BUILD_BENCHMARKS=OFF -DQNPP_BUILD_FUZZERS=OFF
+    cmake -S "$1" -B "$2" "-DCMAKE_CXX_FLAGS_RELEASE=$(cached "$3" CMAKE_CXX_FLAGS_RELEASE)" \
+    "-DCMAKE_UNITY_BUILD=$(cached "$3" CMAKE_UNITY_BUILD)" -DQNPP_BUILD_TESTS=OFF -DQNPP_BUILD_BENCHMARKS=OFF \
+    -DQNPP_BUILD_FUZZERS=OFF
 }
 cached() { sed -n "s/^$2:[A-Z]*=//p" "$1/CMakeCache.txt"; } # cached <build folder> <variable>
 

@@ -15,7 +15,6 @@
 namespace qnpp {
 namespace {
 
-constexpr std::size_t kMostLevels = 60;       // Deeper ones are left out: nobody would find the way back.
 constexpr std::size_t kMostSteps = 4;         // Of a way back that is told.
 constexpr std::size_t kLongestSummary = 160;  // Bytes of a text that has to fit into a line.
 constexpr std::size_t kMostUses = 12;         // Of a macro that the list at the side names.

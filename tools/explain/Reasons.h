@@ -11,6 +11,9 @@
 
 namespace qnpp {
 
+// Deeper levels of expansion are left out: nobody would find the way back.
+inline constexpr std::size_t kMostLevels = 60;
+
 /// Puts the events of a run into words and into the form of a tree, for all views.
 class Reasons {
  public:

@@ -10,9 +10,6 @@
 namespace qnpp {
 namespace {
 
-// Deeper levels are left out: nobody would find the way back.
-constexpr std::size_t kMostLevels = 60;
-
 enum class Style : std::uint8_t { Plain, Place, Name, Argument, Made, Reason, Faint };
 
 // A line of a terminal: text with styles, cut where the terminal ends.

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <random>
 #include <string>
 #include <string_view>
@@ -75,9 +76,11 @@ TEST(BufferBoundariesTest, ConstructsSurviveTheEndOfTheBuffer) {
       ASSERT_EQ(afterName.tokens, "IDENTIFIER:" + longName + " OTHER:;" + expected) << where;
       ASSERT_EQ(afterName.line, 1 + construct.lines) << where;
 
-      const Lexed afterLines = lexFully(std::string(offset - 1, '\n') + ";" + std::string(construct.text));
-      ASSERT_EQ(afterLines.tokens.substr((offset - 1) * 8), "OTHER:;" + expected) << where;
-      ASSERT_EQ(afterLines.line, static_cast<std::int32_t>(offset) + construct.lines) << where;
+      const std::string lines = "/*" + std::string(offset - 105, '-') + "*/" + std::string(100, '\n');
+      const Lexed afterLines = lexFully(lines + ";" + std::string(construct.text));
+      ASSERT_EQ(afterLines.tokens.substr(std::strlen("SPACE ") + 100 * std::strlen("NEWLINE ")), "OTHER:;" + expected)
+          << where;
+      ASSERT_EQ(afterLines.line, 101 + construct.lines) << where;
     }
   }
 }

@@ -208,7 +208,7 @@ TEST_F(NestedRunsTest, MarksHoldInTheirGenerationOnly) {
 
 // Runs nest as deep as invocations do, far deeper than functions of a program can call each other.
 TEST_F(NestedRunsTest, DepthIsLimitedByMemoryAlone) {
-  constexpr std::size_t kDepth = kCountsMemory ? 1'000'000 : 100'000;
+  constexpr std::size_t kDepth = kCountsMemory ? 400'000 : 100'000;
   const TokenList before = settledTokens(4);
   TokenList innermost;
   innermost.appendSettled(setting.listOf({"x"}, setting.hideSetOf("I")).all(), 1, hideSets);

@@ -10,8 +10,9 @@ void CppPreprocessor::run() {
 
 void CppPreprocessor::processLines() {
   for (;;) {
+    leadingSpace_.clear();
     const CppTokenKind directive =
-        conditionals_.isSkipping() ? stream_.skipWholeLines(conditionals_) : stream_.passDirectiveWord();
+        conditionals_.isSkipping() ? stream_.skipWholeLines(conditionals_) : stream_.passLineStart(leadingSpace_);
     if (directive != TK_END) {
       budget_.spend();
       if (directive == '#') {
@@ -50,7 +51,6 @@ void CppPreprocessor::processLine() {
 }
 
 void CppPreprocessor::collectLeadingSpace() {
-  leadingSpace_.clear();
   while (isBlank(stream_.peek())) {
     stream_.get();
     leadingSpace_.append(stream_.text());

@@ -30,22 +30,38 @@ class ScalarBlock {
  public:
   explicit ScalarBlock(const char* at) { std::memcpy(bytes_, at, sizeof bytes_); }
 
+  /// Which of the bytes are some that were asked for. Whether there are any and how many costs less than the mask.
+  class Matches {
+   public:
+    explicit Matches(std::uint64_t bits) : bits_(bits) {}
+    bool any() const { return bits_ != 0; }
+    std::size_t count() const { return static_cast<std::size_t>(std::popcount(bits_)); }
+    std::uint64_t bits() const { return bits_; }
+
+   private:
+    std::uint64_t bits_;
+  };
+
   /// The bytes that are one of `Wanted`.
   template <char... Wanted>
+  Matches match() const {
+    return matches([](char byte) { return ((byte == Wanted) || ...); });
+  }
+  template <char... Wanted>
   std::uint64_t find() const {
-    return mask([](char byte) { return ((byte == Wanted) || ...); });
+    return match<Wanted...>().bits();
   }
   /// The bytes that names and numbers consist of.
-  std::uint64_t words() const { return mask(isWordByte); }
+  std::uint64_t words() const { return matches(isWordByte).bits(); }
 
  private:
   template <typename Predicate>
-  std::uint64_t mask(Predicate holds) const {
+  Matches matches(Predicate holds) const {
     std::uint64_t bits = 0;
     for (std::size_t index = 0; index < sizeof bytes_; ++index) {
       bits |= std::uint64_t{holds(bytes_[index])} << index;
     }
-    return bits;
+    return Matches(bits);
   }
 
   char bytes_[64];
@@ -53,51 +69,82 @@ class ScalarBlock {
 
 #if defined(__SSE2__) || (defined(__aarch64__) && defined(__ARM_NEON))
 
-/// The same in four vectors of the compiler's. Only the way from comparisons to bits differs from processor to
-/// processor.
+/// The same in four vectors of the compiler's. Only the way from comparisons to bits and sums differs from processor to
+/// processor. Four members and no array, no loop: compilers would leave an array in memory, and the loop a loop.
 class VectorBlock {
- public:
-  explicit VectorBlock(const char* at) { std::memcpy(parts_, at, sizeof parts_); }
-
-  template <char... Wanted>
-  std::uint64_t find() const {
-    return mask([](Bytes bytes) { return ((bytes == all(Wanted)) | ...); });
-  }
-  std::uint64_t words() const {
-    return mask([](Bytes bytes) {
-      return isWithin(bytes | all(0x20), 'a', 26) | isWithin(bytes, '0', 10) | (bytes == all('_'));
-    });
-  }
-
- private:
   using Bytes = unsigned char __attribute__((vector_size(16)));
   using Found = signed char __attribute__((vector_size(16)));  // What comparisons give: all bits or none.
 
+ public:
+  explicit VectorBlock(const char* at) : a_(part(at)), b_(part(at + 16)), c_(part(at + 32)), d_(part(at + 48)) {}
+
+  class Matches {
+   public:
+    Matches(Found a, Found b, Found c, Found d) : a_(a), b_(b), c_(c), d_(d) {}
+
+#if defined(__SSE2__)
+    bool any() const { return bitsOf(a_ | b_ | c_ | d_) != 0; }
+    std::size_t count() const {
+      const __m128i sums = _mm_sad_epu8(reinterpret_cast<__m128i>(-(a_ + b_ + c_ + d_)), _mm_setzero_si128());
+      return static_cast<std::size_t>(_mm_cvtsi128_si32(sums) + _mm_extract_epi16(sums, 4));
+    }
+    std::uint64_t bits() const { return bitsOf(a_) | bitsOf(b_) << 16 | bitsOf(c_) << 32 | bitsOf(d_) << 48; }
+
+   private:
+    static std::uint64_t bitsOf(Found part) {
+      return static_cast<std::uint16_t>(_mm_movemask_epi8(reinterpret_cast<__m128i>(part)));
+    }
+#else
+    bool any() const { return vmaxvq_u8(reinterpret_cast<uint8x16_t>(a_ | b_ | c_ | d_)) != 0; }
+    std::size_t count() const { return vaddvq_u8(reinterpret_cast<uint8x16_t>(-(a_ + b_ + c_ + d_))); }
+    std::uint64_t bits() const {
+      const uint8x16_t half = vpaddq_u8(placesOf(a_), placesOf(b_));
+      const uint8x16_t pairs = vpaddq_u8(half, vpaddq_u8(placesOf(c_), placesOf(d_)));
+      return vgetq_lane_u64(vreinterpretq_u64_u8(vpaddq_u8(pairs, pairs)), 0);
+    }
+
+   private:
+    // Each byte keeps the bit of its place: neighbours are added up until 64 bytes have become 64 bits.
+    static uint8x16_t placesOf(Found part) {
+      constexpr Found kPlaces = {1, 2, 4, 8, 16, 32, 64, -128, 1, 2, 4, 8, 16, 32, 64, -128};
+      return reinterpret_cast<uint8x16_t>(part & kPlaces);
+    }
+#endif
+
+    Found a_, b_, c_, d_;
+  };
+
+  template <char... Wanted>
+  Matches match() const {
+    return matches([](Bytes bytes) { return ((bytes == all(Wanted)) | ...); });
+  }
+  template <char... Wanted>
+  std::uint64_t find() const {
+    return match<Wanted...>().bits();
+  }
+  std::uint64_t words() const {
+    return matches([](Bytes bytes) {
+             return isWithin(bytes | all(0x20), 'a', 26) | isWithin(bytes, '0', 10) | (bytes == all('_'));
+           })
+        .bits();
+  }
+
+ private:
+  static Bytes part(const char* at) {
+    Bytes bytes;
+    std::memcpy(&bytes, at, sizeof bytes);
+    return bytes;
+  }
   static Bytes all(int byte) { return Bytes{} + static_cast<unsigned char>(byte); }
   // The bytes from `first` on, `count` of them: what lies below `first` becomes large.
   static Found isWithin(Bytes bytes, int first, int count) { return bytes - all(first) < all(count); }
 
-  // Without a loop, which compilers would leave one.
   template <typename Compare>
-  std::uint64_t mask(Compare compare) const {
-#if defined(__SSE2__)
-    const auto bits = [compare](Bytes part) {
-      return std::uint64_t{static_cast<std::uint16_t>(_mm_movemask_epi8(reinterpret_cast<__m128i>(compare(part))))};
-    };
-    return bits(parts_[0]) | bits(parts_[1]) << 16 | bits(parts_[2]) << 32 | bits(parts_[3]) << 48;
-#else
-    // Each byte keeps the bit of its place, and neighbours are added up until 64 bytes have become 64 bits.
-    const auto bits = [compare](Bytes part) {
-      constexpr Bytes kPlaces = {1, 2, 4, 8, 16, 32, 64, 128, 1, 2, 4, 8, 16, 32, 64, 128};
-      return reinterpret_cast<uint8x16_t>(reinterpret_cast<Bytes>(compare(part)) & kPlaces);
-    };
-    const uint8x16_t half = vpaddq_u8(bits(parts_[0]), bits(parts_[1]));
-    const uint8x16_t pairs = vpaddq_u8(half, vpaddq_u8(bits(parts_[2]), bits(parts_[3])));
-    return vgetq_lane_u64(vreinterpretq_u64_u8(vpaddq_u8(pairs, pairs)), 0);
-#endif
+  Matches matches(Compare compare) const {
+    return {compare(a_), compare(b_), compare(c_), compare(d_)};
   }
 
-  Bytes parts_[4];
+  Bytes a_, b_, c_, d_;
 };
 
 #endif

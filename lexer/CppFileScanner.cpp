@@ -53,15 +53,16 @@ CppTokenKind CppFileScanner::copyText() {
   return taken(kind);
 }
 
-CppTokenKind CppFileScanner::passDirectiveWord() {
+CppTokenKind CppFileScanner::passLineStart(std::string& leadingSpace) {
   if (!kShortcuts || hasPeek_) {
     return TK_END;
   }
-  const CppTokenKind kind = lexer_->passDirectiveWord();
-  if (kind == TK_NEWLINE) {
-    atLineStart_ = true;
+  const CppTokenKind kind = lexer_->passLineStart(leadingSpace);
+  if (kind != TK_END) {
+    text_ = lexer_->text();
+    atLineStart_ = kind == TK_NEWLINE;
   }
-  return kind == TK_NEWLINE || kind == TK_END ? TK_END : taken(kind);
+  return isWhiteSpace(kind) ? TK_END : kind;
 }
 
 CppTokenKind CppFileScanner::taken(CppTokenKind kind) {

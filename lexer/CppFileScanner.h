@@ -63,9 +63,10 @@ class CppFileScanner final : public CppScanner {
   /// Text of the token that has been looked at.
   std::string_view nextText() const { return lexer_->text(); }
 
-  /// Passes over empty lines and the beginning of a directive, see CppLexer::passDirectiveWord; TK_END where no
-  /// directive is known to follow. At the start of a line, or behind a directive, like `skipWholeLines`.
-  CppTokenKind passDirectiveWord();
+  /// Passes over empty lines, and over leading space or the beginning of a directive, see CppLexer::passLineStart;
+  /// TK_END where no directive is known to follow. At the start of a line, or behind a directive, like
+  /// `skipWholeLines`.
+  CppTokenKind passLineStart(std::string& leadingSpace);
   /// Whether the rest of the line may be read as it stands, see CppLexer::isRestPlain. Only in the middle of a line.
   bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
     return kShortcuts && !hasPeek_ && !atLineStart_ && lexer_->isRestPlain(accepts);

@@ -1,5 +1,6 @@
 #include "lexer/CppLexer.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -146,6 +147,31 @@ const char* passNumber(const char* at) {
   return at;
 }
 
+// The first quote from `from` on, or `to`.
+char* findQuote(char* from, char* to) {
+  for (; from < to; from += 64) {
+    if (const std::uint64_t quotes = Block(from).find<'"', '\''>(); quotes != 0) {
+      return std::min(from + std::countr_zero(quotes), to);
+    }
+  }
+  return to;
+}
+
+// Behind the literal whose quote is at `place` of the 64 bytes at `block`, or behind that quote if it opens none; 0
+// where that takes a closer look. `stops` are the quotes, backslashes and line ends of the block, and perhaps others.
+std::size_t behindLiteral(const char* block, std::size_t place, std::uint64_t stops) {
+  const std::uint64_t behind = stops & (bitsFrom(place) << 1U);
+  if (behind == 0) {
+    return 0;
+  }
+  const auto next = static_cast<std::size_t>(std::countr_zero(behind));
+  if (block[next] == '\n') {
+    return place + 1;
+  }
+  const bool isEmptyCharacter = block[place] == '\'' && next == place + 1;
+  return block[next] == block[place] && !isEmptyCharacter ? next + 1 : 0;
+}
+
 }  // namespace
 
 CppLexer::CppLexer(std::istream& input, const LexerContext& context)
@@ -210,41 +236,52 @@ Name* CppLexer::findMacroName(const char*& word, const char* end) const {
 
 // ---- Directives ----
 
-// Passes over lines of nothing but blanks from `at` on, the start of a line, and writes an empty line for each. Returns
-// the first byte behind the blanks of the next line.
-inline char* CppLexer::passEmptyLines(char*& at) {
-  for (;;) {
-    char* const first = passAllBlanks(at);
-    char* const next = behindLineEnd(first);
-    if (next == nullptr) {
-      return first;
-    }
-    countLine();
-    context_.output.endLine();
-    at = next;
-  }
-}
-
-CppTokenKind CppLexer::passDirectiveWord() {
+CppTokenKind CppLexer::passLineStart(std::string& leadingSpace) {
   if (!isReading()) {
     return TK_END;
   }
-  char* const begin = beginScan();
-  char* at = begin;
-  char* const hash = passEmptyLines(at);
-  CppTokenKind kind = at == begin ? TK_END : TK_NEWLINE;
-  yytext = at;
-  if (*hash == '#' && hash[1] != '#' && hash[1] != '\0') {
-    char* const word = passAllBlanks(hash + 1);
-    char* end = word;
-    const CppTokenKind wordKind = passWordOfDirective(end);
-    const bool isSure = wordKind != TK_END && *end != '\0';
-    kind = isSure ? wordKind : '#';
-    yytext = isSure ? word : hash;
-    at = isSure ? end : hash + 1;
+  char* at = beginScan();
+  CppTokenKind passed = TK_END;
+  for (;;) {
+    char* const first = passAllBlanks(at);
+    const char next = first[1];
+    if (char* const nextLine = behindLineEnd(first); nextLine != nullptr) {
+      at = nextLine;
+      leadingSpace.clear();
+      countLine();
+      context_.output.endLine();
+      passed = TK_NEWLINE;
+      continue;
+    }
+    if (first != at) {
+      leadingSpace.append(at, first);
+      at = first;
+      passed = TK_SPACE;
+    }
+    yytext = at;
+    if (*at == '/' && isOneOf(next, '*', '/')) {
+      at = next == '*' ? passBlockComment(at + 2) : passLineComment(at + 2);
+      leadingSpace += ' ';
+      passed = TK_SPACE;
+      continue;
+    }
+    if (*at == '#' && next != '#' && next != '\0') {
+      passed = passDirectiveWord(at);
+    }
+    endScan(at);
+    return token(passed);
   }
-  endScan(at);
-  return token(kind);
+}
+
+// Moves `at`, a "#", behind the word of the directive, or only behind the "#" where none is sure to follow.
+CppTokenKind CppLexer::passDirectiveWord(char*& at) {
+  char* const word = passAllBlanks(at + 1);
+  char* end = word;
+  const CppTokenKind kind = passWordOfDirective(end);
+  const bool isSure = kind != TK_END && *end != '\0';
+  yytext = isSure ? word : at;
+  at = isSure ? end : at + 1;
+  return isSure ? kind : '#';
 }
 
 bool CppLexer::isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
@@ -310,7 +347,8 @@ class CppLexer::TextCopy {
     const std::uint64_t begins = words_ & ~(words_ << 1U | (wordBegin_ != nullptr ? 1U : 0U));
     const std::uint64_t names = findNames(begins);
     const std::uint64_t ends = block.find<'\n'>();
-    std::uint64_t left = names | ends | block.find<'"', '\'', '/', '\\', '\r', '\0'>();
+    stops_ = ends | block.find<'"', '\'', '/', '\\', '\r', '\0'>();
+    std::uint64_t left = names | stops_;
     at_ += 64;
     while (left != 0) {
       const auto place = static_cast<std::size_t>(std::countr_zero(left));
@@ -512,6 +550,9 @@ class CppLexer::TextCopy {
   }
 
   char* copyLiteral(char* at) {
+    if (const std::size_t behind = behindLiteral(block_, static_cast<std::size_t>(at - block_), stops_); behind != 0) {
+      return block_ + behind;
+    }
     const std::uint64_t refills = lexer_.refillCount_;
     writeUpTo(at);
     lexer_.yytext = at++;
@@ -527,6 +568,7 @@ class CppLexer::TextCopy {
   char* block_ = nullptr;  // The block that is looked at, and its masks.
   std::uint64_t words_ = 0;
   std::uint64_t spaces_ = 0;
+  std::uint64_t stops_ = 0;    // Line ends and the bytes that are more than themselves, perhaps.
   char* wordBegin_ = nullptr;  // Of the word that goes on there, if one does.
   bool isDone_ = false;
   CppTokenKind kind_ = TK_END;
@@ -602,42 +644,49 @@ bool CppLexer::passEscape(char*& at, char quote) {
 // Passes over the rest of a comment up to behind its "*/". The line ends on the way are counted and go straight to the
 // output.
 char* CppLexer::passBlockComment(char* at) {
-  std::uint64_t star = 0;  // 1 when the byte before `at` is a "*" of the comment's inside.
+  const char* inside = at;  // From here on a "*" before "at" is one of the comment's inside.
+  std::size_t lines = 0;
+  const auto endLines = [this, &lines] {
+    countLines(lines);
+    context_.effectCount += lines;
+    context_.output.writeLineEnds(lines);
+    lines = 0;
+  };
   for (;;) {
     const Block block(at);
-    const std::uint64_t stars = block.find<'*'>();
-    const std::uint64_t ends = block.find<'/'>() & (stars << 1U | star);
-    const std::uint64_t stops = ends | block.find<'\r', '\0'>();
-    // The line ends before the first stop need no look at each.
-    const std::uint64_t passed = stops != 0 ? (stops & (~stops + 1)) - 1 : ~std::uint64_t{0};
-    if (const std::uint64_t lines = block.find<'\n'>() & passed; lines != 0) {
-      const auto count = static_cast<std::size_t>(std::popcount(lines));
-      countLines(count);
-      context_.effectCount += count;
-      context_.output.writeLineEnds(count);
+    const Block::Matches lineEnds = block.match<'\n'>();
+    std::uint64_t stops = 0;
+    if (block.match<'/', '\r', '\0'>().any()) {
+      const bool isBehindStar = at != inside && at[-1] == '*';
+      stops = (block.find<'/'>() & (block.find<'*'>() << 1U | (isBehindStar ? 1U : 0U))) | block.find<'\0'>() |
+              (block.find<'\r'>() & ~(lineEnds.bits() >> 1U));  // A CR LF is counted by its LF.
     }
     if (stops == 0) {
+      lines += lineEnds.count();
       at += 64;
-      star = stars >> 63U;
       continue;
     }
-    const int place = std::countr_zero(stops);
-    const std::uint64_t starBefore = place > 0 ? stars >> (place - 1) & 1U : star;
+    const auto place = static_cast<std::size_t>(std::countr_zero(stops));
+    lines += static_cast<std::size_t>(std::popcount(lineEnds.bits() & ~bitsFrom(place)));
     at += place;
-    star = 0;
     if (*at == '/') {
+      endLines();
       yytext = at + 1;
       return at + 1;
     }
     if (*at == '\r') {
-      at = passLineEnd(at);
+      inside = at = passLineEnd(at);
       ++context_.effectCount;
       context_.output.write('\n');
     } else if (!atBufferEnd(at)) {
       ++at;
     } else {
-      star = starBefore;
-      if (!refillFrom(at)) {
+      endLines();
+      yytext = at != inside && at[-1] == '*' ? at - 1 : at;
+      const bool isMore = refill(at);
+      inside = yytext;
+      if (!isMore) {
+        yytext = at;
         ++context_.effectCount;
         context_.messages.report(Message::UnterminatedComment, std::to_string(line_));
         return at;
@@ -684,139 +733,252 @@ char* CppLexer::passLineComment(char* at) {
 
 // ---- Skipped lines ----
 
-// Finds the bytes that matter in a skipped line, one after the other, looking at each block once.
-class CppLexer::Stops {
+// One call of skipWholeLines: goes through the buffer from one byte that matters to the next, and counts the line ends
+// between them. Where a line begins matters only to what can be in its beginning, and is looked up there.
+class CppLexer::LineSkip {
  public:
-  explicit Stops(const CppLexer& lexer) : lexer_(lexer) {}
+  LineSkip(CppLexer& lexer, NestedConditionals& conditionals)
+      : lexer_(lexer), conditionals_(conditionals), at_(lexer.beginScan()), end_(lexer.bufferEnd()), resumed_(at_) {}
 
-  // The first one from `at` on.
-  char* find(char* at) {
-    if (at < block_ || at >= end_ || refillCount_ != lexer_.refillCount_) {
-      look(at);
+  CppTokenKind run() {
+    while (!isDone_) {
+      skipBlock();
     }
-    left_ &= bitsFrom(static_cast<std::size_t>(at - block_));
-    while (left_ == 0) {
-      look(end_);
-    }
-    return block_ + std::countr_zero(left_);
+    endLines();
+    lexer_.yytext = at_;
+    lexer_.endScan(at_);
+    return kind_;
   }
 
  private:
-  void look(char* at) {
-    block_ = at;
-    end_ = at + 64;
-    refillCount_ = lexer_.refillCount_;
-    left_ = Block(at).find<'"', '\'', '/', '\\', '\r', '\n', '\0'>();
+  // Goes through the 64 bytes at `at_`, or up to one behind which there is another block.
+  void skipBlock() {
+    std::ptrdiff_t left = end_ - at_;
+    for (;; left -= 64, at_ += 64) {
+      const Block block(at_);
+      const auto stops = block.match<'#', '/', '\\', '\r'>();
+      const auto ends = block.match<'\n'>();
+      if (stops.any() || left < 64) {
+        stops_ = stops.bits();
+        ends_ = ends.bits();
+        break;
+      }
+      lines_ += ends.count();  // Most blocks hold nothing else.
+    }
+    if (left < 64) {
+      const std::uint64_t behind = bitsFrom(static_cast<std::size_t>(left));
+      stops_ = (stops_ & ~behind) | (behind & ~(behind << 1U));
+      ends_ &= ~behind;
+    }
+    block_ = at_;
+    at_ += 64;
+    while (stops_ != 0) {
+      const auto place = static_cast<std::size_t>(std::countr_zero(stops_));
+      char* const next = passByte(place);
+      if (next == nullptr) {
+        return;
+      }
+      if (next >= block_ + 64) {
+        at_ = next;
+        break;
+      }
+      stops_ &= bitsFrom(static_cast<std::size_t>(next - block_));
+    }
+    lines_ += static_cast<std::size_t>(std::popcount(ends_));
   }
 
-  const CppLexer& lexer_;
-  char* block_ = nullptr;
-  char* end_ = nullptr;
-  std::uint64_t refillCount_ = 0;  // Of the lexer, when it was looked at.
-  std::uint64_t left_ = 0;
+  // The functions that follow pass over what begins at a place of the block. They return where to go on in it, or null
+  // for another block: then they have counted the line ends before the place.
+
+  char* passByte(std::size_t place) {
+    char* const at = block_ + place;
+    const char next = at[1];
+    switch (*at) {
+      case '#':
+        return passHash(place);
+      case '/':
+        return isOneOf(next, '*', '/') || next == '\0' ? passSeparator(place) : at + 1;
+      case '\\':
+        return isOneOf(next, '\n', '\r') || next == '\0' ? passSeparator(place) : at + 1;
+      case '\r':
+        return next == '\n' ? at + 1 : passSeparator(place);
+      default:
+        return refill(place);
+    }
+  }
+
+  // At what may be a comment, a continued line end or a CR.
+  char* passSeparator(std::size_t place) {
+    countLinesBefore(place);
+    char* const at = passLiterals(block_ + place);
+    if (at == nullptr) {
+      return nullptr;
+    }
+    const CppTokenKind passed = passedBefore(at);
+    endLines();
+    lexer_.yytext = at;
+    if (*at == '\r') {
+      char* const next = lexer_.passLineEnd(at);
+      writeLineEnds(1);
+      return resume(next, TK_NEWLINE);
+    }
+    char* const next = lexer_.passBackslashOrComment(at);
+    const bool isBlank = next == lexer_.yytext;  // Otherwise the byte stood for itself.
+    return resume(next, !isBlank || passed == TK_OTHER ? TK_OTHER : TK_SPACE);
+  }
+
+  // Passes over the literals before `at` on its line. Where the last of them goes on behind `at`, the answer is null;
+  // otherwise it is where `at` is now.
+  char* passLiterals(char* at) {
+    const std::string_view before(resumed_, static_cast<std::size_t>(at - resumed_));
+    const std::size_t lineEnd = before.rfind('\n');
+    char* from = resumed_ + (lineEnd == std::string_view::npos ? 0 : lineEnd + 1);
+    while ((from = findQuote(from, at)) != at) {
+      const auto left = at - from;
+      lexer_.yytext = from++;
+      static_cast<void>(lexer_.passLiteral(from));
+      static_cast<void>(resume(from, TK_OTHER));
+      at = lexer_.yytext + left;
+      if (from > at) {
+        return nullptr;
+      }
+    }
+    return at;
+  }
+
+  char* passHash(std::size_t place) {
+    char* const hash = block_ + place;
+    const CppTokenKind passed = passedBefore(hash);
+    if (passed == TK_OTHER) {
+      return hash + 1;
+    }
+    char* const word = passAllBlanks(hash + 1);
+    char* end = word;
+    const CppTokenKind kind = isOneOf(*word, 'e', 'i') ? passWordOfDirective(end) : TK_END;
+    if (!isWordByte(*word) || *end == '\0') {
+      // Perhaps a "#" that stands alone: then the next line goes with it.
+      countLinesBefore(place);
+      return stop(hash, passed);
+    }
+    if (!isConditional(kind)) {
+      return word;
+    }
+    countLinesBefore(place);
+    endLines();
+    if (!conditionals_.carryOutNested(kind)) {
+      return stop(end, kind);
+    }
+    const bool isLineBehind = kind == TK_ELSE || kind == TK_ENDIF;
+    isLineWritten_ = isLineBehind;
+    resumed_ = end;
+    passed_ = isLineBehind ? TK_SPACE : TK_OTHER;
+    return end;
+  }
+
+  // At the end of the buffer.
+  char* refill(std::size_t place) {
+    countLinesBefore(place);
+    const CppTokenKind passed = passedBefore(block_ + place);
+    char* at = passLiterals(block_ + place);
+    if (at == nullptr) {
+      return nullptr;
+    }
+    if (!lexer_.atBufferEnd(at) || lexer_.refillFrom(at)) {
+      return resume(at, passed);
+    }
+    if (passed != TK_OTHER) {
+      return stop(at, passed);
+    }
+    endLines();
+    writeLineEnds(1);  // The reader of the line would have been given a line end.
+    return stop(at, TK_NEWLINE);
+  }
+
+  // What has been passed before `at`: TK_OTHER in the middle of a line; TK_SPACE where blanks and comments are all
+  // that is before it on its line; TK_NEWLINE at the start of a line; TK_END where nothing has been passed at all.
+  CppTokenKind passedBefore(const char* at) const {
+    const char* first = at;
+    while (first != resumed_ && has(kBlanks, first[-1])) {
+      --first;
+    }
+    const CppTokenKind kind = first == resumed_ ? passed_ : first[-1] == '\n' ? TK_NEWLINE : TK_OTHER;
+    return first == at || kind == TK_OTHER ? kind : TK_SPACE;
+  }
+
+  char* resume(char* at, CppTokenKind passed) {
+    at_ = at;
+    end_ = lexer_.bufferEnd();
+    resumed_ = at;
+    passed_ = passed;
+    return nullptr;
+  }
+
+  char* stop(char* at, CppTokenKind kind) {
+    at_ = at;
+    kind_ = kind;
+    isDone_ = true;
+    return nullptr;
+  }
+
+  void countLinesBefore(std::size_t place) {
+    lines_ += static_cast<std::size_t>(std::popcount(ends_ & ~bitsFrom(place)));
+    ends_ &= bitsFrom(place);
+  }
+  // Ends the lines whose ends have been counted.
+  void endLines() {
+    if (lines_ > 0) {
+      lexer_.countLines(lines_);
+      writeLineEnds(lines_);
+      lines_ = 0;
+    }
+  }
+  void writeLineEnds(std::size_t count) {
+    lexer_.context_.output.endLines(isLineWritten_ ? count : count - 1);
+    isLineWritten_ = true;
+  }
+
+  CppLexer& lexer_;
+  NestedConditionals& conditionals_;
+  char* at_;  // The first byte that has not been looked at.
+  const char* end_;
+  char* block_ = nullptr;  // The block that is looked at: its line ends, and the bytes left that may matter.
+  std::uint64_t ends_ = 0;
+  std::uint64_t stops_ = 0;
+  char* resumed_;  // Where the buffer was looked at anew, and what had been passed before.
+  CppTokenKind passed_ = TK_END;
+  std::size_t lines_ = 0;      // Line ends counted, which are not written yet.
+  bool isLineWritten_ = true;  // The line of a conditional within the group leaves none.
+  bool isDone_ = false;
+  CppTokenKind kind_ = TK_END;
 };
 
+CppTokenKind CppLexer::skipWholeLines(NestedConditionals& conditionals) {
+  return isReading() ? LineSkip(*this, conditionals).run() : TK_END;
+}
+
+// The rest of one line. Comments and literals are recognised, because a line end inside a comment does not end the line
+// and a comment cannot begin inside a literal.
 bool CppLexer::skipLine() {
-  Stops stops(*this);
   char* at = beginScan();
   yytext = at;
-  const bool ended = passLine(at, stops);
+  const bool ended = passLine(at);
   endScan(at);
   return ended;
 }
 
-CppTokenKind CppLexer::skipWholeLines(NestedConditionals& conditionals) {
-  if (!isReading()) {
-    return TK_END;
-  }
-  Stops stops(*this);
-  CppTokenKind passed = TK_END;
-  char* at = beginScan();
+bool CppLexer::passLine(char*& at) {
   for (;;) {
-    const char* const begin = at;
-    char* const first = passEmptyLines(at);
-    passed = at == begin ? passed : TK_NEWLINE;
-    yytext = first;
-    if (has(kUnsureLineStart, *first)) {
-      const char next = first[1];
-      if ((*first == '/' && next == '*') || (*first == '\\' && isOneOf(next, '\n', '\r'))) {
-        at = passBackslashOrComment(first);  // The line may still begin behind it.
-        passed = TK_SPACE;
-        continue;
-      }
-      if (*first == '#') {
-        const CppTokenKind kind = skipDirective(at, first + 1, stops, conditionals);
-        passed = kind == TK_END ? passed : kind;
-        if (kind == TK_END || isConditional(kind)) {
-          break;
-        }
-        continue;
-      }
-      if (*first == '\0' || next == '\0') {
-        break;
-      }
-    }
-    at = first;
-    static_cast<void>(passLine(at, stops));  // If it has no line end, its reader would have been given one.
-    context_.output.endLine();
-    passed = TK_NEWLINE;
-  }
-  yytext = at;
-  endScan(at);
-  return passed;
-}
-
-// Passes over the line at `at` in a skipped group that begins with a "#", with `word` behind it; or only over the
-// beginning of it, as `skipWholeLines` does. Returns what that does, TK_END when it is not sure what the line is.
-CppTokenKind CppLexer::skipDirective(char*& at, char* word, Stops& stops, NestedConditionals& conditionals) {
-  word = passAllBlanks(word);
-  if (!isWordByte(*word)) {
-    return TK_END;  // Perhaps a "#" that stands alone: then the next line goes with it.
-  }
-  CppTokenKind kind = TK_END;
-  if (isOneOf(*word, 'e', 'i')) {  // As the words of conditionals begin.
-    kind = passWordOfDirective(word);
-    if (*word == '\0') {
-      return TK_END;
-    }
-  }
-  at = word;
-  if (isConditional(kind)) {
-    if (!conditionals.carryOutNested(kind)) {
-      return kind;
-    }
-    if (kind == TK_ELSE || kind == TK_ENDIF) {
-      return TK_SPACE;
-    }
-  }
-  static_cast<void>(passLine(at, stops));
-  if (!isConditional(kind)) {
-    context_.output.endLine();  // The lines of conditionals leave none.
-  }
-  return TK_NEWLINE;
-}
-
-// Passes over a line of a skipped group, its line end included. Comments and literals are recognised, because a line
-// end inside a comment does not end the line and a comment cannot begin inside a literal; all else is passed over.
-// Returns false at the end of the input.
-bool CppLexer::passLine(char*& at, Stops& stops) {
-  for (;;) {
-    at = stops.find(at);
+    at = findAny<'"', '\'', '/', '\\', '\r', '\n', '\0'>(at);
     yytext = at;
     switch (*at) {
       case '\n':
-        ++at;
-        countLine();
-        return true;
       case '\r':
         at = passLineEnd(at);
         return true;
       case '\0':
         if (!atBufferEnd(at)) {
           ++at;
-          break;
-        }
-        if (!refill(at)) {
+        } else if (!refill(at)) {
           return false;
         }
         break;

@@ -100,11 +100,13 @@ class CppLexer final : public yyCppFlexLexer {
     return true;
   }
 
-  /// From the start of a line: passes over lines of nothing but blanks, writing an empty line for each, and over the
-  /// beginning of a directive, as if its tokens had been asked for. Returns the kind of the token passed last: the word
-  /// of a directive, or "#" where none is sure to follow; TK_NEWLINE when something else begins the line or it takes
-  /// more to be sure; TK_END when nothing was passed.
-  CppTokenKind passDirectiveWord();
+  /// From the start of a line: passes over blanks and comments, writing an empty line for each line of nothing else,
+  /// and over the beginning of a directive, as if the tokens had been asked for. What of them begins the next line of
+  /// text is appended to `leadingSpace`, which is empty. Returns the kind of what was passed last: the word of a
+  /// directive, or
+  /// "#" where none is sure to follow; TK_SPACE or TK_NEWLINE when something else follows or it takes more to be sure;
+  /// TK_END when nothing was passed.
+  CppTokenKind passLineStart(std::string& leadingSpace);
 
   /// Whether the rest of the line means what stands there and nothing else: all of it is in the buffer, without
   /// comments and continued line ends, and ends in "\n"; and `accepts` holds for each macro whose name may be in it,
@@ -170,6 +172,7 @@ class CppLexer final : public yyCppFlexLexer {
   void countLines(std::size_t count) { line_ = addLines(line_, static_cast<std::int32_t>(count)); }
   CppTokenKind scanAt(char* at);
 
+  CppTokenKind passDirectiveWord(char*& at);
   void passBlanksInBuffer();
   Name* findMacroName(const char*& word, const char* end) const;
   bool isPlainUpToLineEnd(const char* at, bool (*accepts)(Name& name, const NameTable& names)) const;
@@ -186,11 +189,9 @@ class CppLexer final : public yyCppFlexLexer {
   char* passLineComment(char* at);
   char* passLineEnd(char* at);
 
-  // Skipped lines; `stops` knows where in the buffer the next byte is that matters.
-  class Stops;
-  char* passEmptyLines(char*& at);
-  CppTokenKind skipDirective(char*& at, char* word, Stops& stops, NestedConditionals& conditionals);
-  bool passLine(char*& at, Stops& stops);
+  // Skipped lines; see LineSkip.
+  class LineSkip;
+  bool passLine(char*& at);
   char* passBackslashOrComment(char* at);
 
   std::istream* input_ = nullptr;

@@ -90,6 +90,10 @@ class OutputBuffer {
     write('\n');
     line_ = addLines(line_, 1);
   }
+  void endLines(std::size_t count) {
+    writeLineEnds(count);
+    line_ = addLines(line_, static_cast<std::int32_t>(count));
+  }
 
  private:
   static constexpr std::size_t kCapacity = std::size_t{64} * 1024;

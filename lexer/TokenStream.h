@@ -126,8 +126,10 @@ class TokenStream {
   CppTokenKind skipWholeLines(NestedConditionals& conditionals) {
     return isInFile_ ? fileSource().skipWholeLines(conditionals) : TK_END;
   }
-  /// The same for empty lines and the beginning of any directive, see CppLexer::passDirectiveWord.
-  CppTokenKind passDirectiveWord() { return isInFile_ ? fileSource().passDirectiveWord() : TK_END; }
+  /// The same for empty lines, leading space and the beginning of any directive, see CppLexer::passLineStart.
+  CppTokenKind passLineStart(std::string& leadingSpace) {
+    return isInFile_ ? fileSource().passLineStart(leadingSpace) : TK_END;
+  }
   /// Behind the word of a directive: whether the rest of the line may be read from the current source as it stands, see
   /// CppLexer::isRestPlain.
   bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {

@@ -38,6 +38,15 @@ auto masksAt(const char* at) {
                     block.template find<'\x80', '\xFF', '\x7F'>());
 }
 
+// Whether there are bytes of a kind, and how many, without their mask.
+template <typename AnyBlock>
+auto sumsAt(const char* at) {
+  const AnyBlock block(at);
+  const auto lineEnds = block.template match<'\n'>();
+  const auto stops = block.template match<'#', '/', '\\', '\r'>();
+  return std::tuple(lineEnds.any(), lineEnds.count(), stops.any(), stops.count());
+}
+
 // The first mask, byte by byte, by what the C library calls a letter or a digit in the locale "C".
 std::uint64_t wordsAt(const char* at) {
   std::uint64_t bits = 0;
@@ -55,6 +64,7 @@ TEST(BlockTest, EachByteHasTheSameBitsInBothFormsAtEachPlace) {
         std::string text(64, other);
         text[place] = static_cast<char>(code);
         ASSERT_EQ(masksAt<Block>(text.data()), masksAt<ScalarBlock>(text.data())) << code << " at " << place;
+        ASSERT_EQ(sumsAt<Block>(text.data()), sumsAt<ScalarBlock>(text.data())) << code << " at " << place;
         ASSERT_EQ(ScalarBlock(text.data()).words(), wordsAt(text.data())) << code << " at " << place;
         const std::uint64_t found = Block(text.data()).find<'/'>();
         ASSERT_EQ(found, code == '/' ? std::uint64_t{1} << place : 0) << code << " at " << place;
@@ -79,6 +89,7 @@ TEST(BlockTest, BothFormsAgreeOnAnyTextFromAnyPlace) {
       std::memcpy(bytes.get(), text.data(), place + 64);
       const char* const at = bytes.get() + place;
       ASSERT_EQ(masksAt<Block>(at), masksAt<ScalarBlock>(at)) << round << " at " << place;
+      ASSERT_EQ(sumsAt<Block>(at), sumsAt<ScalarBlock>(at)) << round << " at " << place;
     }
   }
 }

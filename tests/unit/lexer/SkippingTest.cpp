@@ -34,6 +34,9 @@ std::string makeText(std::mt19937& random) {
   std::string text;
   for (std::size_t left = random() % 24; left > 0; --left) {
     text += kPieces[random() % std::size(kPieces)];
+    if (random() % 8 == 0) {
+      text.append(random() % 150, random() % 2 == 0 ? 'x' : ' ');  // Blocks in which nothing matters.
+    }
   }
   return text;
 }
@@ -375,6 +378,13 @@ TEST(SkippingTest, WholeLinesEndAtALineThatMayBeADirective) {
       {"\na \\\n# b\n#\n", "\n", "# NEWLINE"},
       {"\n\"/*\"\n'//'\n#\n", "\n\n", "# NEWLINE"},
       {"\n\"/*\n#*/\"\n", "\n\n", ""},  // A quote that closes nothing hides no comment.
+      {"\n'\\''\"'/*\\\"//'\"/*\n#*/\n#\n", "\n\n", "# NEWLINE"},
+      {"\n\"\n\"/*\"\n'\n'//\n'*/'\n#\n", "\n\n\n\n\n", "# NEWLINE"},
+      {"\n\"\\n/*\" \"*/\n#\n", "\n", "# NEWLINE"},  // "\n" is no escape of strings.
+      {"\n\"\r#\"\r#\n", "\n", "# NEWLINE"},         // A string may hold a CR.
+      {"\n\"\r\n#", "\n", "#"},
+      {"\n\"\\\\\r\"\\\r#\n#", "\n", "#"},
+      {"\n'\\\r\n#\n#", "\n", "#"},
       {"\n\na\n \t\n#\n", "\n\n\n", "# NEWLINE"},
   };
   for (const SkipRow& row : rows) {
@@ -426,27 +436,39 @@ TEST(SkippingTest, WholeLinesTellWhereTheyStop) {
 }
 
 // From the start of the second line.
-TEST(SkippingTest, EmptyLinesAndTheBeginningOfADirectiveArePassed) {
+TEST(SkippingTest, WhatStandsBeforeTextAndTheBeginningOfADirectiveArePassed) {
   struct Row {
     std::string_view text;
     CppTokenKind passed;
     const char* output;
+    const char* leading;
     const char* rest;
   };
   const Row rows[] = {
-      {"\na", TK_END, "", "IDENTIFIER:a"},
-      {"\n  a", TK_END, "", "SPACE SPACE IDENTIFIER:a"},
-      {"\n\n \t\n\r\v\f\r\n a", TK_NEWLINE, "\n\n\n\n", "SPACE IDENTIFIER:a"},
-      {"\n \n  # if a", TK_IF, "\n", "SPACE IDENTIFIER:a"},
-      {"\n#endif\n", TK_ENDIF, "", "NEWLINE"},
-      {"\n\n", TK_NEWLINE, "\n", ""},
-      {"\n\r", TK_END, "", "NEWLINE"},  // There might be a "\n" to come.
-      {"\n # b", '#', "", "SPACE IDENTIFIER:b"},
-      {"\n#iff\n", '#', "", "IDENTIFIER:iff NEWLINE"},
-      {"\n#\n", '#', "", "NEWLINE"},
-      {"\n# /* */ if\n", '#', "", "SPACE SPACE SPACE IF NEWLINE"},
-      {"\n##if\n", TK_END, "", "PASTE IF NEWLINE"},
-      {"\n#", TK_END, "", "#"},
+      {"\na", TK_END, "", "", "IDENTIFIER:a"},
+      {"\n  a", TK_SPACE, "", "  ", "IDENTIFIER:a"},
+      {"\n\n \t\n\r\v\f\r\n a", TK_SPACE, "\n\n\n\n", " ", "IDENTIFIER:a"},
+      {"\n \n  # if a", TK_IF, "\n", "  ", "SPACE IDENTIFIER:a"},
+      {"\n#endif\n", TK_ENDIF, "", "", "NEWLINE"},
+      {"\n\n", TK_NEWLINE, "\n", "", ""},
+      {"\n\t\n\t", TK_SPACE, "\n", "\t", ""},
+      {"\n\r", TK_END, "", "", "NEWLINE"},  // There might be a "\n" to come.
+      {"\n # b", '#', "", " ", "SPACE IDENTIFIER:b"},
+      {"\n#iff\n", '#', "", "", "IDENTIFIER:iff NEWLINE"},
+      {"\n#\n", '#', "", "", "NEWLINE"},
+      {"\n# /* */ if\n", '#', "", "", "SPACE SPACE SPACE IF NEWLINE"},
+      {"\n##if\n", TK_END, "", "", "PASTE IF NEWLINE"},
+      {"\n#", TK_END, "", "", "#"},
+      {"\n// a\n\t//\r\n//b\0c\n"sv, TK_NEWLINE, "\n\n\n", "", "IDENTIFIER:c NEWLINE"},
+      {"\n// a", TK_SPACE, "", " ", ""},
+      {"\n /* a */\t/**/b", TK_SPACE, "", "  \t ", "IDENTIFIER:b"},
+      {"\n /* a */ // b\n c", TK_SPACE, "\n", " ", "IDENTIFIER:c"},
+      {"\n /*\n*/\n/*\r\n\r*/\tb", TK_SPACE, "\n\n\n\n", " \t", "IDENTIFIER:b"},
+      {"\n /* a */ # /* */ if", '#', "", "   ", "SPACE SPACE SPACE IF"},
+      {"\n /*\n*/#if", '#', "\n", "  ", "IF"},
+      {"\n/", TK_END, "", "", "/"},
+      {"\n /a", TK_SPACE, "", " ", "/ IDENTIFIER:a"},
+      {"\n \\\n a", TK_SPACE, "", " ", "CONTINUATION SPACE IDENTIFIER:a"},
   };
   for (const Row& row : rows) {
     InputText input;
@@ -454,8 +476,10 @@ TEST(SkippingTest, EmptyLinesAndTheBeginningOfADirectiveArePassed) {
     LexerSetting setting;
     CppLexer lexer(input, setting.context);
     EXPECT_EQ(lexer.next(), TK_NEWLINE);
-    EXPECT_EQ(lexer.passDirectiveWord(), row.passed) << visible(row.text);
+    std::string leading;
+    EXPECT_EQ(lexer.passLineStart(leading), row.passed) << visible(row.text);
     EXPECT_EQ(setting.written(), row.output) << visible(row.text);
+    EXPECT_EQ(leading, row.leading) << visible(row.text);
     EXPECT_EQ(dumpRest(lexer), row.rest) << visible(row.text);
   }
 }

@@ -53,6 +53,9 @@ class ScalarBlock {
   }
   /// The bytes that names and numbers consist of.
   std::uint64_t words() const { return matches(isWordByte).bits(); }
+  std::uint64_t digits() const {
+    return matches([](char byte) { return byte >= '0' && byte <= '9'; }).bits();
+  }
 
  private:
   template <typename Predicate>
@@ -127,6 +130,9 @@ class VectorBlock {
              return isWithin(bytes | all(0x20), 'a', 26) | isWithin(bytes, '0', 10) | (bytes == all('_'));
            })
         .bits();
+  }
+  std::uint64_t digits() const {
+    return matches([](Bytes bytes) { return isWithin(bytes, '0', 10); }).bits();
   }
 
  private:

@@ -34,19 +34,29 @@ constexpr std::uint64_t bitsFrom(std::size_t place) { return ~std::uint64_t{0} <
 
 bool isOneOf(char byte, char a, char b) { return byte == a || byte == b; }
 
-char* passLongBlanks(char* at) {
+// Behind the bytes at `at` that `find` finds in a block: for the few places where there may be very many.
+template <typename Byte, typename Find>
+Byte* passMany(Byte* at, Find find) {
   for (;; at += 64) {
-    if (const std::uint64_t others = ~Block(at).find<' ', '\t', '\v', '\f'>(); others != 0) {
+    if (const std::uint64_t others = ~find(Block(at)); others != 0) {
       return at + std::countr_zero(others);
     }
   }
+}
+
+char* passManyBlanks(char* at) {
+  return passMany(at, [](const Block& block) { return block.find<' ', '\t', '\v', '\f'>(); });
+}
+
+[[gnu::cold]] const char* passManyDigits(const char* at) {
+  return passMany(at, [](const Block& block) { return block.digits(); });
 }
 
 // Behind the blanks at `at`, of which there are mostly none or a few.
 inline char* passAllBlanks(char* at) {
   for (const char* const few = at + 16; has(kBlanks, *at); ++at) {
     if (at == few) {
-      return passLongBlanks(at);
+      return passManyBlanks(at);
     }
   }
   return at;
@@ -129,10 +139,10 @@ bool isBehindDefined(const char* begin, const char* word) {
          (before.size() == kDefined.size() || !isWordByte(before[before.size() - kDefined.size() - 1]));
 }
 
-// Behind the number that begins at `at`, by the rules of the tokens: the longest one.
-const char* passNumber(const char* at) {
+// Behind the number that begins at `at`, by the rules of the tokens: the longest one, up to `end` at most.
+const char* passNumber(const char* at, const char* end) {
   if (*at != '0') {
-    at = passAll(kDigits, at);
+    at = end - at > 64 ? passManyDigits(at) : passAll(kDigits, at);
   } else if (isOneOf(at[1], 'x', 'X') && has(kHexDigits, at[2])) {
     at = passAll(kHexDigits, at + 2);
   } else {
@@ -226,7 +236,7 @@ void CppLexer::passBlanksInBuffer() {
 // The name of a macro or `_Pragma` in the word from `word` to `end`, or null. Moves `word` to where the name begins.
 Name* CppLexer::findMacroName(const char*& word, const char* end) const {
   while (word != end && has(kDigits, *word)) {
-    word = passNumber(word);  // Behind a number a name may follow directly.
+    word = passNumber(word, end);  // Behind a number a name may follow directly.
   }
   const std::string_view text(word, static_cast<std::size_t>(end - word));
   const NameTable& names = context_.names;

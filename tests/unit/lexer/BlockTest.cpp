@@ -32,8 +32,9 @@ struct ScannedText {
 template <typename AnyBlock>
 auto masksAt(const char* at) {
   const AnyBlock block(at);
-  return std::tuple(block.words(), block.template find<'\n'>(), block.template find<'*'>(), block.template find<'/'>(),
-                    block.template find<'\r', '\0'>(), block.template find<'"', '\'', '/', '\\', '\r', '\0'>(),
+  return std::tuple(block.words(), block.digits(), block.template find<'\n'>(), block.template find<'*'>(),
+                    block.template find<'/'>(), block.template find<'\r', '\0'>(),
+                    block.template find<'"', '\'', '/', '\\', '\r', '\0'>(),
                     block.template find<'"', '\'', '/', '\\', '\r', '\n', '\0'>(),
                     block.template find<'\x80', '\xFF', '\x7F'>());
 }

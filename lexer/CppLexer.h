@@ -8,6 +8,7 @@
 #include <FlexLexer.h>
 #endif
 
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <istream>
@@ -24,6 +25,9 @@
 #include "lexer/OutputBuffer.h"
 
 namespace qnpp {
+
+/// How large the scanner's buffer is at first, and so how much is read at once.
+inline constexpr std::size_t kReadSize = std::size_t{32} * 1024;
 
 /// Thrown when the scanner itself cannot go on (a read error, say).
 class FatalLexerError : public std::exception {

@@ -11,7 +11,7 @@
 namespace qnpp {
 
 /// Lexes texts one after the other with one scanner: replacement lists, arguments, joined texts. A scanner of its own
-/// for each would cost a buffer of 16 KB and thirty times the time.
+/// for each would cost a buffer of 32 KB and thirty times the time.
 class StoredTextLexer {
  public:
   explicit StoredTextLexer(const LexerContext& context) : lexer_(input_, context), effectCount_(context.effectCount) {}

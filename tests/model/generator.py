@@ -100,7 +100,7 @@ class Generator:
         self.traits.add("long tokens")
 
         def length():
-            return self.pick(16384, 32768, 65536, self.chance.randint(17000, 100000)) + self.pick(-2, -1, 0, 0, 1, 2)
+            return self.pick(32768, 65536, 65536, self.chance.randint(33000, 100000)) + self.pick(-2, -1, 0, 0, 1, 2)
 
         count = length()
         names = [b"n" * (count - 1) + b"a", b"n" * (count - 1) + b"b"]
@@ -125,7 +125,7 @@ class Generator:
             # Best a place at which something begins.
             marks = [i for i in range(len(text)) if text[i:i + 1] in b"\r\n\\/*#\"'(" and i <= 3000]
             place = self.chance.choice(marks) + self.pick(0, 1) if marks else place
-        size = self.pick(8192, 16384, 16384, 32768, 65536) - place + self.pick(-1, 0, 0, 1)
+        size = self.pick(32768, 32768, 32768, 65536) - place + self.pick(-1, 0, 0, 1)
         line = self.pick(b"//", b"//", b"/*", b"p ", b" ")
         end = self.pick(b"\n", b"\r\n") if line != b"/*" else b"*/\n"
         if line == b" ":

@@ -59,11 +59,11 @@ constexpr Construct kConstructs[] = {
     {"_Pragma", "PRAGMA_OP", 0},
 };
 
-// The first block read into the buffer has some 16384 bytes; the constructs begin at every place around its end. What
-// stands before them decides what the scanner still holds at that moment: nothing, or one long token.
+// The constructs begin at every place around the end of the first block that is read into the buffer. What stands
+// before them decides what the scanner still holds at that moment: nothing, or one long token.
 TEST(BufferBoundariesTest, ConstructsSurviveTheEndOfTheBuffer) {
   for (const Construct& construct : kConstructs) {
-    for (std::size_t offset = 16370; offset <= 16400; ++offset) {
+    for (std::size_t offset = kReadSize - 14; offset <= kReadSize + 16; ++offset) {
       const std::string expected = *construct.tokens == '\0' ? "" : std::string(" ") + construct.tokens;
       const std::string where = visible(construct.text) + " at " + std::to_string(offset);
 
@@ -98,7 +98,7 @@ TEST(BufferBoundariesTest, ConstructsSurviveInputInSmallPieces) {
 
 // The last byte of the input is the last of the buffer too.
 TEST(BufferBoundariesTest, TheInputMayEndWithTheBuffer) {
-  for (std::size_t size = 16380; size <= 16388; ++size) {
+  for (std::size_t size = kReadSize - 4; size <= kReadSize + 4; ++size) {
     const std::string name(size, 'n');
     EXPECT_EQ(lexAll(name), "IDENTIFIER:" + name);
     EXPECT_EQ(lexAll("\"" + std::string(size - 2, '-') + "\""), "STRING:\"" + std::string(size - 2, '-') + "\"");

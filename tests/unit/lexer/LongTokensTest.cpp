@@ -66,7 +66,7 @@ TEST(LongTokensTest, CommentsAndSkippedLinesNeedNoBuffer) {
     LexerSetting setting;
     CppLexer lexer(input, setting.context);
     EXPECT_EQ(lexer.next(), TK_SPACE);
-    EXPECT_LE(input.mostAskedFor(), 16384U) << visible(text.substr(0, 10));
+    EXPECT_LE(input.mostAskedFor(), kReadSize) << visible(text.substr(0, 10));
   }
   const std::string line = "x" + repeat(kMegabyte / 8, " a + b\\;") + "\n";
   PiecewiseInput input(line, kMegabyte);
@@ -74,7 +74,7 @@ TEST(LongTokensTest, CommentsAndSkippedLinesNeedNoBuffer) {
   CppLexer lexer(input, setting.context);
   EXPECT_EQ(lexer.next(), TK_IDENTIFIER);
   EXPECT_TRUE(lexer.skipLine());
-  EXPECT_LE(input.mostAskedFor(), 16384U);
+  EXPECT_LE(input.mostAskedFor(), kReadSize);
 }
 
 enum class Pass { Next, Copy, Skip };

@@ -744,7 +744,9 @@ char* CppLexer::passLineComment(char* at) {
 // ---- Skipped lines ----
 
 // One call of skipWholeLines: goes through the buffer from one byte that matters to the next, and counts the line ends
-// between them. Where a line begins matters only to what can be in its beginning, and is looked up there.
+// between them. Most blocks hold nothing else. What depends on the line before it looks that up: whether a "#" is the
+// first on its line, and whether a literal hides a comment or a CR. A literal hides nothing else: none holds a line
+// end, so a backslash before one is in none either.
 class CppLexer::LineSkip {
  public:
   LineSkip(CppLexer& lexer, NestedConditionals& conditionals)
@@ -781,6 +783,7 @@ class CppLexer::LineSkip {
       ends_ &= ~behind;
     }
     block_ = at_;
+    areCommentsKnown_ = false;
     at_ += 64;
     while (stops_ != 0) {
       const auto place = static_cast<std::size_t>(std::countr_zero(stops_));
@@ -811,7 +814,11 @@ class CppLexer::LineSkip {
       case '\\':
         return isOneOf(next, '\n', '\r') || next == '\0' ? passSeparator(place) : at + 1;
       case '\r':
-        return next == '\n' ? at + 1 : passSeparator(place);
+        if (next == '\n') {
+          stops_ &= ~(Block(block_).find<'\r'>() & ends_ >> 1U);  // The LF ends the line, here and behind.
+          return at + 1;
+        }
+        return passSeparator(place);
       default:
         return refill(place);
     }
@@ -819,39 +826,93 @@ class CppLexer::LineSkip {
 
   // At what may be a comment, a continued line end or a CR.
   char* passSeparator(std::size_t place) {
+    char* at = block_ + place;
+    const CppTokenKind passed = passedBefore(at);
+    const bool isInNoLiteral = *at == '\\' && at[1] == '\n';
+    char* const quote = isInNoLiteral ? at : findQuote(lineBegin(at), at);  // Which may begin a literal.
+    if (quote == at) {
+      if (const std::size_t behind = behindBlank(place); behind != 0) {
+        return passBlank(place, behind, passed);
+      }
+    }
     countLinesBefore(place);
-    char* const at = passLiterals(block_ + place);
-    if (at == nullptr) {
+    endLines();
+    if (quote != at && (at = passLiterals(quote, at)) == nullptr) {
       return nullptr;
     }
-    const CppTokenKind passed = passedBefore(at);
-    endLines();
     lexer_.yytext = at;
     if (*at == '\r') {
-      char* const next = lexer_.passLineEnd(at);
-      writeLineEnds(1);
-      return resume(next, TK_NEWLINE);
+      ++unwritten_;
+      return resume(lexer_.passLineEnd(at), TK_NEWLINE);
     }
     char* const next = lexer_.passBackslashOrComment(at);
     const bool isBlank = next == lexer_.yytext;  // Otherwise the byte stood for itself.
     return resume(next, !isBlank || passed == TK_OTHER ? TK_OTHER : TK_SPACE);
   }
 
-  // Passes over the literals before `at` on its line. Where the last of them goes on behind `at`, the answer is null;
-  // otherwise it is where `at` is now.
-  char* passLiterals(char* at) {
-    const std::string_view before(resumed_, static_cast<std::size_t>(at - resumed_));
-    const std::size_t lineEnd = before.rfind('\n');
-    char* from = resumed_ + (lineEnd == std::string_view::npos ? 0 : lineEnd + 1);
-    while ((from = findQuote(from, at)) != at) {
-      const auto left = at - from;
-      lexer_.yytext = from++;
-      static_cast<void>(lexer_.passLiteral(from));
-      static_cast<void>(resume(from, TK_OTHER));
+  // Behind the comment or the continued line end at `place`, if it ends in the block and neither a CR nor a NUL is in
+  // it; 0 otherwise.
+  std::size_t behindBlank(std::size_t place) {
+    const std::uint64_t behind = bitsFrom(place) << 1U;
+    if (block_[place] == '\\') {
+      return (ends_ & behind & ~(behind << 1U)) != 0 ? place + 2 : 0;
+    }
+    if (block_[place] != '/' || place == 63) {
+      return 0;
+    }
+    if (!areCommentsKnown_) {
+      const Block block(block_);
+      closings_ = block.find<'/'>() & block.find<'*'>() << 1U;
+      breaks_ = block.find<'\r', '\0'>();
+      areCommentsKnown_ = true;
+    }
+    const bool isOverLines = block_[place + 1] == '*';
+    const std::uint64_t closings = isOverLines ? closings_ & behind << 2U : ends_ & behind;
+    const std::uint64_t ends = closings | (breaks_ & behind);
+    if ((ends & (~ends + 1) & closings) == 0) {
+      return 0;  // The first of them closes nothing.
+    }
+    return static_cast<std::size_t>(std::countr_zero(closings)) + (isOverLines ? 1 : 0);
+  }
+
+  // Passes over the blank from `place` up to `behind`, a place of the block or its end.
+  char* passBlank(std::size_t place, std::size_t behind, CppTokenKind passed) {
+    const std::uint64_t inside = ends_ & bitsFrom(place) & ~(bitsFrom(behind - 1) << 1U);
+    if (inside != 0) {
+      const auto lines = static_cast<std::size_t>(std::popcount(inside));
+      ends_ ^= inside;
+      lexer_.countLines(lines);
+      if (block_[place] == '/') {
+        lexer_.context_.effectCount += lines;
+        lexer_.context_.output.writeLineEnds(lines);
+      }
+    }
+    passed_ = passed == TK_OTHER ? TK_OTHER : TK_SPACE;
+    resumed_ = block_ + behind;
+    return resumed_;
+  }
+
+  // Where the line of `at` begins, or `resumed_` in it.
+  char* lineBegin(char* at) const {
+    while (at != resumed_ && at[-1] != '\n') {
+      --at;
+    }
+    return at;
+  }
+
+  // Passes over the literals before `at` on its line, of which the first may begin at `quote`. Where the last of them
+  // goes on behind `at`, the answer is null; otherwise it is where `at` is now.
+  char* passLiterals(char* quote, char* at) {
+    while (quote != at) {
+      const auto left = at - quote;
+      lexer_.yytext = quote++;
+      static_cast<void>(lexer_.passLiteral(quote));
+      static_cast<void>(resume(quote, TK_OTHER));
       at = lexer_.yytext + left;
-      if (from > at) {
+      if (quote > at) {
         return nullptr;
       }
+      quote = findQuote(quote, at);
     }
     return at;
   }
@@ -873,23 +934,25 @@ class CppLexer::LineSkip {
     if (!isConditional(kind)) {
       return word;
     }
-    countLinesBefore(place);
-    endLines();
     if (!conditionals_.carryOutNested(kind)) {
+      countLinesBefore(place);
       return stop(end, kind);
     }
+    // What is behind these two is a line of its own; the line of another conditional leaves nothing.
     const bool isLineBehind = kind == TK_ELSE || kind == TK_ENDIF;
-    isLineWritten_ = isLineBehind;
-    resumed_ = end;
+    unwritten_ -= isLineBehind ? 0 : 1;
     passed_ = isLineBehind ? TK_SPACE : TK_OTHER;
+    resumed_ = end;
     return end;
   }
 
   // At the end of the buffer.
   char* refill(std::size_t place) {
     countLinesBefore(place);
-    const CppTokenKind passed = passedBefore(block_ + place);
-    char* at = passLiterals(block_ + place);
+    endLines();
+    char* at = block_ + place;
+    const CppTokenKind passed = passedBefore(at);
+    at = passLiterals(findQuote(lineBegin(at), at), at);
     if (at == nullptr) {
       return nullptr;
     }
@@ -899,8 +962,7 @@ class CppLexer::LineSkip {
     if (passed != TK_OTHER) {
       return stop(at, passed);
     }
-    endLines();
-    writeLineEnds(1);  // The reader of the line would have been given a line end.
+    ++unwritten_;  // The reader of the line would have been given a line end.
     return stop(at, TK_NEWLINE);
   }
 
@@ -936,28 +998,30 @@ class CppLexer::LineSkip {
   }
   // Ends the lines whose ends have been counted.
   void endLines() {
-    if (lines_ > 0) {
-      lexer_.countLines(lines_);
-      writeLineEnds(lines_);
-      lines_ = 0;
+    lexer_.countLines(lines_);
+    unwritten_ += static_cast<std::ptrdiff_t>(lines_);
+    lines_ = 0;
+    if (unwritten_ > 0) {
+      lexer_.context_.output.endLines(static_cast<std::size_t>(unwritten_));
+      unwritten_ = 0;
     }
-  }
-  void writeLineEnds(std::size_t count) {
-    lexer_.context_.output.endLines(isLineWritten_ ? count : count - 1);
-    isLineWritten_ = true;
   }
 
   CppLexer& lexer_;
   NestedConditionals& conditionals_;
-  char* at_;  // The first byte that has not been looked at.
-  const char* end_;
-  char* block_ = nullptr;  // The block that is looked at: its line ends, and the bytes left that may matter.
+  char* at_;         // The first byte that has not been looked at.
+  const char* end_;  // Of the buffer.
+  char* block_ =
+      nullptr;  // The block that is looked at; its line ends that are not counted; the bytes left that matter.
   std::uint64_t ends_ = 0;
   std::uint64_t stops_ = 0;
-  char* resumed_;  // Where the buffer was looked at anew, and what had been passed before.
+  bool areCommentsKnown_ = false;  // Then these are known: where "*/" ends, and the bytes that comments stumble over.
+  std::uint64_t closings_ = 0;
+  std::uint64_t breaks_ = 0;
+  char* resumed_;  // What is before it need not be looked at any more: this is what has been passed there.
   CppTokenKind passed_ = TK_END;
-  std::size_t lines_ = 0;      // Line ends counted, which are not written yet.
-  bool isLineWritten_ = true;  // The line of a conditional within the group leaves none.
+  std::size_t lines_ = 0;         // Line ends counted here, and not by the lexer yet.
+  std::ptrdiff_t unwritten_ = 0;  // Empty lines that are due; -1 in a line that leaves none.
   bool isDone_ = false;
   CppTokenKind kind_ = TK_END;
 };

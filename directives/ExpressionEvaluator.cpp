@@ -153,6 +153,7 @@ std::uint32_t parseInteger(std::string_view text, int base) {
 ExpressionEvaluator::Result ExpressionEvaluator::evaluate(bool isInLine) {
   expandsNames_ = isInLine;
   isProtected_ = isBehindDefined_ = false;
+  hasPeek_ = false;
   isOk_ = true;
   waiting_.clear();
   for (;;) {
@@ -165,19 +166,25 @@ ExpressionEvaluator::Result ExpressionEvaluator::evaluate(bool isInLine) {
 
 // No step is taken without a look at the next token, so this is where an expression without end is paid for.
 CppTokenKind ExpressionEvaluator::peek() {
-  budget_.spend();
-  for (;;) {
-    const CppTokenKind kind = peekOperandToken(stream_);
-    if (!expandsNames_ || isProtected_ || !isName(kind) || !names_->expandNext()) {
-      return kind;
-    }
+  if (hasPeek_) {
+    return peekKind_;
   }
+  budget_.spend();
+  do {
+    peekKind_ = peekOperandToken(stream_);
+  } while (expandsNames_ && !isProtected_ && isName(peekKind_) && names_->expandNext());
+  hasPeek_ = true;
+  return peekKind_;
 }
 
 // Takes what has been looked at. A name behind `defined`, or behind a parenthesis there, is not expanded: not even
 // where that is no operand, as in `defined defined A`.
 CppTokenKind ExpressionEvaluator::get() {
-  const CppTokenKind kind = nextOperandToken(stream_);
+  const CppTokenKind kind = peek();
+  if (kind != TK_END) {
+    stream_.get();
+  }
+  hasPeek_ = false;
   isProtected_ = kind == TK_DEFINED || (kind == '(' && isBehindDefined_);
   isBehindDefined_ = kind == TK_DEFINED;
   return kind;

@@ -70,6 +70,8 @@ class ExpressionEvaluator {
   bool expandsNames_ = false;
   bool isProtected_ = false;      // The next token, if it is a name.
   bool isBehindDefined_ = false;  // That was the last token taken.
+  CppTokenKind peekKind_ = TK_END;
+  bool hasPeek_ = false;
   bool isOk_ = true;
   std::vector<WaitingOperator> waiting_;  // What waits for an operand, innermost last.
 };

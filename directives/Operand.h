@@ -9,8 +9,7 @@ namespace qnpp {
 
 /// The next token of an operand: white space there means nothing. TK_END at the end of the operand.
 inline CppTokenKind peekOperandToken(TokenStream& operand) {
-  operand.skipBlanks();
-  const CppTokenKind kind = operand.peek();
+  const CppTokenKind kind = operand.skipBlanks();
   return kind == TK_NEWLINE && operand.isInFile() ? TK_END : kind;
 }
 

@@ -25,11 +25,13 @@ Name* TokenStream::nextName() {
   return isInFile_ ? context_.names.find(fileSource().nextText()) : listSource().nextSpelling()->name;
 }
 
-void TokenStream::skipBlanks() {
+CppTokenKind TokenStream::skipBlanks() {
   passBlanks();
-  while (isBlank(peek())) {
+  CppTokenKind kind = peek();
+  for (; isBlank(kind); kind = peek()) {
     get();
   }
+  return kind;
 }
 
 bool TokenStream::skipWhiteSpace() {

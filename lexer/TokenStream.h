@@ -113,7 +113,8 @@ class TokenStream {
   /// Passes over blanks behind a token, which become the current one, if the current source is a file; perhaps not over
   /// all. Returns whether there were any.
   bool passBlanks() { return isInFile_ && fileSource().passBlanks(); }
-  void skipBlanks();
+  /// Skips blanks and looks at the token behind them.
+  CppTokenKind skipBlanks();
   /// Skips line ends too; true when anything was skipped.
   bool skipWhiteSpace();
   /// Skips white space and takes the token behind it. Tells whether there was any, and adds its hide sets to `hideSet`.

@@ -13,6 +13,7 @@
 #include "directives/ExpressionEvaluator.h"
 
 #include <charconv>
+#include <cstdint>
 #include <system_error>
 
 #include "directives/CharacterLiteral.h"
@@ -311,7 +312,7 @@ CppExprValue ExpressionEvaluator::readDefined() {
     get();
   }
   CppExprValue value;
-  // Only a plain identifier will do here, unlike behind #ifdef, where a directive word is a name too.
+  // Only an identifier will do here, unlike behind #ifdef, where a directive word is a name too.
   if (get() == TK_IDENTIFIER) {
     const Name* const name = stream_.name();
     value.value = name != nullptr && name->macro != nullptr ? 1U : 0U;

@@ -1,7 +1,6 @@
 // Constant expressions: the conditions of #if and #elif.
 #pragma once
 
-#include <cstdint>
 #include <exception>
 #include <string_view>
 #include <vector>

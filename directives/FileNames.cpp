@@ -1,5 +1,7 @@
 #include "directives/FileNames.h"
 
+#include <cstddef>
+
 namespace qnpp {
 
 bool isAbsoluteName(std::string_view name) {

@@ -1,5 +1,7 @@
 #include "directives/PragmaOperator.h"
 
+#include <utility>
+
 namespace qnpp {
 
 std::optional<std::string> readPragmaOperator(TokenStream& stream) {

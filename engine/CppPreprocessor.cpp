@@ -13,14 +13,11 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
   void fileEnded() override {
     preprocessor_.checkEndOfFile();
     const CppFileScanner& file = *preprocessor_.stream_.file();
-    preprocessor_.guardedFiles_.leave(file.fileName(), file.stamp(), preprocessor_.stream_.files().size(),
+    preprocessor_.guardedFiles_.leave(file.path(), file.stamp(), preprocessor_.stream_.files().size(),
                                       preprocessor_.traces());
     preprocessor_.observe([](Observer& observer) { observer.fileEnded(); });
   }
-  void fileResumed() override {
-    preprocessor_.includeLines_.pop_back();
-    preprocessor_.markLine(LineMark::Returned);
-  }
+  void fileResumed() override { preprocessor_.markLine(LineMark::Returned); }
 
   bool expandNext() override { return preprocessor_.expander_.pushFinalTokens(); }
 
@@ -56,11 +53,10 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
 
 CppPreprocessor::CppPreprocessor(Host& host, Budget& budget)
     : host_(host),
-      budget_(budget),
       lexerContext_{output_, diagnostics_, names_, effectCount_, budget},
       hooks_(std::make_unique<Hooks>(*this)),
       stream_(names_, lexerContext_, *hooks_),
-      diagnostics_(host, stream_, includeLines_),
+      diagnostics_(host, stream_),
       evaluator_(stream_, diagnostics_, budget, hooks_.get()),
       includes_(*hooks_) {
   output_.attach(host);
@@ -93,8 +89,8 @@ FilePlace CppPreprocessor::place() const {
   return file == nullptr ? FilePlace() : FilePlace{file->fileName(), file->line()};
 }
 
-void CppPreprocessor::evaluate(CppExprValue& result, bool& ok) {
-  const ExpressionEvaluator::Result evaluated = evaluator_.evaluate(false);
+void CppPreprocessor::evaluate(CppExprValue& result, bool& ok, bool isInLine) {
+  const ExpressionEvaluator::Result evaluated = evaluator_.evaluate(isInLine);
   result = evaluated.value;
   ok = ok && evaluated.isOk;
 }

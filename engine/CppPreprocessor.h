@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <istream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "directives/ConditionalStack.h"
 #include "directives/ExpressionEvaluator.h"
@@ -48,8 +48,8 @@ class CppPreprocessor {
   /// Whether line directives are written; they are unless this says otherwise.
   void setLineDirectives(bool areWritten) { writesLineDirectives_ = areWritten; }
 
-  /// Who is told what happens; borrowed. Has no effect but in a build that can be watched. To be set before anything
-  /// is defined.
+  /// Who is told what happens; borrowed. Has no effect but in a build that can be watched. To be set before macros
+  /// are added.
   void setObserver(Observer& observer);
 
   /// Opens the main source and writes the first line directive. `name`, unless it is empty, stands for it in messages,
@@ -69,9 +69,10 @@ class CppPreprocessor {
   /// Where the reading stands; nothing before a source is open.
   FilePlace place() const;
 
-  /// Evaluates the tokens of a conditional expression, macros already expanded, from the current source.
-  /// Clears `ok` when anything in it is wrong; the errors are reported and evaluation goes on. Throws DivisionByZero.
-  void evaluate(CppExprValue& result, bool& ok);
+  /// Evaluates the tokens of a conditional expression from the current source, in which macros have been expanded
+  /// unless `isInLine`. Clears `ok` when anything in it is wrong; the errors are reported and evaluation goes on.
+  /// Throws DivisionByZero.
+  void evaluate(CppExprValue& result, bool& ok, bool isInLine = false);
 
  private:
   class Hooks;
@@ -126,7 +127,6 @@ class CppPreprocessor {
   GuardedFiles::Traces traces() const { return {output_.position(), diagnostics_.count(), effectCount_}; }
 
   Host& host_;
-  Budget& budget_;
   OutputBuffer output_;
   NameTable names_;
   std::uint64_t effectCount_ = 0;
@@ -134,7 +134,6 @@ class CppPreprocessor {
   std::unique_ptr<Hooks> hooks_;  // What the layers below call back.
   TokenStream stream_;
   CppMacroTable macroTable_{names_, stream_};
-  std::vector<std::int32_t> includeLines_;  // For each file that is being read but the first: that of its #include.
   Diagnostics diagnostics_;
   MacroExpander expander_{lexerContext_, names_, stream_, macroTable_, diagnostics_};
   ConditionalStack conditionals_;

@@ -19,8 +19,7 @@ constexpr std::string_view leadOf(Grade grade) {
 
 }  // namespace
 
-Diagnostics::Diagnostics(Host& host, const TokenStream& source, const std::vector<std::int32_t>& includeLines)
-    : host_(host), source_(source), includeLines_(includeLines) {
+Diagnostics::Diagnostics(Host& host, const TokenStream& stream) : host_(host), stream_(stream) {
   constexpr std::size_t kLongName = 4096;
   constexpr std::size_t kDeepInclude = 32;
   text_.reserve(kLongName);
@@ -42,7 +41,7 @@ void Diagnostics::deliver(Message message, std::string_view detail) {
   findPlace();
   if (entry.grade == Grade::Remark) {
     printed_.append(detail).append(": ");
-  } else if (source_.file() != nullptr) {
+  } else if (stream_.file() != nullptr) {
     printed_.append(place_.file).append(":").append(std::to_string(place_.line)).append(": ");
   }
   printed_.append(leadOf(entry.grade)).append(text_).append(".\n");
@@ -53,13 +52,14 @@ void Diagnostics::deliver(Message message, std::string_view detail) {
 void Diagnostics::findPlace() {
   place_ = {};
   includeChain_.clear();
-  const auto& files = source_.files();
+  const auto& files = stream_.files();
   if (files.empty()) {
     return;
   }
   place_ = {files.back()->fileName(), files.back()->line()};
   for (std::size_t depth = files.size() - 1; depth > 0; --depth) {
-    includeChain_.push_back({files[depth - 1]->fileName(), includeLines_[depth - 1]});
+    const CppFileScanner& includer = *files[depth - 1];
+    includeChain_.push_back({includer.fileName(), includer.includeLine()});
   }
 }
 

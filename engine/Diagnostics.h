@@ -1,7 +1,6 @@
 // Messages about the source, on their way to the host.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,8 +15,8 @@ namespace qnpp {
 /// file at that moment; before the first file is opened there is none.
 class Diagnostics final : public MessageSink {
  public:
-  /// All are borrowed and outlive the object. `includeLines` has the line of the #include for each file but the first.
-  Diagnostics(Host& host, const TokenStream& source, const std::vector<std::int32_t>& includeLines);
+  /// Both are borrowed and outlive the object.
+  Diagnostics(Host& host, const TokenStream& stream);
 
   /// Reports Message::OutOfMemory. Does without memory: what does not fit into what is there is left out.
   void reportOutOfMemory();
@@ -27,8 +26,7 @@ class Diagnostics final : public MessageSink {
   void findPlace();
 
   Host& host_;
-  const TokenStream& source_;
-  const std::vector<std::int32_t>& includeLines_;
+  const TokenStream& stream_;
   // Of the message being reported. They keep some memory for the last one, that there is no more.
   FilePlace place_;
   std::string text_;

@@ -1,5 +1,10 @@
 // The handlers of the directives. What a directive means is found in directives/ and macros/; here it is tied to the
 // stream of tokens, the output and the messages, and each handler says who takes the line end.
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+
 #include "directives/LineOperand.h"
 #include "directives/Operand.h"
 #include "directives/PragmaOperator.h"
@@ -60,9 +65,10 @@ void CppPreprocessor::handleIf() {
 
 void CppPreprocessor::evaluateCondition() {
   readOperand(true, [this](bool isInLine) {
-    const auto [value, isOk] = evaluator_.evaluate(isInLine);
-    observe(
-        [value = value, isOk = isOk](Observer& observer) { observer.evaluated(value.value, value.isSigned, isOk); });
+    CppExprValue value;
+    bool isOk = true;
+    evaluate(value, isOk, isInLine);
+    observe([&](Observer& observer) { observer.evaluated(value.value, value.isSigned, isOk); });
     conditionals_.setGroup(isOk && value.value != 0);
     if (isOk) {
       checkEndOfOperand(stream_, diagnostics_);
@@ -135,10 +141,9 @@ void CppPreprocessor::checkEndOfFile() {
 
 void CppPreprocessor::handleInclude() {
   bool isFound = false;
-  std::int32_t line = 0;
-  readOperand(false, [this, &isFound, &line](bool /*isInLine*/) {
+  readOperand(false, [this, &isFound](bool /*isInLine*/) {
     const std::optional<IncludeName> name = readIncludeName(stream_, diagnostics_);
-    line = stream_.file()->line();
+    stream_.file()->setIncludeLine(stream_.file()->line());
     if (name) {
       const std::optional<IncludeOrigin> origin = findFile(*name);
       isFound = origin.has_value();
@@ -150,7 +155,6 @@ void CppPreprocessor::handleInclude() {
     }
   });
   if (isFound) {
-    includeLines_.push_back(line);
     enterFile();
   }
 }
@@ -159,7 +163,6 @@ void CppPreprocessor::enterFile() {
   if (found_.file == nullptr) {
     markLine(LineMark::Entered, {found_.path, 1});
     output_.writeLineEnds(found_.lineEnds);
-    includeLines_.pop_back();
     markLine(LineMark::Returned);
     return;
   }

@@ -14,7 +14,7 @@ void CppPreprocessor::processLines() {
     const CppTokenKind directive =
         conditionals_.isSkipping() ? stream_.skipWholeLines(conditionals_) : stream_.passLineStart(leadingSpace_);
     if (directive != TK_END) {
-      budget_.spend();
+      lexerContext_.budget.spend();
       if (directive == '#') {
         processDirective();
       } else {
@@ -25,7 +25,7 @@ void CppPreprocessor::processLines() {
     if (stream_.peek() == TK_END) {
       break;
     }
-    budget_.spend();
+    lexerContext_.budget.spend();
     processLine();
   }
   checkEndOfFile();

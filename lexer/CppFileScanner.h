@@ -47,6 +47,10 @@ class CppFileScanner final : public CppScanner {
   /// Makes `line` the number of the current line; a line end that has been looked at counts from there.
   void setLine(std::int32_t line) { lexer_->setLine(addLines(line, linesLookedAt_)); }
 
+  /// The line of the #include that is being carried out in this file.
+  std::int32_t includeLine() const { return includeLine_; }
+  void setIncludeLine(std::int32_t line) { includeLine_ = line; }
+
   /// How many bytes of the file have been read as tokens, one that has been looked at included.
   std::uint64_t offset() const { return lexer_->endOffset(); }
 
@@ -99,6 +103,7 @@ class CppFileScanner final : public CppScanner {
   std::optional<FileStamp> stamp_;
   Name* name_ = nullptr;
   const HideSet emptyHideSet_;
+  std::int32_t includeLine_ = 0;
   std::int32_t linesLookedAt_ = 0;  // Line ends of the token that has been looked at.
   CppTokenKind peekKind_ = TK_END;
   bool hasPeek_ = false;

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cstdint>
 
 #include "lexer/LineNumber.h"
 #include "qnpp/preprocessor.h"

@@ -1,7 +1,5 @@
 #include <atomic>
-#include <memory>
 #include <new>
-#include <stdexcept>
 #include <utility>
 
 #include "library/Run.h"

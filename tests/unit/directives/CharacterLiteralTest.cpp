@@ -12,7 +12,7 @@ namespace {
 
 using std::string_view_literals::operator""sv;
 
-struct Row {
+struct LiteralRow {
   std::string_view literal;
   std::uint32_t value;
   bool isSigned = true;
@@ -20,8 +20,8 @@ struct Row {
 };
 
 template <std::size_t Count>
-void expectValues(const Row (&rows)[Count]) {
-  for (const Row& row : rows) {
+void expectValues(const LiteralRow (&rows)[Count]) {
+  for (const LiteralRow& row : rows) {
     const CharacterLiteral read = evaluateCharacterLiteral(row.literal);
     EXPECT_EQ(read.value.value, row.value) << row.literal;
     EXPECT_EQ(read.value.isSigned, row.isSigned) << row.literal;

@@ -81,13 +81,13 @@ TEST(ConditionalStackTest, OnlyWhatIsWithinASkippedGroupIsCarriedOutAsNested) {
   EXPECT_FALSE(stack.carryOutNested(TK_ENDIF));
 }
 
-struct Row {
+struct StackRow {
   const char* words;
   const char* shown;
 };
 
 TEST(ConditionalStackTest, EachWordBeginsAGroup) {
-  const Row rows[] = {
+  const StackRow rows[] = {
       {"if1 endif", "?+ +"},
       {"if0 endif", "?- +"},
       {"if1 else endif", "?+ - +"},
@@ -101,14 +101,14 @@ TEST(ConditionalStackTest, EachWordBeginsAGroup) {
       {"if1 if1 if1 endif endif endif", "?+ ?+ ?+ + + +"},
       {"if0 if1 if1 endif endif endif", "?- - - - - +"},
   };
-  for (const Row& row : rows) {
+  for (const StackRow& row : rows) {
     EXPECT_EQ(carryOut(row.words, false), row.shown) << row.words;
     EXPECT_EQ(carryOut(row.words, true), row.shown) << row.words;
   }
 }
 
 TEST(ConditionalStackTest, AWordWithoutItsIfChangesNothing) {
-  const Row rows[] = {
+  const StackRow rows[] = {
       {"endif", "endif-without-if:+"},
       {"else", "else-without-if:+"},
       {"elif1", "elif-without-if:+"},
@@ -119,14 +119,14 @@ TEST(ConditionalStackTest, AWordWithoutItsIfChangesNothing) {
       {"if0 else elif0 endif", "?- + elif-after-else:+ +"},
       {"if0 if1 else else elif1 endif endif", "?- - - else-after-else:- elif-after-else:- - +"},
   };
-  for (const Row& row : rows) {
+  for (const StackRow& row : rows) {
     EXPECT_EQ(carryOut(row.words, false), row.shown) << row.words;
     EXPECT_EQ(carryOut(row.words, true), row.shown) << row.words;
   }
 }
 
 TEST(ConditionalStackTest, ConditionalsBelongToTheirFile) {
-  const Row rows[] = {
+  const StackRow rows[] = {
       {"{ if1 endif }", "+ ?+ + +"},
       {"{ if1 }", "+ ?+ !+"},
       {"{ if0 }", "+ ?- !+"},
@@ -138,7 +138,7 @@ TEST(ConditionalStackTest, ConditionalsBelongToTheirFile) {
       {"if0 }", "?- !+"},
       {"}", "+"},
   };
-  for (const Row& row : rows) {
+  for (const StackRow& row : rows) {
     EXPECT_EQ(carryOut(row.words, false), row.shown) << row.words;
     EXPECT_EQ(carryOut(row.words, true), row.shown) << row.words;
   }

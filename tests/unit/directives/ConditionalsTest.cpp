@@ -26,15 +26,15 @@ std::string textOf(const std::string& output) {
   return text;
 }
 
-struct Row {
+struct ConditionalRow {
   const char* source;  // Lines end at "/".
   const char* text;
   const char* messages = "";
 };
 
 template <std::size_t Count>
-void expectGroups(const Row (&rows)[Count]) {
-  for (const Row& row : rows) {
+void expectGroups(const ConditionalRow (&rows)[Count]) {
+  for (const ConditionalRow& row : rows) {
     std::string source = std::string(row.source) + "/";
     for (char& character : source) {
       character = character == '/' ? '\n' : character;

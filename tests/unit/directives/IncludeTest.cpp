@@ -120,14 +120,14 @@ TEST_F(IncludeTest, TheOperandIsExpanded) {
   EXPECT_EQ(included("#define HEADER <h.h>\n"), "#line 1 \"main.c\"\n#line 1 \"dir/h.h\"\n#line 3 \"main.c\"\n");
 }
 
-struct ErrorRow {
+struct IncludeErrorRow {
   const char* operand;
   const char* message;
 };
 
 TEST_F(IncludeTest, TheOperandHasToBeAName) {
   constexpr const char* kNoName = "Filename expected after #include directive";
-  const ErrorRow rows[] = {
+  const IncludeErrorRow rows[] = {
       {"", kNoName},
       {"h.h", kNoName},
       {"1", kNoName},
@@ -146,7 +146,7 @@ TEST_F(IncludeTest, TheOperandHasToBeAName) {
       {"<a/**/b>", "Cannot open file: a b"},
       {"\"a\\\\b\"", "Cannot open file: a\\\\b"},
   };
-  for (const ErrorRow& row : rows) {
+  for (const IncludeErrorRow& row : rows) {
     folder.write("main.c", std::string("x\n#include ") + row.operand + "\ny\n");
     const Preprocessed result = run("main.c", {"dir"});
     EXPECT_EQ(result.messages, std::string("main.c:2: ") + row.message + ".\n") << row.operand;

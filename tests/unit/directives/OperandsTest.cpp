@@ -94,7 +94,7 @@ class MemoryFiles final : public FileOpener {
   std::set<std::string> paths_;
 };
 
-struct SearchRow {
+struct IncludeSearchRow {
   IncludeName name;
   const char* includer;
   std::vector<std::string> directories;
@@ -107,7 +107,7 @@ constexpr bool kQuoted = true;
 constexpr bool kAngles = false;
 
 TEST(IncludeSearchTest, TheFirstFileThatOpensIsTaken) {
-  const SearchRow rows[] = {
+  const IncludeSearchRow rows[] = {
       {{"h", kQuoted}, "main.c", {}, {"h"}, "h", true},
       {{"h", kQuoted}, "main.c", {"one", "two"}, {}, "h one/h two/h", false},
       {{"h", kQuoted}, "main.c", {"one", "two"}, {"one/h", "two/h"}, "h one/h", true},
@@ -126,7 +126,7 @@ TEST(IncludeSearchTest, TheFirstFileThatOpensIsTaken) {
       {{"C:h", kQuoted}, "sub/main.c", {"one"}, {"one/C:h"}, "C:h one/C:h", true},
       {{"/", kQuoted}, "sub/main.c", {}, {}, "sub//", false},
   };
-  for (const SearchRow& row : rows) {
+  for (const IncludeSearchRow& row : rows) {
     MemoryFiles files(row.files);
     IncludeSearch search(files);
     for (const std::string& directory : row.directories) {

@@ -1,10 +1,8 @@
 #include "driver/Driver.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <initializer_list>
 #include <optional>
 #include <sstream>
@@ -12,6 +10,7 @@
 #include <vector>
 
 #include "qnpp/version.h"
+#include "tests/support/Files.h"
 
 namespace qnpp {
 namespace {
@@ -37,23 +36,10 @@ std::string versionText() {
 // Runs whole command lines, with the streams of the process replaced and a scratch folder for files.
 class DriverTest : public testing::Test {
  protected:
-  void SetUp() override {
-    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    folder_ = std::filesystem::temp_directory_path() /
-              ("qnpp-driver-" + std::string(test->name()) + "-" + std::to_string(getpid()));
-    std::filesystem::remove_all(folder_);
-    std::filesystem::create_directories(folder_);
-  }
-
-  void TearDown() override { std::filesystem::remove_all(folder_); }
-
   // The full name of a file in the scratch folder.
-  std::string path(const std::string& name) const { return (folder_ / name).string(); }
+  std::string path(const std::string& name) const { return folder_.path(name); }
 
-  std::string write(const std::string& name, const std::string& content) const {
-    std::ofstream(path(name), std::ios::binary) << content;
-    return path(name);
-  }
+  std::string write(const std::string& name, const std::string& content) const { return folder_.write(name, content); }
 
   std::string makeFolder(const std::string& name) const {
     std::filesystem::create_directory(path(name));
@@ -61,10 +47,7 @@ class DriverTest : public testing::Test {
   }
 
   std::string read(const std::string& name) const {
-    std::ifstream file(path(name), std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    return file ? content.str() : "(no such file)";
+    return std::filesystem::exists(path(name)) ? folder_.read(name) : "(no such file)";
   }
 
   // Carries out a command line, as the program does.
@@ -103,7 +86,7 @@ class DriverTest : public testing::Test {
   std::string messages_;
 
  private:
-  std::filesystem::path folder_;
+  TemporaryFolder folder_;
 };
 
 TEST_F(DriverTest, ReadsStandardInputWithoutASourceFile) { expectRun({}, "#line 1 \"stdin\"\nX\n"); }

@@ -14,14 +14,14 @@ namespace {
 
 constexpr const char* kUnknown = "the indicated directive is not a recognized preprocessing directive";
 
-struct Row {
+struct MessageRow {
   const char* source;
   const char* messages;
   bool hasError = true;
 };
 
 TEST(DiagnosticsTest, AMessageShowsNameAndLine) {
-  const Row rows[] = {
+  const MessageRow rows[] = {
       {"x\n", "", false},
       {"#error stop\n", "a.c:1: #error directive:  stop.\n"},
       {"\n\n#error stop", "a.c:3: #error directive:  stop.\n"},
@@ -40,7 +40,7 @@ TEST(DiagnosticsTest, AMessageShowsNameAndLine) {
       {"#error a \\\nb\n", "a.c:2: #error directive:  a b.\n"},
       {"#line 2147483647\n#error x\n", "a.c:-2147483648: #error directive:  x.\n"},
   };
-  for (const Row& row : rows) {
+  for (const MessageRow& row : rows) {
     const Preprocessed run = preprocess(row.source);
     EXPECT_EQ(run.messages, row.messages) << row.source;
     EXPECT_EQ(run.hasError, row.hasError) << row.source;

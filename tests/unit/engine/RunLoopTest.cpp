@@ -13,14 +13,14 @@ namespace {
 
 using std::string_view_literals::operator""sv;
 
-struct Row {
+struct LoopRow {
   std::string_view source;
   std::string_view output;  // Behind the first line directive.
 };
 
 template <std::size_t Count>
-void expectOutputs(const Row (&rows)[Count]) {
-  for (const Row& row : rows) {
+void expectOutputs(const LoopRow (&rows)[Count]) {
+  for (const LoopRow& row : rows) {
     const Preprocessed run = preprocess(std::string(row.source));
     EXPECT_EQ(run.output, kFirstLine + std::string(row.output)) << visible(row.source);
     EXPECT_EQ(run.messages, "") << visible(row.source);

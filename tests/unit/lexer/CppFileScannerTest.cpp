@@ -16,8 +16,8 @@ namespace qnpp {
 namespace {
 
 // A scanner over a text as standard input.
-struct Reading {
-  explicit Reading(const std::string& text)
+struct FileReading {
+  explicit FileReading(const std::string& text)
       : scanner("stdin", std::make_unique<std::istringstream>(text), setting.context) {}
 
   std::string get() {
@@ -36,13 +36,13 @@ struct Reading {
   CppFileScanner scanner;
 };
 
-struct Row {
+struct FileRow {
   const char* text;
   const char* tokens;
 };
 
 TEST(CppFileScannerTest, EveryFileEndsInOneLineEnd) {
-  const Row rows[] = {
+  const FileRow rows[] = {
       {"", "END"},
       {"\n", "NEWLINE END"},
       {"\n\n", "NEWLINE NEWLINE END"},
@@ -55,10 +55,10 @@ TEST(CppFileScannerTest, EveryFileEndsInOneLineEnd) {
       {"// a", "SPACE NEWLINE END"},
       {"/* a", "SPACE NEWLINE END"},
   };
-  for (const Row& row : rows) {
-    EXPECT_EQ(Reading(row.text).getAll(), row.tokens) << visible(row.text);
+  for (const FileRow& row : rows) {
+    EXPECT_EQ(FileReading(row.text).getAll(), row.tokens) << visible(row.text);
     // Looking ahead before each token changes nothing.
-    Reading peeked(row.text);
+    FileReading peeked(row.text);
     std::string tokens;
     for (CppTokenKind kind = peeked.scanner.peek(); kind != TK_END; kind = peeked.scanner.peek()) {
       EXPECT_EQ(peeked.scanner.peek(), kind);
@@ -70,7 +70,7 @@ TEST(CppFileScannerTest, EveryFileEndsInOneLineEnd) {
 }
 
 TEST(CppFileScannerTest, TheEndComesAgainAndAgain) {
-  Reading reading("a");
+  FileReading reading("a");
   EXPECT_EQ(reading.getAll(), "IDENTIFIER:a NEWLINE END");
   EXPECT_EQ(reading.scanner.get(), TK_END);
   EXPECT_EQ(reading.scanner.peek(), TK_END);
@@ -78,14 +78,14 @@ TEST(CppFileScannerTest, TheEndComesAgainAndAgain) {
 }
 
 TEST(CppFileScannerTest, TheSuppliedLineEndIsNotCounted) {
-  Reading reading("a\nb");
+  FileReading reading("a\nb");
   EXPECT_EQ(reading.getAll(), "IDENTIFIER:a NEWLINE IDENTIFIER:b NEWLINE END");
   EXPECT_EQ(reading.scanner.line(), 2);
 }
 
 // The line is that of the reading position: what has been looked at counts when it is taken.
 TEST(CppFileScannerTest, ALineEndThatIsLookedAtDoesNotCountYet) {
-  Reading reading("a\n/*\n\n*/b\\\nc\n");
+  FileReading reading("a\n/*\n\n*/b\\\nc\n");
   CppFileScanner& scanner = reading.scanner;
   EXPECT_EQ(scanner.line(), 1);
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
@@ -108,7 +108,7 @@ TEST(CppFileScannerTest, ALineEndThatIsLookedAtDoesNotCountYet) {
 }
 
 TEST(CppFileScannerTest, ANewLineNumberIsThatOfTheReadingPosition) {
-  Reading reading("a\nb\n");
+  FileReading reading("a\nb\n");
   CppFileScanner& scanner = reading.scanner;
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
   EXPECT_EQ(scanner.peek(), TK_NEWLINE);
@@ -125,7 +125,7 @@ TEST(CppFileScannerTest, ANewLineNumberIsThatOfTheReadingPosition) {
 
 TEST(CppFileScannerTest, LineNumbersWrapBehindALookAheadToo) {
   constexpr std::int32_t kLast = std::numeric_limits<std::int32_t>::max();
-  Reading reading("a\nb\n");
+  FileReading reading("a\nb\n");
   CppFileScanner& scanner = reading.scanner;
   EXPECT_EQ(scanner.get(), TK_IDENTIFIER);
   EXPECT_EQ(scanner.peek(), TK_NEWLINE);
@@ -136,7 +136,7 @@ TEST(CppFileScannerTest, LineNumbersWrapBehindALookAheadToo) {
 }
 
 TEST(CppFileScannerTest, AnEmptyNameMeansStandardInput) {
-  Reading reading("x");
+  FileReading reading("x");
   EXPECT_FALSE(reading.scanner.openFailed());
   EXPECT_EQ(reading.scanner.fileName(), "stdin");
   reading.scanner.setFileName("other");
@@ -151,7 +151,7 @@ TEST(CppFileScannerTest, AFailedInputCannotBeOpened) {
 }
 
 TEST(CppFileScannerTest, ThePathIsTheFirstOfItsNames) {
-  Reading reading("x");
+  FileReading reading("x");
   EXPECT_EQ(reading.scanner.path(), "stdin");
   reading.scanner.setFileName("");
   EXPECT_EQ(reading.scanner.path(), "stdin");
@@ -181,7 +181,7 @@ TEST(CppFileScannerTest, WhatCannotBeOpenedSaysSo) {
 }
 
 TEST(CppFileScannerTest, IsAFileWithAnEmptyHideSet) {
-  Reading reading("x");
+  FileReading reading("x");
   EXPECT_TRUE(reading.scanner.isFile());
   EXPECT_FALSE(reading.scanner.isTokenList());
   EXPECT_TRUE(reading.scanner.hideSet().empty());
@@ -190,7 +190,7 @@ TEST(CppFileScannerTest, IsAFileWithAnEmptyHideSet) {
 }
 
 TEST(CppFileScannerTest, CopyingHandsOutMacrosWithTheirEntries) {
-  Reading reading("a MACRO b\n");
+  FileReading reading("a MACRO b\n");
   CppMacro macro;
   Name* const entry = reading.setting.names.intern("MACRO");
   entry->macro = &macro;

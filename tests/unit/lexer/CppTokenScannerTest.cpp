@@ -46,14 +46,14 @@ struct CppTokenScannerTest : testing::Test {
   CppTokenScanner scanner{setting.pool, setting.context, hideSets};
 };
 
-struct Row {
+struct ListRow {
   std::vector<std::string_view> elements;
   const char* tokens;
 };
 
 // Texts of stored tokens are lexed one by one: what would merge in one text stays apart, what was joined falls apart.
 TEST_F(CppTokenScannerTest, LexesEachElementOnItsOwn) {
-  const Row rows[] = {
+  const ListRow rows[] = {
       {{"a", "+b"}, "IDENTIFIER:a + IDENTIFIER:b"},
       {{"a", "b"}, "IDENTIFIER:a IDENTIFIER:b"},
       {{"+", "+"}, "+ +"},
@@ -75,7 +75,7 @@ TEST_F(CppTokenScannerTest, LexesEachElementOnItsOwn) {
       {{"", "a", "", "", "b", ""}, "IDENTIFIER:a IDENTIFIER:b"},
       {{""}, ""},
   };
-  for (const Row& row : rows) {
+  for (const ListRow& row : rows) {
     TokenList list;
     for (const std::string_view element : row.elements) {
       list.append(setting.spell(element), HideSet());
@@ -233,7 +233,7 @@ TEST_F(CppTokenScannerTest, IsExhaustedWhenNothingIsLeft) {
   EXPECT_TRUE(scanner.isExhausted());
 }
 
-struct CopyRow {
+struct ListCopyRow {
   std::vector<std::string_view> elements;
   const char* output;  // What is handed out stands in brackets, tokens that are written as they stand left out.
 };
@@ -242,7 +242,7 @@ TEST_F(CppTokenScannerTest, CopyingHandsOutWhatTheEngineHasToSee) {
   CppMacro macro;
   setting.name("MACRO").macro = &macro;
   setting.name("known");
-  const CopyRow rows[] = {
+  const ListCopyRow rows[] = {
       {{"a", " ", "known", "+", "\"MACRO\"", "1"}, "a known+\"MACRO\"1"},
       {{"a", "MACRO", "b"}, "a[MACRO]b"},
       {{"a", "\n", "b"}, "a[\n]b"},
@@ -254,7 +254,7 @@ TEST_F(CppTokenScannerTest, CopyingHandsOutWhatTheEngineHasToSee) {
       {{"a /* MACRO */ b"}, "a   b"},
       {{"", "a", ""}, "a"},
   };
-  for (const CopyRow& row : rows) {
+  for (const ListCopyRow& row : rows) {
     for (const bool lookAhead : {false, true}) {
       TokenList list;
       for (const std::string_view element : row.elements) {

@@ -64,13 +64,13 @@ TEST(SpellingTest, SomeTokensAreWrittenAsTheyStand) {
   }
 }
 
-struct Row {
+struct PoolRow {
   std::string_view text;
   const char* spelling;
 };
 
 TEST_F(SpellingPoolTest, ATextIsWhatItLexesInto) {
-  const Row rows[] = {
+  const PoolRow rows[] = {
       {"a", "IDENTIFIER:a"},
       {"x1", "IDENTIFIER:x1"},
       {"if", "IF"},
@@ -111,7 +111,7 @@ TEST_F(SpellingPoolTest, ATextIsWhatItLexesInto) {
       {"a//b", "opens a comment: a//b"},
       {"\"//\"", "STRING:\"//\""},
   };
-  for (const Row& row : rows) {
+  for (const PoolRow& row : rows) {
     const Spelling& spelling = *pool.spell(row.text);
     EXPECT_EQ(dump(spelling), row.spelling) << visible(row.text);
     EXPECT_TRUE(spelling.text() == row.text || row.text == "\r") << visible(row.text);

@@ -61,7 +61,7 @@ TEST(TokenStreamTest, TheListenerIsToldOfTheEndsOfFiles) {
   EXPECT_EQ(setting.events, "end of c.h; back in b.h; end of b.h; back in a.c; ");  // Lists and the last end silently.
 }
 
-struct SkipRow {
+struct StreamSkipRow {
   const char* file;
   std::vector<std::string_view> list;  // Pushed on it.
   const char* blanks;                  // What is next behind blanks,
@@ -70,14 +70,14 @@ struct SkipRow {
 };
 
 TEST(TokenStreamTest, SkippingGoesOnInTheSourceBelow) {
-  const SkipRow rows[] = {
+  const StreamSkipRow rows[] = {
       {"a\nb", {}, "a", "a", "b"},         {" \t/**/\\\n a\nb", {}, "a", "a", "b"},
       {"\n \na\nb", {}, "<LF>", "a", " "}, {" a\nb", {" ", "\\\n"}, "a", "a", "b"},
       {"\na\nb", {" "}, "<LF>", "a", "a"}, {"a\nb", {" ", "\n", " ", "x"}, "<LF>", "x", " "},
       {"a\nb", {"x", "y"}, "x", "x", "b"}, {"a\nb", {" x\n y"}, "x", "x", " "},
       {"", {" "}, "END", "END", "END"},    {"\n", {" "}, "<LF>", "END", "END"},
   };
-  for (const SkipRow& row : rows) {
+  for (const StreamSkipRow& row : rows) {
     const auto nextAfter = [&row](auto skip) {
       StreamSetting setting(row.file);
       TokenList list;

@@ -29,15 +29,15 @@ struct ExpanderSetting : DefinitionSetting {
   MacroExpander expander{streams.context, streams.names, streams.stream, table, messages};
 };
 
-struct Row {
+struct ListExpansionRow {
   std::vector<std::string> definitions;
   const char* list;
   const char* expanded;
   const char* messages = "";
 };
 
-void expectExpansions(const std::vector<Row>& rows, bool isCondition = false) {
-  for (const Row& row : rows) {
+void expectListExpansions(const std::vector<ListExpansionRow>& rows, bool isCondition = false) {
+  for (const ListExpansionRow& row : rows) {
     ExpanderSetting setting(row.definitions);
     EXPECT_EQ(setting.expand(row.list, isCondition), row.expanded) << row.list;
     EXPECT_EQ(setting.messages.identifiers, row.messages) << row.list;
@@ -46,7 +46,7 @@ void expectExpansions(const std::vector<Row>& rows, bool isCondition = false) {
 }
 
 TEST(MacroExpanderTest, TokensOfAResultCarryTheSetOfTheInvocation) {
-  expectExpansions({
+  expectListExpansions({
       {{}, "", ""},
       {{}, "a + 1", "a + 1"},
       {{"A 1"}, "A a A", "1{A} a 1{A}"},
@@ -69,7 +69,7 @@ TEST(MacroExpanderTest, TokensOfAResultCarryTheSetOfTheInvocation) {
 }
 
 TEST(MacroExpanderTest, AListIsClosedAtItsEnd) {
-  expectExpansions({
+  expectListExpansions({
       {{"F(x) x"}, "F", "F"},
       {{"F(x) x"}, "a F  ", "a F  "},
       {{"F(x) x"}, "F +", "F +"},
@@ -86,14 +86,14 @@ TEST(MacroExpanderTest, AListIsClosedAtItsEnd) {
 }
 
 TEST(MacroExpanderTest, OutsideOfAConditionDefinedIsAWordLikeAnyOther) {
-  expectExpansions({
+  expectListExpansions({
       {{"A 1"}, "defined A", "defined 1{A}"},
       {{"A 1"}, "defined(A)", "defined(1{A})"},
   });
 }
 
 TEST(MacroExpanderTest, InAConditionTheOperandOfDefinedIsNotExpanded) {
-  expectExpansions(
+  expectListExpansions(
       {
           {{"A 1"}, "A", "1{A}"},
           {{"A 1"}, "defined A A", "defined A 1{A}"},
@@ -128,7 +128,7 @@ TEST(MacroExpanderTest, PredefinedMacrosAreThoseOfTheInnermostFile) {
 
 // An argument is expanded for each place of its parameter, and so is what happens meanwhile.
 TEST(MacroExpanderTest, MessagesOfAnArgumentAreRepeated) {
-  expectExpansions({
+  expectListExpansions({
       {{"F(x) x;x;", "G(y) y"}, "F(G())", "G{F};{F}G{F};{F}", "too-few-arguments too-few-arguments"},
       {{"F(x) x;#x;x", "G(y) #"}, "F(G(1))", ";{F}\"G(1)\"{F};{F}", "hash-without-parameter hash-without-parameter"},
       {{"F(x) #x", "G(y) y"}, "F(G())", "\"G()\"{F}"},

@@ -80,13 +80,13 @@ struct ReplacementTest : testing::Test {
   SpellingSetting setting;
 };
 
-struct Row {
+struct ReplacementRow {
   const char* text;
   const char* steps;
 };
 
 TEST_F(ReplacementTest, ParametersStandBetweenTokens) {
-  const Row rows[] = {
+  const ReplacementRow rows[] = {
       {"", ""},
       {"x", "[x]"},
       {"a", "expand $0"},
@@ -100,13 +100,13 @@ TEST_F(ReplacementTest, ParametersStandBetweenTokens) {
       {"if defined _Pragma", "[if defined _Pragma]"},
       {"F(a, x)", "[F(] expand $0 [, x)]"},
   };
-  for (const Row& row : rows) {
+  for (const ReplacementRow& row : rows) {
     EXPECT_EQ(steps(row.text), row.steps) << row.text;
   }
 }
 
 TEST_F(ReplacementTest, AHashMakesAStringOfItsParameter) {
-  const Row rows[] = {
+  const ReplacementRow rows[] = {
       {"#a", "string #0"},
       {"# b", "string #1"},
       {"x #a y", "[x ] string #0 [ y]"},
@@ -114,7 +114,7 @@ TEST_F(ReplacementTest, AHashMakesAStringOfItsParameter) {
       {"#a a", "string #0 [ ] expand $0"},
       {"(#a)", "[(] string #0 [)]"},
   };
-  for (const Row& row : rows) {
+  for (const ReplacementRow& row : rows) {
     EXPECT_EQ(steps(row.text), row.steps) << row.text;
   }
 }
@@ -142,7 +142,7 @@ TEST_F(ReplacementTest, AHashNeedsAParameter) {
 }
 
 TEST_F(ReplacementTest, ItemsAreJoinedWithoutTheWhiteSpaceAround) {
-  const Row rows[] = {
+  const ReplacementRow rows[] = {
       {"a##b", "{$0|$1}"},
       {"a ## b", "{$0|$1}"},
       {"x##a", "{x|$0}"},
@@ -162,7 +162,7 @@ TEST_F(ReplacementTest, ItemsAreJoinedWithoutTheWhiteSpaceAround) {
       {"x ## (", "{x|(}"},
       {"a##b##c x", "{$0|$1|$2} [ x]"},
   };
-  for (const Row& row : rows) {
+  for (const ReplacementRow& row : rows) {
     EXPECT_EQ(steps(row.text), row.steps) << row.text;
   }
 }
@@ -202,7 +202,7 @@ TEST_F(ReplacementTest, WithoutParametersAHashIsMisusedToo) {
 }
 
 TEST_F(ReplacementTest, AnObjectLikeListIsItsTokens) {
-  const Row rows[] = {
+  const ReplacementRow rows[] = {
       {"", ""},
       {"a ## b", "IDENTIFIER:a SPACE PASTE SPACE IDENTIFIER:b"},
       {"#x", "# IDENTIFIER:x"},
@@ -211,7 +211,7 @@ TEST_F(ReplacementTest, AnObjectLikeListIsItsTokens) {
       {"  a\t\n", "SPACE SPACE IDENTIFIER:a SPACE:<TAB> NEWLINE"},
       {"+ 1 7", "+ SPACE DEC_INT:1 SPACE DEC_INT:7"},
   };
-  for (const Row& row : rows) {
+  for (const ReplacementRow& row : rows) {
     const Replacement replacement(row.text, setting.names, setting.lexer);
     std::string tokens;
     for (const Spelling* const token : replacement.tokens()) {

@@ -14,7 +14,7 @@
 namespace qnpp {
 namespace {
 
-constexpr std::size_t kDepth = 2;
+constexpr std::size_t kOpenFiles = 2;
 
 struct Step {
   CppTokenKind kind;  // Of a directive; TK_END for a line of text.
@@ -40,9 +40,9 @@ struct GuardedFilesTest : testing::Test {
         files.seeGuard(guard);
       }
     }
-    files.leave(path, stampOf(path), kDepth, {100 + written.outputSize, 10 + written.messages, 1 + written.effects});
+    files.leave(path, stampOf(path), kOpenFiles, {100 + written.outputSize, 10 + written.messages, 1 + written.effects});
   }
-  bool isKnown() const { return files.find(path, kDepth).has_value(); }
+  bool isKnown() const { return files.find(path, kOpenFiles).has_value(); }
 
   TemporaryFolder folder;
   std::string path = folder.write("a.h", "12345");
@@ -54,7 +54,7 @@ struct GuardedFilesTest : testing::Test {
 TEST_F(GuardedFilesTest, AGuardedFileStandsForTheLineEndsSeen) {
   EXPECT_FALSE(isKnown());
   read(kGuarded);
-  EXPECT_EQ(files.find(path, kDepth), 4U);
+  EXPECT_EQ(files.find(path, kOpenFiles), 4U);
   EXPECT_EQ(files.find(path, 1), 4U);
 }
 
@@ -110,9 +110,9 @@ TEST_F(GuardedFilesTest, AFileWithinTheGuardedOneIsADoubtForIt) {
   files.enter({});
   files.seeDirective(TK_IFNDEF, false, 0, 0);
   files.enter({});  // The other file, which ends at once.
-  files.leave("other.h", stampOf(path), kDepth + 1, {});
+  files.leave("other.h", stampOf(path), kOpenFiles + 1, {});
   files.seeDirective(TK_ENDIF, true, 1, 0);
-  files.leave(path, stampOf(path), kDepth, {});
+  files.leave(path, stampOf(path), kOpenFiles, {});
   EXPECT_FALSE(isKnown());
 }
 
@@ -126,7 +126,7 @@ TEST_F(GuardedFilesTest, TheGuardHasToBeDefined) {
 
 TEST_F(GuardedFilesTest, MoreOpenFilesThanEverAreADoubt) {
   read(kGuarded);
-  EXPECT_FALSE(files.find(path, kDepth + 1).has_value());
+  EXPECT_FALSE(files.find(path, kOpenFiles + 1).has_value());
 }
 
 TEST_F(GuardedFilesTest, AChangedFileIsNotKnown) {
@@ -167,7 +167,7 @@ TEST_F(GuardedFilesTest, WithoutAStampNothingIsRemembered) {
   files.seeDirective(TK_IFNDEF, false, 0, 0);
   files.seeGuard(guard);
   files.seeDirective(TK_ENDIF, true, 1, 0);
-  files.leave(path, std::nullopt, kDepth, {});
+  files.leave(path, std::nullopt, kOpenFiles, {});
   EXPECT_FALSE(isKnown());
 }
 

@@ -11,7 +11,7 @@ namespace {
 
 using std::string_view_literals::operator""sv;
 
-struct CommentRow {
+struct CommentTextRow {
   std::string_view text;
   const char* tokens;
   const char* output;
@@ -20,8 +20,8 @@ struct CommentRow {
 
 // Each comment is closed, so nothing is reported.
 template <std::size_t Count>
-void expectComments(const CommentRow (&rows)[Count]) {
-  for (const CommentRow& row : rows) {
+void expectComments(const CommentTextRow (&rows)[Count]) {
+  for (const CommentTextRow& row : rows) {
     const Lexed lexed = lexFully(row.text);
     EXPECT_EQ(lexed.tokens, row.tokens) << "in: " << visible(row.text);
     EXPECT_EQ(lexed.output, row.output) << "in: " << visible(row.text);

@@ -23,7 +23,7 @@ cp -R "$installation" "$prefix"
 mkdir -p project/"include; and more" project/sub 'project/se;mi'
 cd project || exit 1
 cat >CMakeLists.txt <<'END'
-cmake_minimum_required(VERSION 3.22)
+cmake_minimum_required(VERSION 3.25)
 project(use C)
 find_package(qnpp REQUIRED)
 set(LEVEL 1 CACHE STRING "")
@@ -253,7 +253,7 @@ mkdir hostile
 text='$(touch pwned) `touch pwned` "; touch pwned; &" end'
 odd=('$(touch pwned)`touch pwned`' "q'u\"o' & touch pwned & '" '${HOME}$HOME$<CONFIG>' 's;touch pwned;#%' ']]=]]==]' 'back\slash*?')
 {
-  printf 'cmake_minimum_required(VERSION 3.22)\nproject(hostile NONE)\nfind_package(qnpp REQUIRED)\n'
+  printf 'cmake_minimum_required(VERSION 3.25)\nproject(hostile NONE)\nfind_package(qnpp REQUIRED)\n'
   printf 'set(CMAKE_CONFIGURATION_TYPES "Debug;Release" CACHE STRING "")\nadd_custom_target(t ALL)\nqnpp_preprocess(TARGET t'
   printf ' DEFINITIONS [===[TEXT=%s]===] $<$<CONFIG:Release>:IS_RELEASE> INCLUDE_DIRECTORIES . SOURCES' "$text"
   printf ' [===[%s]===]' "${odd[@]}"
@@ -297,7 +297,7 @@ same 'no name has run anything' '' "$(find . -name pwned)"
 
 wrong() { # wrong <call> <part of the message>
   mkdir wrong
-  printf 'cmake_minimum_required(VERSION 3.22)\nproject(wrong NONE)\nfind_package(qnpp REQUIRED)\n%s\n' "$1" >wrong/CMakeLists.txt
+  printf 'cmake_minimum_required(VERSION 3.25)\nproject(wrong NONE)\nfind_package(qnpp REQUIRED)\n%s\n' "$1" >wrong/CMakeLists.txt
   if cmake -S wrong -B wrong/build -G "$generator" "-DCMAKE_PREFIX_PATH=$prefix" >wrong.log 2>&1; then
     failed "this call is refused: $1"
   fi
@@ -326,7 +326,7 @@ wrong "${target}qnpp_preprocess(TARGET t SOURCES a.c.in DEFINITIONS \"\")" 'a de
 # ---- Other places and other machines. ----
 
 mkdir small
-printf 'cmake_minimum_required(VERSION 3.22)\nproject(small NONE)\nfind_package(qnpp REQUIRED)\n%sqnpp_preprocess(TARGET t SOURCES a.in)\n' \
+printf 'cmake_minimum_required(VERSION 3.25)\nproject(small NONE)\nfind_package(qnpp REQUIRED)\n%sqnpp_preprocess(TARGET t SOURCES a.in)\n' \
   "$target" >small/CMakeLists.txt
 printf 'a\n' >small/a.in
 other() { # other <build folder> [words...]: configures and builds the small project there

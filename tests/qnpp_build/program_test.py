@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """What qnpp-build promises:
 
-    program_test.py <qnpp-build> <folder of the golden cases>
+    program_test.py <qnpp-build> <folder of the golden cases> [names of tests...]
 """
 
 import os
@@ -19,7 +19,7 @@ import golden_cases  # noqa: E402
 import golden_runner  # noqa: E402
 
 PROGRAM, GOLDEN = os.path.abspath(sys.argv[1]), sys.argv[2]
-del sys.argv[1:]
+del sys.argv[1:3]
 
 
 class ProgramTest(unittest.TestCase):

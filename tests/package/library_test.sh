@@ -56,12 +56,14 @@ installed() {
   holds 'what is said when the library is missing' "$(tr -s ' \n' ' ' <log)" 'qnpp is installed without: library'
 }
 
-# With shared libraries, as the rest of the project has them. Nothing is optimised: that takes the time of a test.
+# With shared libraries, as the rest of the project has them, and without the option library of qnpp-build. Nothing is
+# optimised: that takes the time of a test.
 subproject() {
   examples=$1
   local words=(-DREQUESTS_FETCH_QNPP=ON "-DFETCHCONTENT_SOURCE_DIR_QNPP=$2" -DBUILD_SHARED_LIBS=ON
     -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0
-    -DCMAKE_UNITY_BUILD=ON -DCMAKE_INSTALL_LIBDIR=lib)
+    -DCMAKE_UNITY_BUILD=ON -DCMAKE_INSTALL_LIBDIR=lib
+    -DCMAKE_DISABLE_FIND_PACKAGE_CLI11=ON)
   byCMake within "${words[@]}"
   compiles 'in C++, with qnpp within the project' within/compiler
   compiles 'in C, with qnpp within the project' within/compiler-in-c

@@ -111,6 +111,10 @@ TEST(SourceTest, AReaderMayFail) {
   EXPECT_EQ(text, "input in flex scanner failed\n");
 }
 
+TEST(SourceTest, AReaderThatIsNoneIsAFaultOfTheCaller) {
+  EXPECT_EQ(Preprocessor().run(Source::ofReader(nullptr)).status, Status::CallbackFailed);
+}
+
 TEST(SourceTest, AFileIsOpenedWhenTheRunGetsToIt) {
   const TemporaryFolder folder;
   Source source = Source::ofFile(folder.path("a.c"));

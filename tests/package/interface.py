@@ -3,8 +3,8 @@
 
     abidw ... | interface.py
 
-What abidw writes is for the most part the inside of the standard library, which is not ours to promise. Without it, abidiff
-does not see any more what is in a std::vector.
+What abidw writes is for the most part the inside of the standard library, which is not ours to promise. Without it,
+abidiff does not see any more what is in a std::vector.
 """
 
 import sys

@@ -91,8 +91,8 @@ libqnpp.so.$version -> " "$(cd prefix/lib && find . -name 'lib*.so*' -printf '%f
 # that the part that the interface is in is compiled once more.
 describe() { # describe <checkout> <folder of generated sources> <shared library>
   (cd "$1" && printf '#include "%s"\n' library/[!R]*.cpp) |
-    "${CXX:-c++}" -x c++ - -std=c++20 -O0 -g -fPIC -shared -fvisibility=hidden -fvisibility-inlines-hidden "-I$1" "-I$1/include" \
-      "-I$2" "-Wl,--version-script=$1/library/exported-symbols.txt" "-Wl,-soname,$(sonameOf "$3")" -o described.so &&
+    "${CXX:-c++}" -x c++ - -std=c++20 -O0 -g -fPIC -shared -fvisibility=hidden -fvisibility-inlines-hidden "-I$1" \
+      "-I$1/include" "-I$2" "-Wl,--version-script=$1/library/exported-symbols.txt" "-Wl,-soname,$(sonameOf "$3")" -o described.so &&
     abidw --headers-dir "$1/include/qnpp" --drop-private-types --exported-interfaces-only described.so |
     python3 -B "$tests/interface.py"
 }

@@ -6,7 +6,7 @@
 # The date is a day in UTC. With SOURCE_DATE_EPOCH in the environment it is the day of that moment, and two builds of one
 # revision are then equal byte for byte.
 
-cmake_minimum_required(VERSION 3.22)
+cmake_minimum_required(VERSION 3.25)
 include(${CMAKE_CURRENT_LIST_DIR}/Version.cmake)
 
 string(REPLACE "." ";" numbers "${QNPP_VERSION}")

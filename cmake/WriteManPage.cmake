@@ -3,7 +3,7 @@
 #
 #   cmake -DAWK=<awk> -DSOURCE_DIR=<checkout> -DPROGRAM=<name> -DOUTPUT=<page> -P WriteManPage.cmake
 
-cmake_minimum_required(VERSION 3.22)
+cmake_minimum_required(VERSION 3.25)
 include("${CMAKE_CURRENT_LIST_DIR}/Version.cmake")
 
 string(TOUPPER "${PROGRAM}" name)

@@ -17,6 +17,11 @@ void Budget::setLimits(std::uint64_t work, std::chrono::milliseconds time) {
   }
 }
 
+void Budget::beginAnew() {
+  left_ = kUnitsBetweenLooks;
+  look();
+}
+
 void Budget::drawOnWork() {
   const auto missing = static_cast<std::uint64_t>(-workLeft_);
   if (missing > workBeyond_) {
@@ -25,6 +30,7 @@ void Budget::drawOnWork() {
   const std::uint64_t drawn = std::min(workBeyond_, missing + static_cast<std::uint64_t>(kUnitsBetweenLooks));
   workBeyond_ -= drawn;
   workLeft_ += static_cast<std::int64_t>(drawn);
+  look();
 }
 
 void Budget::look() const {

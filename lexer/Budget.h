@@ -33,17 +33,15 @@ class Budget {
 
   /// Before a line is processed, and the like.
   void spend() {
-    if (--left_ < 0) {
-      left_ = kUnitsBetweenLooks;
-      look();
+    if (--left_ < 0) [[unlikely]] {
+      beginAnew();
     }
   }
   /// Before macros are expanded: `work` tokens, or what compares to them.
   void spendOnExpansion(std::size_t work) {
     workLeft_ -= static_cast<std::int64_t>(work);
-    if (workLeft_ < 0) {
+    if (workLeft_ < 0) [[unlikely]] {
       drawOnWork();
-      look();
     }
   }
   /// Looks whether the run has to end; throws RunEnded.
@@ -52,6 +50,8 @@ class Budget {
  private:
   static constexpr std::int64_t kUnitsBetweenLooks = 4096;
 
+  // Apart, so that callers are no longer than a subtraction makes them.
+  void beginAnew();
   void drawOnWork();
 
   std::int64_t left_ = kUnitsBetweenLooks;

@@ -180,6 +180,9 @@ bool Run::open(CppPreprocessor& engine, Source source, std::string_view name) {
   if (source.kind_ == Source::Kind::File) {
     path = source.text_;
     otherName = name;
+  } else if (!settings_.outputSink) {
+    // Mostly what comes out is about as long, and a string that grows to it would be copied and paged in twice.
+    result_.output.reserve(std::max(source.text_.size(), source.borrowed_.size()));
   }
   return engine.openSource(inputOf(std::move(source)), std::move(path), otherName);
 }

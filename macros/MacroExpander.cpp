@@ -279,9 +279,9 @@ void MacroExpander::finishSubstitution() {
 // Appends the expansion of an argument if it is known: because there is no macro's name in it, or from an earlier step.
 bool MacroExpander::appendExpanded(Substitution& substitution, std::uint32_t argument) {
   const TokenRange& tokens = substitution.arguments.tokens(argument);
-  context_.budget.spendOnExpansion(tokens.tokens.size());
   const auto isMacro = [](const Spelling* token) { return token->name != nullptr && token->name->macro != nullptr; };
   if (kShortcuts && std::none_of(tokens.tokens.begin(), tokens.tokens.end(), isMacro)) {
+    context_.budget.spendOnExpansion(tokens.tokens.size());
     substitution.result.append(tokens, substitution.hideSet, stream_.hideSets());
     return true;
   }
@@ -379,7 +379,6 @@ void MacroExpander::expandList(ListExpansion& expansion) {
   TokenList& result = expansion.result;
   const std::size_t depth = expansions_.size();
   while (expansions_.size() == depth) {
-    context_.budget.spend();  // The operand of a directive has no other end than that of its line.
     stream_.listSource().takeSettled(result);
     const CppTokenKind kind = stream_.get();
     if (kind == TK_END) {

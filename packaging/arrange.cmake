@@ -3,7 +3,7 @@
 # A .deb keeps some things elsewhere, or compressed, and describes itself in two files of its own. All packages get the
 # time of SOURCE_DATE_EPOCH, if that is set, so that they do not depend on when they were made.
 
-cmake_minimum_required(VERSION 3.22)
+cmake_minimum_required(VERSION 3.25)
 
 set(root "${CPACK_TEMPORARY_INSTALL_DIRECTORY}")
 set(epoch "$ENV{SOURCE_DATE_EPOCH}")

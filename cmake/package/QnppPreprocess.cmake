@@ -18,7 +18,7 @@ may find the files of a qnpp that does not run here.
 ]]
 
 cmake_policy(PUSH)
-cmake_policy(VERSION 3.22)
+cmake_policy(VERSION 3.25)
 
 # The arguments are walked by hand, one ARGVn after the other, because a CMake list cannot hold every text: an element with
 # a lone "[" would swallow those behind it.

@@ -19,8 +19,8 @@
 // and is handed back in the result.
 //
 // Memory: want of it is Status::OutOfMemory. What a call is given by std::string_view is copied, unless the call says
-// that it borrows. What a run takes follows the macros and their nesting, not the size of the source, but for a result
-// that is kept in a string.
+// that it borrows. What a run takes follows the definitions, how deep macros and files are nested, and the longest
+// token: not the size of the source, but for what is kept in the result.
 #ifndef QNPP_PREPROCESSOR_H
 #define QNPP_PREPROCESSOR_H
 

@@ -57,6 +57,7 @@ installMissing() {
     hasCommand pkg-config || packages+=(pkg-config)
     hasCommand dpkg-shlibdeps || packages+=(dpkg-dev)
     hasCommand lintian || packages+=(lintian)
+    hasCommand abidw || packages+=(abigail-tools)
     hasCommand file || packages+=(file)
     # What reads the results of the examples.
     hasCommand glslangValidator || packages+=(glslang-tools)

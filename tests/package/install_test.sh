@@ -93,7 +93,7 @@ fi
 source=$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "$build/CMakeCache.txt")
 mkdir outer
 cat >outer/CMakeLists.txt <<END
-cmake_minimum_required(VERSION 3.22)
+cmake_minimum_required(VERSION 3.25)
 project(outer C CXX)
 add_subdirectory("$source" qnpp EXCLUDE_FROM_ALL)
 add_library(texts STATIC text.c)

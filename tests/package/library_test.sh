@@ -3,7 +3,7 @@
 #
 #   library_test.sh installed <examples> <installation> <shared library>
 #   library_test.sh subproject <examples> <checkout>
-#   library_test.sh interface <shared library> <include folder> <what is expected>
+#   library_test.sh interface|describe <checkout> <folder of generated sources> <shared library>
 . "$(dirname "$0")/lib.sh"
 what=$1
 shift
@@ -56,12 +56,14 @@ installed() {
   holds 'what is said when the library is missing' "$(tr -s ' \n' ' ' <log)" 'qnpp is installed without: library'
 }
 
-# With shared libraries, as the rest of the project has them. Nothing is optimised: that takes the time of a test.
+# With shared libraries, as the rest of the project has them, and without the option library of qnpp-build. Nothing is
+# optimised: that takes the time of a test.
 subproject() {
   examples=$1
   local words=(-DREQUESTS_FETCH_QNPP=ON "-DFETCHCONTENT_SOURCE_DIR_QNPP=$2" -DBUILD_SHARED_LIBS=ON
     -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0
-    -DCMAKE_UNITY_BUILD=ON -DCMAKE_INSTALL_LIBDIR=lib)
+    -DCMAKE_UNITY_BUILD=ON -DCMAKE_INSTALL_LIBDIR=lib
+    -DCMAKE_DISABLE_FIND_PACKAGE_CLI11=ON)
   byCMake within "${words[@]}"
   compiles 'in C++, with qnpp within the project' within/compiler
   compiles 'in C, with qnpp within the project' within/compiler-in-c
@@ -85,23 +87,26 @@ libqnpp.so.$version -> " "$(cd prefix/lib && find . -name 'lib*.so*' -printf '%f
   compiles 'in C++, by find_package with the shared library' found/compiler
 }
 
-# What a program that was linked with the library relies on: the symbols, and the sizes of what it makes itself.
-interface() {
-  local names='Diagnostic Place Source IncludeRequest Include Limits Dependency LineMap LineMap::Entry Result Preprocessor'
-  {
-    printf '#include <cstdio>\n#include <qnpp/preprocessor-c.h>\n#include <qnpp/preprocessor.h>\nint main() {\n'
-    for name in $names; do printf 'std::printf("%%3zu qnpp::%s\\n", sizeof(qnpp::%s));\n' "$name" "$name"; done
-    for name in QnPlace QnDiagnostic QnIncludeRequest QnLimits; do
-      printf 'std::printf("%%3zu %s\\n", sizeof(%s));\n' "$name" "$name"
-    done
-    printf '}\n'
-  } >sizes.cpp
-  "${CXX:-c++}" -std=c++17 "-I$2" sizes.cpp -o sizes || failed 'the sizes can be told'
-  { readelf -d "$1" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p' && ./sizes &&
-    nm -D --defined-only --demangle "$1" | cut -d ' ' -f 2- | grep '^[TDBRVW] ' | sort -u; } >found
-  diff -u "$3" found ||
-    failed 'the interface is what it was: new things may be added to the list, all else wants another soname'
+# What programs that were linked with the library rely on, as its debug information tells: the library has none itself, so
+# that the part that the interface is in is compiled once more.
+describe() { # describe <checkout> <folder of generated sources> <shared library>
+  (cd "$1" && printf '#include "%s"\n' library/[!R]*.cpp) |
+    "${CXX:-c++}" -x c++ - -std=c++20 -O0 -g -fPIC -shared -fvisibility=hidden -fvisibility-inlines-hidden "-I$1" \
+      "-I$1/include" "-I$2" "-Wl,--version-script=$1/library/exported-symbols.txt" "-Wl,-soname,$(sonameOf "$3")" -o described.so &&
+    abidw --headers-dir "$1/include/qnpp" --drop-private-types --exported-interfaces-only described.so |
+    python3 -B "$tests/interface.py"
+}
+sonameOf() { readelf -d "$1" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p'; }
+symbolsOf() { nm -D --defined-only "$1" | cut -d ' ' -f 2- | grep '^[TDBRVW] '; }
+
+interface() { # interface <checkout> <folder of generated sources> <shared library>
+  needs abidw abigail-tools
+  describe "$@" >found || failed 'the interface can be described'
+  same 'what is described exports what the library does' "$(symbolsOf "$3")" "$(symbolsOf described.so)"
+  diff -u "$tests/library-interface.txt" found || failed 'the interface is what it was' \
+    "If there is only more of it, keep what this writes: bash $tests/library_test.sh describe $*" \
+    'All else wants another soname.'
 }
 
 "$what" "$@"
-finish
+[ "$what" = describe ] || finish

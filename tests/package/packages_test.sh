@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # The packages: that the same bytes come out wherever they are made, and that what is in them can be used and removed.
 #
-#   packages_test.sh build <checkout> <its release build> <folder>     makes them twice below <folder>
-#   packages_test.sh reproducible|lintian|deb|tarball <folder>
+#   packages_test.sh build <checkout> <its release build> <folder>     makes them twice below <folder>, and with the shared
+#                                                                      library
+#   packages_test.sh reproducible|lintian|deb|shared|tarball <folder>
 . "$(dirname "$0")/lib.sh"
 
 # The files that belong to the program, without anything built.
@@ -21,12 +22,12 @@ giveRevision() {
   printf '%s\n' "$revision" >"$2/.git/HEAD"
 }
 
-configure() { # configure <source folder> <build folder> <release build, whose compiler and flags are taken>
+configure() { # configure <source folder> <build folder> <release build, whose compiler and flags are taken> [words...]
   # Tests and benchmarks go into no package.
   CXX=$(cached "$3" CMAKE_CXX_COMPILER) CXXFLAGS=$(cached "$3" CMAKE_CXX_FLAGS) LDFLAGS=$(cached "$3" CMAKE_EXE_LINKER_FLAGS) \
     cmake -S "$1" -B "$2" "-DCMAKE_CXX_FLAGS_RELEASE=$(cached "$3" CMAKE_CXX_FLAGS_RELEASE)" \
     "-DCMAKE_UNITY_BUILD=$(cached "$3" CMAKE_UNITY_BUILD)" -DQNPP_BUILD_TESTS=OFF -DQNPP_BUILD_BENCHMARKS=OFF \
-    -DQNPP_BUILD_FUZZERS=OFF
+    -DQNPP_BUILD_FUZZERS=OFF "${@:4}"
 }
 cached() { sed -n "s/^$2:[A-Z]*=//p" "$1/CMakeCache.txt"; } # cached <build folder> <variable>
 
@@ -47,8 +48,13 @@ build() { # build <checkout> <release build> <folder>
   { configure "$here" "$here/build" "$2" && cmake --build "$here/build" --target qnpp_man qnpp-build_man &&
     cp "$2/qnpp" "$2/qnpp-build" "$2/libqnpp.a" "$here/build" && (cd "$here/build" && cpack); } >"$3/log.1" 2>&1 ||
     failed 'the packages can be made' "$(tail -n 30 "$3/log.1")"
+  # The programs are the same with the shared library.
+  { configure "$here" "$3/shared" "$2" -DQNPP_SHARED_LIBRARY=ON &&
+    cp -P "$2"/qnpp "$2"/qnpp-build "$2"/libqnpp.so* "$here"/build/*.1 "$3/shared" && (cd "$3/shared" && cpack -G DEB); } \
+    >"$3/log.3" 2>&1 || failed 'the packages with the shared library can be made' "$(tail -n 30 "$3/log.3")"
   export TZ=Pacific/Honolulu
-  { configure "$there" "$3/another place/b" "$2" && cmake --build "$3/another place/b" --parallel 1 &&
+  { configure "$there" "$3/another place/b" "$2" &&
+    cmake --build "$3/another place/b" --parallel 1 --target qnpp qnpp-build qnpp_library qnpp_man qnpp-build_man &&
     (cd "$3/another place/b" && cpack); } >"$3/log.2" 2>&1 ||
     failed 'the packages can be made in another place' "$(tail -n 30 "$3/log.2")"
   ls "$here/build"/*.tar.gz || failed 'there is a .tar.gz'
@@ -125,6 +131,39 @@ no request: skip; // strange.idl:3' "$(library/compiler strange.idl)"
   same 'nothing is left' "$before" "$after"
 }
 
+# The packages with the shared library: of those who build, and of those who run what was built, which is that library and
+# nothing else. They are unpacked only, because what dpkg does for a library wants a whole system around it.
+shared() { # shared <folder>
+  needsPackages "$1"
+  needs pkg-config pkg-config
+  local version=${deb##*/qnpp_} folder=$1/shared lib
+  version=${version%%_*}
+  local major=${version%%.*}
+  local runtime=$folder/libqnpp${major}_${deb##*/qnpp_}
+  deb=$folder/${deb##*/}
+  development=$folder/${development##*/}
+  same 'there are three packages' "$(printf '%s\n' "$development" "$runtime" "$deb")" \
+    "$(LC_ALL=C ls "$folder"/*.deb)"
+  same 'what those who build need' "qnpp (= $version), libqnpp$major (= $version)" "$(dpkg-deb -f "$development" Depends)"
+  same 'what the library needs' 'libc6 libgcc-s1 libstdc++6' \
+    "$(dpkg-deb -f "$runtime" Depends | sed 's/ ([^)]*)//g; s/,//g')"
+  same 'what the program needs' libc6 "$(dpkg-deb -f "$deb" Depends | sed 's/ ([^)]*)//g')"
+  same 'what packages that use the library will need' "libqnpp $major libqnpp$major (>= $version)" \
+    "$(dpkg-deb -I "$runtime" shlibs | sed 's/ *$//')"
+  ! command -v lintian >/dev/null || lintian --allow-root --fail-on error "$runtime" "$development" ||
+    failed 'lintian finds no error in the packages of the library'
+
+  dpkg-deb -x "$development" here && dpkg-deb -x "$deb" here && dpkg-deb -x "$runtime" here && dpkg-deb -x "$runtime" there
+  lib=$(dirname "$(find here -name libqnpp.so)")
+  # shellcheck disable=SC2046 # These are words.
+  "${CC:-cc}" -std=c99 "${tests%/tests/package}/examples/library/compiler.c" -o compiler \
+    $(PKG_CONFIG_PATH=$lib/pkgconfig pkg-config --cflags --libs libqnpp) || failed 'C is built with the packages'
+  same 'a program runs with the package of the library' 'void ping(void); // strange.idl:1
+no request: skip; // strange.idl:3' "$(LD_LIBRARY_PATH=there${lib#here} ./compiler strange.idl)"
+  same 'what is in that package' "libqnpp.so.$major libqnpp.so.$version" \
+    "$(find there -name '*.so*' -printf '%f\n' | LC_ALL=C sort | paste -sd ' ' -)"
+}
+
 filesOf() { # filesOf <root>: all that does not belong to dpkg itself
   (cd "$1" && find . -mindepth 1 -not -path './var*' | LC_ALL=C sort)
 }
@@ -141,7 +180,7 @@ what=$1
 shift
 case $what in
   lintian) lintian_ "$@" ;;
-  build | reproducible | deb | tarball) "$what" "$@" ;;
+  build | reproducible | deb | shared | tarball) "$what" "$@" ;;
   *) exit 2 ;;
 esac
 finish

@@ -35,7 +35,7 @@ if command -v pkg-config >/dev/null; then
   both 'pkg-config finds qnpp' yes finds
 fi
 mkdir project
-printf 'cmake_minimum_required(VERSION 3.22)\nproject(p NONE)\nfind_package(qnpp REQUIRED)\nmessage(STATUS "in ${qnpp_DIR}")\n' \
+printf 'cmake_minimum_required(VERSION 3.25)\nproject(p NONE)\nfind_package(qnpp REQUIRED)\nmessage(STATUS "in ${qnpp_DIR}")\n' \
   >project/CMakeLists.txt
 configure() { rm -rf project/build; cmake -S project -B project/build | sed -n 's/^-- in //p'; }
 PATH=${PATH#*:} both 'CMake finds qnpp' "$share/cmake/qnpp" configure

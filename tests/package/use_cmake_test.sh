@@ -23,7 +23,7 @@ cp -R "$installation" "$prefix"
 mkdir -p project/"include; and more" project/sub 'project/se;mi'
 cd project || exit 1
 cat >CMakeLists.txt <<'END'
-cmake_minimum_required(VERSION 3.22)
+cmake_minimum_required(VERSION 3.25)
 project(use C)
 find_package(qnpp REQUIRED)
 set(LEVEL 1 CACHE STRING "")
@@ -247,11 +247,57 @@ configure -DLEVEL=2
 remade 'building from scratch' "$first"
 same 'the bytes of a build from scratch' "$before" "$(bytes)"
 
+# ---- Names that would run something, and words that would. ----
+
+mkdir hostile
+text='$(touch pwned) `touch pwned` "; touch pwned; &" end'
+odd=('$(touch pwned)`touch pwned`' "q'u\"o' & touch pwned & '" '${HOME}$HOME$<CONFIG>' 's;touch pwned;#%' ']]=]]==]' 'back\slash*?')
+{
+  printf 'cmake_minimum_required(VERSION 3.25)\nproject(hostile NONE)\nfind_package(qnpp REQUIRED)\n'
+  printf 'set(CMAKE_CONFIGURATION_TYPES "Debug;Release" CACHE STRING "")\nadd_custom_target(t ALL)\nqnpp_preprocess(TARGET t'
+  printf ' DEFINITIONS [===[TEXT=%s]===] $<$<CONFIG:Release>:IS_RELEASE> INCLUDE_DIRECTORIES . SOURCES' "$text"
+  printf ' [===[%s]===]' "${odd[@]}"
+  printf ')\n'
+} >hostile/CMakeLists.txt
+for name in "${odd[@]}"; do
+  printf '#include "header"\nTEXT COMMON\n' >"hostile/$name"
+done
+printf '#define COMMON first\n' >hostile/header
+cmake -S hostile -B 'hostile/build' -G "$generator" "-DCMAKE_PREFIX_PATH=$prefix" >hostile.log 2>&1 ||
+  failed 'names that would run something can be sources' "$(cat hostile.log)"
+# Of each configuration: how many sources were preprocessed, and the different results that there are.
+hostile() { # hostile <expected> <words for the build...>
+  local expected=$1
+  shift
+  cmake --build hostile/build --parallel 2 "$@" >hostile.log 2>&1 || failed "they can be built: $*" "$(cat hostile.log)"
+  same "what is made of them: $*" "$expected" "$(grep -c Preprocessing hostile.log) $(
+    find "hostile/build/$folder" -maxdepth 1 -name '*_*' -not -name '*.*' -exec grep -hv '^#\|^$' '{}' '+' | sort -u)"
+}
+folder=$config
+hostile "${#odd[@]} $text first" --config Debug
+change hostile/header '#define COMMON second'
+hostile "${#odd[@]} $text second" --config Debug
+hostile "0 $text second" --config Debug
+if [ -n "$config" ]; then
+  # Each configuration has results of its own, and the other one is not taken for it.
+  printf '#ifdef IS_RELEASE\n#define COMMON released\n#else\n#define COMMON second\n#endif\n' >hostile/header
+  folder=Release/
+  hostile "${#odd[@]} $text released" --config Release
+  hostile "0 $text released" --config Release
+  folder=Debug/
+  hostile "${#odd[@]} $text second" --config Debug
+  change hostile/header '#define COMMON third'
+  hostile "${#odd[@]} $text third" --config Debug
+  folder=Release/
+  hostile "${#odd[@]} $text third" --config Release
+fi
+same 'no name has run anything' '' "$(find . -name pwned)"
+
 # ---- Wrong calls. ----
 
 wrong() { # wrong <call> <part of the message>
   mkdir wrong
-  printf 'cmake_minimum_required(VERSION 3.22)\nproject(wrong NONE)\nfind_package(qnpp REQUIRED)\n%s\n' "$1" >wrong/CMakeLists.txt
+  printf 'cmake_minimum_required(VERSION 3.25)\nproject(wrong NONE)\nfind_package(qnpp REQUIRED)\n%s\n' "$1" >wrong/CMakeLists.txt
   if cmake -S wrong -B wrong/build -G "$generator" "-DCMAKE_PREFIX_PATH=$prefix" >wrong.log 2>&1; then
     failed "this call is refused: $1"
   fi
@@ -280,7 +326,7 @@ wrong "${target}qnpp_preprocess(TARGET t SOURCES a.c.in DEFINITIONS \"\")" 'a de
 # ---- Other places and other machines. ----
 
 mkdir small
-printf 'cmake_minimum_required(VERSION 3.22)\nproject(small NONE)\nfind_package(qnpp REQUIRED)\n%sqnpp_preprocess(TARGET t SOURCES a.in)\n' \
+printf 'cmake_minimum_required(VERSION 3.25)\nproject(small NONE)\nfind_package(qnpp REQUIRED)\n%sqnpp_preprocess(TARGET t SOURCES a.in)\n' \
   "$target" >small/CMakeLists.txt
 printf 'a\n' >small/a.in
 other() { # other <build folder> [words...]: configures and builds the small project there

@@ -8,7 +8,7 @@ the file of that name has changed, and only then.
 """
 
 import os
-import pathlib
+import random
 import subprocess
 import sys
 import tempfile
@@ -23,7 +23,10 @@ ODD_NAMES = [name for byte in BYTES for name in (bytes([byte]) + b"x", b"x" + by
 ODD_NAMES += [b"x\\ y", b"x\\\\ y", b"x\\#y", b"x\\:y", b"x\\$y", b"x\\%y", b"$(x)", b"$x", b"x$$y", b"x: y", b"a b c",
               b"~root", b".IGNORE", b".PHONY", b"a(b)", b"x%y%z", b"a=b", b"a\nb: c", "größe".encode(),
               "größe".encode("latin-1"), b"y" * 250]
-ODD_NAMES = list(dict.fromkeys(ODD_NAMES))
+# And what nobody thinks of: what is special one by one may be so in another way together.
+RANDOM = random.Random(1)
+ODD_NAMES += [bytes(RANDOM.choices([*BYTES, *b"\\\\\\  $$##%%::xy."], k=RANDOM.randint(2, 7))) for _ in range(200)]
+ODD_NAMES = [name for name in dict.fromkeys(ODD_NAMES) if name not in (b".", b"..")]
 OLD = 1_000_000_000
 # make does not like times to come; Ninja holds inputs against the time at which it ran a command, which is now.
 NEW = {"make": OLD + 2, "ninja": 4_000_000_000}[TOOL]

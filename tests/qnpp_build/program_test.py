@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """What qnpp-build promises:
 
-    program_test.py <qnpp-build> <folder of the golden cases>
+    program_test.py <qnpp-build> <folder of the golden cases> [names of tests...]
 """
 
 import os
@@ -19,7 +19,7 @@ import golden_cases  # noqa: E402
 import golden_runner  # noqa: E402
 
 PROGRAM, GOLDEN = os.path.abspath(sys.argv[1]), sys.argv[2]
-del sys.argv[1:]
+del sys.argv[1:3]
 
 
 class ProgramTest(unittest.TestCase):
@@ -170,7 +170,7 @@ class ProgramTest(unittest.TestCase):
         self.run_program("-Ii", "-MD", "-o", "a", "a.in")
         self.assertEqual(self.read("a.d"), "a: \\\n  a.in \\\n  b \\\n  i/c \\\n  i/d\n")
         self.run_program("-Ii", "-MMD", "-MP", "-MF", "f", "-o", "a", "a.in")
-        self.assertEqual(self.read("f"), "a: \\\n  a.in \\\n  b \\\n  i/d\nb:\ni/d:\n")
+        self.assertEqual(self.read("f"), "a: \\\n  a.in \\\n  b \\\n  i/c \\\n  i/d\nb:\ni/c:\ni/d:\n")
 
     def test_targets_are_as_they_are_asked_for(self):
         self.write(a_in="")
@@ -239,6 +239,16 @@ class ProgramTest(unittest.TestCase):
         self.run_program(*words, "s/a.in", status=1, stderr="s/d:1: #error directive:  e.\n")
         self.write(s__d="#if 1/0\n#endif\n")
         self.run_program(*words, "s/a.in", status=1, stderr="s/d:1: Division by zero, or out of range, in a condition.\n")
+
+    def test_two_files_do_not_show_under_one_name(self):
+        self.write(a_in='#include "i/c"\n#include "j/c"\n', i__c="", j__c="", a="old")
+        maps = ("--prefix-map=i/=", "--prefix-map=j/=")
+        self.run_program(*maps, "-o", "a", "a.in", status=2,
+                         stderr="qnpp-build: 'i/c' and 'j/c' would both show as 'c'\n")
+        self.assertFalse((self.folder / "a").exists())
+        self.write(a_in='#include "i/c"\n#include "j/../i/c"\n')
+        self.run_program("--prefix-map=i/=", "--prefix-map=j/../i/=", "-MD", "-o", "a", "a.in")
+        self.assertEqual(self.read("a.d"), "a: \\\n  a.in \\\n  i/c\n")
 
     # ---- The command line ----
 

@@ -5,8 +5,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 #include "directives/FileNames.h"
+#include "tools/build/Failure.h"
 
 namespace qnpp::build {
 namespace {
@@ -26,7 +29,12 @@ std::string PrefixMap::apply(const std::string& name) const {
 
 std::string RenamingSearch::add(const std::string& path, const std::string& name) {
   std::string shown = prefixes_.apply(name);
-  files_.try_emplace(shown, File{path, name});
+  const auto [file, isNew] = files_.try_emplace(shown, File{path, name});
+  // Who reads the name, this search among them, could not tell the one from the other.
+  std::error_code none;
+  if (!isNew && file->second.path != path && !std::filesystem::equivalent(file->second.path, path, none)) {
+    throw Failure('\'' + file->second.path + "' and '" + path + "' would both show as '" + shown + '\'');
+  }
   return shown;
 }
 

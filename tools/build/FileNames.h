@@ -35,7 +35,7 @@ class RenamingSearch {
   /// The source of the run: its path and the name that stands for it. Returns the name under which it shows.
   std::string addSource(const std::string& path, const std::string& name);
 
-  /// For Preprocessor::setResolver.
+  /// For Preprocessor::setResolver. Throws Failure when two files would show under one name.
   std::optional<Include> find(const IncludeRequest& request);
 
   /// The path of a file that shows under this name; the name itself if there is none.

@@ -16,7 +16,7 @@ std::string hashDirective(std::int32_t line, std::string_view file) {
 }
 
 // As a string literal of C.
-std::string quoted(std::string_view file) {
+std::string inQuotes(std::string_view file) {
   std::string text = "\"";
   for (const char c : file) {
     const auto byte = static_cast<unsigned char>(c);
@@ -42,7 +42,7 @@ std::string directive(const LineMap& map, const LineMap::Entry& entry, LineDirec
   const char* const flag = entry.reason == LineMap::Reason::Entered    ? " 1"
                            : entry.reason == LineMap::Reason::Returned ? " 2"
                                                                        : "";
-  return "# " + line + ' ' + quoted(map.files[entry.file]) + flag + '\n';
+  return "# " + line + ' ' + inQuotes(map.files[entry.file]) + flag + '\n';
 }
 
 }  // namespace
@@ -63,7 +63,7 @@ std::string restyle(std::string_view output, const LineMap& map, LineDirectiveSt
 std::string fileTable(const LineMap& map, std::string_view lead) {
   std::string text;
   for (std::size_t i = 0; i < map.files.size(); ++i) {
-    text.append(lead).append(std::to_string(i)).append(" ").append(quoted(map.files[i])).append("\n");
+    text.append(lead).append(std::to_string(i)).append(" ").append(inQuotes(map.files[i])).append("\n");
   }
   return text;
 }

@@ -24,8 +24,7 @@ constexpr std::string_view kOptionsFrom = "--options-from";
 
 // What has to be looked at before it goes into the options.
 struct Wishes {
-  bool all = false;
-  bool quotedOnly = false;
+  bool hasDependencyFile = false;
   std::string dependencyFile;
   std::string format = "make";
   std::string lineDirectives = "hash";
@@ -43,8 +42,8 @@ void addOptions(CLI::App& app, Options& options, Wishes& wishes) {
     const auto append = [&to](const std::string& word) { to.push_back(word); };
     app.add_option_function<std::string>(name, append, text)->type_name(value)->take_last()->trigger_on_parse();
   };
-  addFlag("--MD", wishes.all, "write a dependency file, named like the result with \".d\" behind.");
-  addFlag("--MMD", wishes.quotedOnly, "the same, without files that are included as <name>.");
+  addFlag("--MD", wishes.hasDependencyFile, "write a dependency file, named like the result with \".d\" behind.");
+  addFlag("--MMD", wishes.hasDependencyFile, "the same; there are no system headers to be left out.");
   addValue("--MF", "<file>", wishes.dependencyFile, "write the dependency file <file>.");
   addValues("--MT", "<target>", options.spelledTargets, "name of the result in the dependency file, as it stands.");
   addValues("--MQ", "<target>", options.targets, "the same, with escapes for what is special there.");
@@ -152,10 +151,9 @@ void grant(const Wishes& wishes, Options& options) {
                            : wishes.lineDirectives == "glsl" ? Glsl
                            : wishes.lineDirectives == "none" ? None
                                                              : Hash;
-  options.leavesOutAngled = wishes.quotedOnly && !wishes.all;
   addPrefixes(wishes.prefixes, options.prefixes);
   const bool hasTarget = !options.targets.empty() || !options.spelledTargets.empty();
-  if (!wishes.all && !wishes.quotedOnly && wishes.dependencyFile.empty()) {
+  if (!wishes.hasDependencyFile && wishes.dependencyFile.empty()) {
     if (options.hasEmptyRules || options.dependsOnProgram || hasTarget) {
       throw Failure("there is no dependency file without '-MD', '-MMD' or '-MF'");
     }

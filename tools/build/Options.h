@@ -27,7 +27,6 @@ struct Options {
   std::vector<std::string> spelledTargets;  ///< As they are to stand there, `-MT`.
   bool hasEmptyRules = false;
   bool dependsOnProgram = false;
-  bool leavesOutAngled = false;  ///< Files that are first included as <name>.
 
   // ---- Of the result ----
   bool keepsUnchanged = false;

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -152,9 +153,7 @@ std::string dependencyText(const Options& options, const Result& result, const R
     file.addSource(options.source);
   }
   for (const Dependency& dependency : result.dependencies) {
-    if (dependency.isQuoted || !options.leavesOutAngled) {
-      file.addIncluded(search.pathOf(dependency.path));
-    }
+    file.addIncluded(search.pathOf(dependency.path));
   }
   if (options.dependsOnProgram) {
     file.addIncluded(std::filesystem::read_symlink("/proc/self/exe").string());
@@ -198,6 +197,9 @@ int run(const Options& options) {
   }
   if (result.status != Status::Clean) {
     outcome.remove();
+    if (result.exception != nullptr) {
+      std::rethrow_exception(result.exception);
+    }
     return explain(result, search);
   }
   try {

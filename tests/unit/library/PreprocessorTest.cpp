@@ -20,6 +20,7 @@
 
 #include "tests/support/Files.h"
 #include "tests/support/Text.h"
+#include "tests/unit/support/Memory.h"
 
 namespace qnpp {
 namespace {
@@ -108,6 +109,10 @@ TEST(SourceTest, AReaderMayFail) {
   EXPECT_TRUE(result.hasErrors);
   EXPECT_EQ(result.output, "#line 1 \"source\"\n\n");
   EXPECT_EQ(text, "input in flex scanner failed\n");
+}
+
+TEST(SourceTest, AReaderThatIsNoneIsAFaultOfTheCaller) {
+  EXPECT_EQ(Preprocessor().run(Source::ofReader(nullptr)).status, Status::CallbackFailed);
 }
 
 TEST(SourceTest, AFileIsOpenedWhenTheRunGetsToIt) {
@@ -415,6 +420,68 @@ TEST(StatusTest, ACallersExceptionComesBack) {
   // And the object is as good as new.
   preprocessor.setOutputSink(nullptr);
   EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "main").output, "#line 1 \"main\"\nx\n");
+}
+
+// ---- Memory ----
+
+// A source of so many bytes at least: the first line, and then lines in which each `$` is the number of the line.
+Reader endlessLines(std::string first, std::string line, std::size_t size) {
+  return [pending = std::move(first), line = std::move(line), left = size, number = 0](char* to,
+                                                                                       std::size_t room) mutable {
+    while (pending.size() < room && left > 0) {
+      const std::size_t before = pending.size();
+      const std::string digits = std::to_string(++number);
+      for (const char c : line) {
+        pending += c == '$' ? digits : std::string(1, c);
+      }
+      left -= std::min(left, pending.size() - before);
+    }
+    const std::size_t count = std::min(room, pending.size());
+    pending.copy(to, count);
+    pending.erase(0, count);
+    return static_cast<std::ptrdiff_t>(count);
+  };
+}
+
+TEST(MemoryTest, DoesNotFollowTheSizeOfTheSource) {
+  constexpr std::size_t kMegabyte = 1'000'000;
+  const Files files = {{"h", "#ifndef ONE\nheader __FILE__\n#endif\n"}};
+  Preprocessor preprocessor;
+  preprocessor.setResolver(resolverOf(files));
+  preprocessor.setOutputSink([](std::string_view) {});
+  preprocessor.define("ONE");
+  const auto runOver = [&preprocessor](std::size_t megabytes) {
+    const Result result = preprocessor.run(
+        Source::ofReader(endlessLines("#define CALL(x, y) x y #x x##y\n",
+                                      "CALL(CALL(a$, b$), c$) text$ /* $ */ \"$\" '\n#if $ > 3 && defined(n$)\nyes$\n"
+                                      "#else\nno$\n#endif\n#include \"h\"\n#line $ \"file$\"\n",
+                                      megabytes * kMegabyte)));
+    EXPECT_EQ(result.status, Status::Clean);
+  };
+  runOver(1);
+  const double before = mostMemory();
+  runOver(4);
+  if (kCountsMemory) {
+    EXPECT_LT(mostMemory() - before, 0.5);
+  }
+}
+
+TEST(MemoryTest, DoesNotGrowFromRunToRun) {
+  constexpr std::size_t kSize = 200'000;
+  Preprocessor preprocessor;
+  const auto runOnce = [&preprocessor] {
+    const Source source = Source::ofReader(endlessLines("", "#define f$(x) x + $\nf$(f$(a))\n", kSize));
+    EXPECT_EQ(preprocessor.run(source).status, Status::Clean);
+  };
+  runOnce();
+  runOnce();
+  const double before = mostMemory();
+  for (int i = 0; i < 5; ++i) {
+    runOnce();
+  }
+  if (kCountsMemory) {
+    EXPECT_LT(mostMemory() - before, 0.5);
+  }
 }
 
 TEST(LimitsTest, IncludeDepth) {

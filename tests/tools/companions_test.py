@@ -98,6 +98,7 @@ class ExplainTest(Companion):
         self.assertIn("  not there: h.h\n  found: inc/h.h\n", shown)
         self.assertIn("  not there: inc/none.h\n", shown)
         self.assertIn("| inc/h.h:1: #define H 1\n", shown)
+        self.assertIn("  looked for nowhere: no -I names a directory\n", self.explain("#include <none.h>\n"))
 
     def test_lines_are_those_of_the_file_whatever_line_directives_say(self):
         self.assertIn("a.txt:4> 1", self.explain('#define A 1\n#line 90 "b"\n\nA\n', "a.txt:4"))
@@ -157,6 +158,8 @@ class CheckTest(Companion):
         ("number-with-macro", 2, "#define f 1\n1.0f\n", "#define f 1\n1.0 f 0xf\n"),
         ("pragma-once", 1, "#pragma once\n", "#pragma twice\n"),
         ("string-with-escape", 2, '#define n 1\n"a n\\n"\n', '#define n 1\n"a n\\\\" n "\\""\n'),
+        ("string-with-escape", 1, '#define S "a \\n  b"\n', '#define S "a \\n b" "a  b"\n"a  \\n  b"\n'),
+        ("string-with-escape", 3, '#define f(x) x\n\nf("a \\n\tb")\n', '#define f(x) x\ng("a\\n\tb") f("a\\n b")\n'),
         ("unknown-directive", 2, "#if 0\n#esle\n#endif\n", "#if 0\n#warning\n#endif\n"),
         ("words-behind-else", 3, "#if 1\nx\n#endif X\n", "#if 1\nx\n#endif // X\n"),
         ("unused-macro", 1, "#define A 1\n", "#define A 1\n#ifdef A\n#endif\n"),

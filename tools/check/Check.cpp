@@ -31,7 +31,8 @@ constexpr std::array<Rule, 13> kRules{{
     {"output-is-source", "The output would be written over the source.", "Give the output another name."},
     {"pragma-once", "#pragma once is passed on and does nothing else.",
      "Begin the file with #ifndef NAME and #define NAME, and end it with #endif."},
-    {"string-with-escape", "Text between quotes is no string, because of an escape, and macros are expanded in it.",
+    {"string-with-escape",
+     "Text between quotes is no string, because of an escape: macros are expanded in it, or blanks in it are lost.",
      "Write the escape in another way; only \\\" and \\\\ may stand in a string."},
     {"unknown-directive", "A word behind \"#\" is nearly a directive.", "Write the directive that is meant."},
     {"unused-macro", "A macro is defined and never used.", "Remove the definition.", false},
@@ -96,6 +97,12 @@ class Checker {
     for (std::size_t at = 1; at < told_.lines.size(); ++at) {
       linesOf_[told_.lines[at].place.file].push_back(&told_.lines[at]);
     }
+    for (const Expansion& call : told_.expansions) {
+      // Those in arguments lie within others.
+      if (call.context == 0 && call.isFunctionLike && call.callEnd > call.nameBegin) {
+        callsIn_[call.place.file].push_back(&call);
+      }
+    }
   }
 
   std::vector<Finding> run() {
@@ -115,17 +122,18 @@ class Checker {
 
   void checkFile(const std::string& path, const std::vector<Id>& files) {
     name_ = told_.files[files.front()].name;
-    std::string text = standardInput_;
+    text_ = standardInput_;
     if (!path.empty()) {
       std::ifstream input(path, std::ios::binary);
-      text.assign(std::istreambuf_iterator<char>(input), {});
+      text_.assign(std::istreambuf_iterator<char>(input), {});
     }
-    if (text.starts_with("\xEF\xBB\xBF")) {
+    if (text_.starts_with("\xEF\xBB\xBF")) {
       add("byte-order-mark", 1, "the byte order mark at the beginning of the file goes to the output");
     }
     skipped_.clear();
     read_.clear();
     ties_.clear();
+    calls_.clear();
     for (const Id file : files) {
       for (const Line* const line : linesOf_[file]) {
         (line->isSkipped && !line->isDirective ? skipped_ : read_).insert(line->place.line);
@@ -133,8 +141,11 @@ class Checker {
           ties_[line->place.line] = std::max(ties_[line->place.line], line->endLine);
         }
       }
+      for (const Expansion* const call : callsIn_[file]) {
+        calls_[call->nameBegin] = std::max(calls_[call->nameBegin], call->callEnd);
+      }
     }
-    const auto lines = tokensOf(text);
+    const auto lines = tokensOf(text_);
     for (std::size_t at = 0; at < lines.size(); ++at) {
       if (!lines[at].empty()) {
         checkLine(lines[at], at + 1 < lines.size() ? &lines[at + 1] : nullptr);
@@ -265,12 +276,14 @@ class Checker {
   }
 
   void checkStrings(const Tokens& line) {
+    const bool isDefinition = directiveOf(line) == TK_DEFINE;
     for (std::size_t at = 0; at < line.size(); ++at) {
       if (!line[at].isLoneQuote()) {
         continue;
       }
       bool hasEscape = false;
       const SourceToken* macro = nullptr;
+      const SourceToken* blanks = nullptr;
       std::size_t end = at + 1;
       for (; end < line.size() && !line[end].isLoneQuote(); ++end) {
         const SourceToken& token = line[end];
@@ -278,13 +291,31 @@ class Checker {
         if (macro == nullptr && isName(token.kind) && names_.count(std::string(token.text)) > 0) {
           macro = &token;
         }
+        if (isBlank(token.kind) && (token.text != " " || isBlank(line[end - 1].kind))) {
+          blanks = &token;
+        }
       }
-      if (end < line.size() && hasEscape && macro != nullptr) {
-        add("string-with-escape", line[at].line,
-            "the text between these quotes is no string, and \"" + std::string(macro->text) + "\" in it is a macro");
+      if (end < line.size() && hasEscape) {
+        addString(line[at].line, macro, blanks != nullptr && (isDefinition || isInArguments(*blanks)));
       }
       at = end;
     }
+  }
+
+  void addString(std::int32_t line, const SourceToken* macro, bool losesBlanks) {
+    const std::string beginning = "the text between these quotes is no string, and ";
+    if (macro != nullptr) {
+      add("string-with-escape", line, beginning + "\"" + std::string(macro->text) + "\" in it is a macro");
+    } else if (losesBlanks) {
+      add("string-with-escape", line, beginning + "blanks that follow one another in it become a single one");
+    }
+  }
+
+  // Text keeps its blanks; a replacement list and an argument do not.
+  bool isInArguments(const SourceToken& token) const {
+    const auto offset = static_cast<std::uint64_t>(token.text.data() - text_.data());
+    const auto behind = calls_.upper_bound(offset);
+    return behind != calls_.begin() && offset < std::prev(behind)->second;
   }
 
   void checkNumbers(const Tokens& line) {
@@ -342,13 +373,17 @@ class Checker {
   std::set<std::string> names_;                       // Of all macros.
   std::map<std::string, std::vector<Id>> instances_;  // By path.
   std::map<Id, std::vector<const Line*>> linesOf_;
+  std::map<Id, std::vector<const Expansion*>> callsIn_;
   std::vector<Finding> found_;
 
   // Of the file that is looked at.
   std::string name_;
+  std::string text_;
   std::set<std::int32_t> skipped_;
   std::set<std::int32_t> read_;
   std::map<std::int32_t, std::int32_t> ties_;  // Texts of several lines: the first and the last.
+  std::map<std::uint64_t, std::uint64_t>
+      calls_;  // Uses of macros with arguments: their first byte, and behind the last.
 };
 
 }  // namespace

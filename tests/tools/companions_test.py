@@ -15,7 +15,38 @@ import sys
 import tempfile
 import unittest
 
+try:
+    import jsonschema
+except ImportError:
+    jsonschema = None  # Debian: python3-jsonschema
+sys.dont_write_bytecode = True
+from record_test import complaint  # noqa: E402
+
 OPTIONS = None
+
+
+def described(**properties):
+    """A schema for an object that has these properties, and no others."""
+    return {"type": "object", "required": list(properties), "properties": properties}
+
+
+def many(items):
+    return {"type": "array", "items": items}
+
+
+TEXT = {"type": "string"}
+MESSAGE = described(text=TEXT)
+# What SARIF 2.1.0 and those who show it want of a log, as far as one of ours goes.
+SARIF = described(**{"$schema": TEXT, "version": {"const": "2.1.0"}, "runs": many(described(
+    tool=described(driver=described(name=TEXT, version=TEXT, rules=many(described(
+        id=TEXT, shortDescription=MESSAGE, fullDescription=MESSAGE, help=MESSAGE,
+        defaultConfiguration=described(enabled={"type": "boolean"}, level={"enum": ["none", "note", "warning", "error"]}))))),
+    columnKind={"enum": ["utf16CodeUnits", "unicodeCodePoints"]},
+    results=many(described(
+        ruleId=TEXT, ruleIndex={"type": "integer"}, level={"enum": ["none", "note", "warning", "error"]}, message=MESSAGE,
+        locations=many(described(physicalLocation=described(
+            artifactLocation=described(uri=TEXT), region=described(startLine={"type": "integer"},
+                                                                   startColumn={"type": "integer"}))))))))})
 
 
 class Companion(unittest.TestCase):
@@ -158,7 +189,7 @@ class CheckTest(Companion):
         ("number-with-macro", 2, "#define f 1\n1.0f\n", "#define f 1\n1.0 f 0xf\n"),
         ("pragma-once", 1, "#pragma once\n", "#pragma twice\n"),
         ("string-with-escape", 2, '#define n 1\n"a n\\n"\n', '#define n 1\n"a n\\\\" n "\\""\n'),
-        ("string-with-escape", 1, '#define S "a \\n  b"\n', '#define S "a \\n b" "a  b"\n"a  \\n  b"\n'),
+        ("string-with-escape", 1, '#define S "a \\n  b"\n', '#define S "a \\n b"\n#define T "a  b"\n"a  \\n  b"\n'),
         ("string-with-escape", 3, '#define f(x) x\n\nf("a \\n\tb")\n', '#define f(x) x\ng("a\\n\tb") f("a\\n b")\n'),
         ("unknown-directive", 2, "#if 0\n#esle\n#endif\n", "#if 0\n#warning\n#endif\n"),
         ("words-behind-else", 3, "#if 1\nx\n#endif X\n", "#if 1\nx\n#endif // X\n"),
@@ -206,18 +237,52 @@ class CheckTest(Companion):
         self.assertEqual(self.run_in([OPTIONS.check, "none.txt"]).returncode, 2)
         self.assertEqual(self.check(source, "--disable", "nonsense").returncode, 2)
 
+    def sarif(self, name, source, *words):
+        (self.folder / os.fsdecode(name)).write_bytes(source)
+        done = self.run_in([OPTIONS.check, "--format=sarif", *words, name])
+        log = json.loads(done.stdout)
+        self.assertIsNone(complaint(log, SARIF, SARIF))
+        return log["runs"][0]
+
     def test_sarif_names_rule_place_and_advice(self):
-        log = json.loads(self.check("#pragma once\n", "--format", "sarif").stdout)
-        self.assertEqual(log["version"], "2.1.0")
-        run = log["runs"][0]
-        result = run["results"][0]
-        self.assertEqual(run["tool"]["driver"]["rules"][result["ruleIndex"]]["id"], result["ruleId"])
-        place = result["locations"][0]["physicalLocation"]
-        self.assertEqual((place["artifactLocation"]["uri"], place["region"]["startLine"]), ("a.txt", 1))
-        self.assertIn("#ifndef", result["message"]["text"])
+        run = self.sarif("a.txt", b"x\n#pragma once\n#endif X\n", "-o", "./a.txt")
+        self.assertEqual([result["ruleId"] for result in run["results"]],
+                         ["output-is-source", "pragma-once", "words-behind-else"])
+        for result, line in zip(run["results"], (1, 2, 3)):
+            rule = run["tool"]["driver"]["rules"][result["ruleIndex"]]
+            self.assertEqual(rule["id"], result["ruleId"])
+            self.assertTrue(result["message"]["text"].endswith(". " + rule["help"]["text"]))
+            place, = result["locations"]
+            self.assertEqual(place["physicalLocation"], {"artifactLocation": {"uri": "a.txt"},
+                                                         "region": {"startLine": line, "startColumn": 1}})
+        self.assertEqual(run["tool"]["driver"]["name"], "qnpp-check")
+        self.assertEqual(self.sarif("b.txt", b"x\n")["results"], [])
+
+    def test_sarif_writes_names_of_files_as_references(self):
+        for name, uri in (("a b.txt", "a%20b.txt"), ("a:b#c?d%.txt", "a%3Ab%23c%3Fd%25.txt"), ("\u00e4.txt", "%C3%A4.txt"),
+                          (b"\xff\\\n", "%FF%5C%0A"), (os.fsencode(self.folder) + b"/x", f"file://{self.folder}/x")):
+            run = self.sarif(name, b"#pragma once\n")
+            self.assertEqual(run["results"][0]["locations"][0]["physicalLocation"]["artifactLocation"]["uri"], uri)
 
 
 class DocumentsTest(Companion):
+    @unittest.skipUnless(jsonschema, "python3-jsonschema is not installed")
+    def test_the_schema_is_one_and_describes_the_events(self):
+        schema = json.loads((pathlib.Path(OPTIONS.source) / "tools/explain/explain.schema.json").read_text())
+        validator = jsonschema.validators.validator_for(schema)
+        validator.check_schema(schema)
+        (self.folder / "h.h").write_text("#define H 1\n")
+        done = self.run_in([OPTIONS.explain, "--json"], stdin=(
+            b'#include "h.h"\n#define J(a, b) #a a##b a\n#if H > 2 && defined(J)\nno\n#elif 1u\nJ(H, H) H(\xff) J(1\n#endif\n'
+            b"#undef H\n#line 7 \"x\"\nH __LINE__ J\n#include <none>\n"))
+        told = json.loads(done.stdout)
+        validator(schema).validate(told)
+        self.assertEqual({name for name in told if told[name] == []}, set(), "nothing of the schema is tried out")
+        # And it is not one that everything follows.
+        for name in told:
+            with self.assertRaises(jsonschema.ValidationError):
+                validator(schema).validate({other: told[other] for other in told if other != name})
+
     def test_manual_knows_all_rules_and_no_others(self):
         done = self.run_in([OPTIONS.check, "--disable", "none"])
         rules = done.stderr.decode().partition("{")[2].partition("}")[0].split(",")

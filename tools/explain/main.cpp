@@ -42,18 +42,12 @@ void takeRange(Options& options) {
   }
   qnpp::LineRange range;
   const char* const end = source.data() + source.size();
-  auto [behind, error] = std::from_chars(source.data() + colon + 1, end, range.first);
-  if (error != std::errc()) {
-    return;
-  }
+  auto read = std::from_chars(source.data() + colon + 1, end, range.first);
   range.last = range.first;
-  if (behind != end && *behind == '-') {
-    std::tie(behind, error) = [&] {
-      const auto last = std::from_chars(behind + 1, end, range.last);
-      return std::pair(last.ptr, last.ec);
-    }();
+  if (read.ec == std::errc() && read.ptr != end && *read.ptr == '-') {
+    read = std::from_chars(read.ptr + 1, end, range.last);
   }
-  if (error == std::errc() && behind == end) {
+  if (read.ec == std::errc() && read.ptr == end) {
     options.range = range;
     source.resize(colon);
   }

@@ -5,14 +5,17 @@
 """
 
 import argparse
+import fcntl
 import json
 import os
 import pathlib
+import pty
 import re
-import resource
+import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import unittest
 
 try:
@@ -131,6 +134,47 @@ class ExplainTest(Companion):
         self.assertIn("| inc/h.h:1: #define H 1\n", shown)
         self.assertIn("  looked for nowhere: no -I names a directory\n", self.explain("#include <none.h>\n"))
 
+    def test_only_the_lines_asked_for_are_shown(self):
+        source = "#define A 1\n" + "A\n" * 5
+        self.assertEqual(re.findall(r"^a\.txt:(\d+):", self.explain(source, "a.txt:3-4"), re.M), ["3", "4"])
+        self.assertEqual(re.findall(r"^a\.txt:(\d+):", self.explain(source, "a.txt:5"), re.M), ["5"])
+        # A file may be called so.
+        self.assertIn("a.txt:3:1: A", self.explain({"a.txt:3": "A\n#define A\n"}, "a.txt:3"))
+
+    def test_width_is_respected(self):
+        source = "#define F(x) x x \u00e4\u00f6\u00fc x x\n" + "F(F(F(\u4e2d \u6587 text)))\n"
+        for words, most in ((("--width", "30"), 30), (("--width=77",), 77), ((), 100)):
+            for language in ("C", "C.UTF-8"):
+                (self.folder / "a.txt").write_text(source)
+                done = subprocess.run([OPTIONS.explain, *words, "a.txt"], cwd=self.folder, capture_output=True,
+                                      env={**os.environ, "LC_ALL": language}, check=True)
+                self.assertEqual(max(map(len, done.stdout.decode().splitlines())), most)
+
+    def on_terminal(self, *words):
+        """What is written to a terminal of 50 columns."""
+        control, terminal = pty.openpty()
+        fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 50, 0, 0))
+        with subprocess.Popen([OPTIONS.explain, *words], cwd=self.folder, stdout=terminal, env={**os.environ, "LC_ALL": "C"}):
+            os.close(terminal)
+            shown = b""
+            try:
+                while part := os.read(control, 10000):
+                    shown += part
+            except OSError:
+                pass  # The end of a terminal whose process is gone.
+        os.close(control)
+        return shown.decode()
+
+    def test_a_terminal_is_asked_for_its_width_and_gets_colours(self):
+        (self.folder / "a.txt").write_text("#define A 1\nA " + "word " * 50 + "\n")
+        coloured = self.on_terminal("a.txt:2")
+        self.assertIn("\x1b[1mA\x1b[0m -> 1", coloured)
+        plain = self.on_terminal("--color=never", "a.txt:2")
+        self.assertEqual(plain, re.sub(r"\x1b\[\d*m", "", coloured))
+        self.assertEqual(max(map(len, plain.splitlines())), 50)
+        self.assertNotIn("\x1b", self.explain({}, "--width=50", "a.txt:2"))
+        self.assertEqual(self.explain({}, "--width=50", "--color=always", "a.txt:2").splitlines(), coloured.splitlines())
+
     def test_lines_are_those_of_the_file_whatever_line_directives_say(self):
         self.assertIn("a.txt:4> 1", self.explain('#define A 1\n#line 90 "b"\n\nA\n', "a.txt:4"))
 
@@ -155,20 +199,19 @@ class ExplainTest(Companion):
     def test_a_division_by_zero_is_told(self):
         self.assertIn("the run ends here: division by zero", self.explain("#if 1 / 0\n#endif\n"))
 
-    def test_memory_follows_the_lines_that_are_asked_for(self):
-        source = "#define A(x) (x + x)\n" + "text A(A(A(1))) more of it A(2)\n" * 100000
+    def most_memory(self, *words):
+        # A process of its own, whose only child is measured.
+        code = ("import resource, subprocess, sys; subprocess.run(sys.argv[1:], stdout=subprocess.DEVNULL, check=True);"
+                "print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
+        return int(self.run_in([sys.executable, "-c", code, OPTIONS.explain, *words]).stdout)
 
-        def most_memory(*words):
-            before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
-            # A process of its own, whose only child is measured.
-            code = ("import resource, subprocess, sys; subprocess.run(sys.argv[1:], stdout=subprocess.DEVNULL);"
-                    "print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
-            done = self.run_in([sys.executable, "-c", code, OPTIONS.explain, *words], {"a.txt": source})
-            self.assertGreaterEqual(before, 0)
-            return int(done.stdout)
-        few = most_memory("a.txt:50000")
-        self.assertLess(few, 40000)
-        self.assertGreater(most_memory("a.txt:1-20000"), 2 * few)
+    def test_memory_follows_the_lines_that_are_asked_for(self):
+        line = "text A(A(1)) " + "and more of it " * 32 + "\n"
+        (self.folder / "a.txt").write_text("#define A(x) (x + x)\n" + line * 40000)
+        self.assertGreater((self.folder / "a.txt").stat().st_size, 19_000_000)
+        few = self.most_memory("a.txt:30000-30001")
+        self.assertLess(few, 20_000)  # KB
+        self.assertGreater(self.most_memory("a.txt:1-20000"), 2 * few)
 
     def test_what_is_left_out_is_said(self):
         shown = self.explain("#define A 1\n" + "A\n" * 100, "--most", "50")
@@ -187,6 +230,7 @@ class CheckTest(Companion):
         ("divisor-in-condition", 2, "#define N 2\n#if defined(N) && 8 / N\n#endif\n", "#define N 2\n#if 8 / N\n#endif\n"),
         ("lone-hash", 2, "#if 0\n#\n#endif\n#endif\n", "#if 0\n#\nx\n#endif\n"),
         ("number-with-macro", 2, "#define f 1\n1.0f\n", "#define f 1\n1.0 f 0xf\n"),
+        ("number-with-macro", 2, "#define e5 1\n1e5\n", "#define e5 1\n1 e5\n"),
         ("pragma-once", 1, "#pragma once\n", "#pragma twice\n"),
         ("string-with-escape", 2, '#define n 1\n"a n\\n"\n', '#define n 1\n"a n\\\\" n "\\""\n'),
         ("string-with-escape", 1, '#define S "a \\n  b"\n', '#define S "a \\n b"\n#define T "a  b"\n"a  \\n  b"\n'),
@@ -211,6 +255,15 @@ class CheckTest(Companion):
                                       json.loads(self.check(text, "--format", "json").stdout) if entry["id"] == rule]
                 self.assertEqual(found(bad), [(rule, line)])
                 self.assertEqual(found(good), [])
+
+    def test_a_finding_says_where_what_and_what_to_do(self):
+        self.assertEqual(self.check("#if 0\n#esle\n#endif\n").stdout.decode(),
+                         'a.txt:2: unknown-directive: "#esle" is no directive; the nearest is "#else". '
+                         "Write the directive that is meant.\n")
+        self.assertEqual(json.loads(self.check("#pragma once\n", "--format=json").stdout),
+                         [{"id": "pragma-once", "file": "a.txt", "line": 1,
+                           "text": '"#pragma once" does not keep the file from being read again',
+                           "advice": "Begin the file with #ifndef NAME and #define NAME, and end it with #endif."}])
 
     def test_headers_without_a_guard(self):
         headers = {"no.h": "#define A 1\n", "guard.h": "#include <stdio.h>\n#ifndef B\n#define B\n#endif\n",

@@ -116,6 +116,12 @@ class Checker {
   }
 
  private:
+  // A use of a macro with arguments, and whether nothing comes of it.
+  struct Call {
+    std::uint64_t end = 0;
+    bool isEmpty = true;
+  };
+
   void add(std::string_view id, std::int32_t line, std::string text) {
     found_.push_back(findingOf(id, name_, line, std::move(text)));
   }
@@ -142,7 +148,9 @@ class Checker {
         }
       }
       for (const Expansion* const call : callsIn_[file]) {
-        calls_[call->nameBegin] = std::max(calls_[call->nameBegin], call->callEnd);
+        Call& known = calls_[call->nameBegin];
+        known.end = std::max(known.end, call->callEnd);
+        known.isEmpty = known.isEmpty && call->replacement.empty();
       }
     }
     const auto lines = tokensOf(text_);
@@ -194,7 +202,7 @@ class Checker {
     const std::int32_t number = line.front().line;
     if (word == line.size()) {
       const CppTokenKind taken = next == nullptr ? TK_END : directiveOf(*next);
-      if (isSkipped(number) && taken >= TK_IF && taken <= TK_PRAGMA) {
+      if (isSkipped(number) && isConditional(taken)) {
         add("lone-hash", number, "this \"#\" takes the directive in the next line with it, which is not carried out");
       }
       return;
@@ -295,8 +303,10 @@ class Checker {
           blanks = &token;
         }
       }
-      if (end < line.size() && hasEscape) {
-        addString(line[at].line, macro, blanks != nullptr && (isDefinition || isInArguments(*blanks)));
+      const Call* const call = callAround(line[at]);
+      if (end < line.size() && hasEscape && (call == nullptr || !call->isEmpty)) {
+        // Text keeps its blanks; a replacement list and an argument do not.
+        addString(line[at].line, macro, blanks != nullptr && (isDefinition || call != nullptr));
       }
       at = end;
     }
@@ -311,11 +321,11 @@ class Checker {
     }
   }
 
-  // Text keeps its blanks; a replacement list and an argument do not.
-  bool isInArguments(const SourceToken& token) const {
+  // The use of a macro in whose arguments the token stands; null for none.
+  const Call* callAround(const SourceToken& token) const {
     const auto offset = static_cast<std::uint64_t>(token.text.data() - text_.data());
     const auto behind = calls_.upper_bound(offset);
-    return behind != calls_.begin() && offset < std::prev(behind)->second;
+    return behind != calls_.begin() && offset < std::prev(behind)->second.end ? &std::prev(behind)->second : nullptr;
   }
 
   void checkNumbers(const Tokens& line) {
@@ -382,8 +392,7 @@ class Checker {
   std::set<std::int32_t> skipped_;
   std::set<std::int32_t> read_;
   std::map<std::int32_t, std::int32_t> ties_;  // Texts of several lines: the first and the last.
-  std::map<std::uint64_t, std::uint64_t>
-      calls_;  // Uses of macros with arguments: their first byte, and behind the last.
+  std::map<std::uint64_t, Call> calls_;        // By the offsets of their names.
 };
 
 }  // namespace

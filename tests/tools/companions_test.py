@@ -231,8 +231,10 @@ class CheckTest(Companion):
         ("lone-hash", 2, "#if 0\n#\n#endif\n#endif\n", "#if 0\n#\nx\n#\n#undef A\n#endif\n"),
         ("number-with-macro", 2, "#define f 1\n1.0f\n", "#define f 1\n1.0 f 0xf\n"),
         ("number-with-macro", 2, "#define e5 1\n1e5\n", "#define e5 1\n1 e5\n"),
+        ("number-with-macro", 2, "#define F(x) 1\n2F(1)\n", "#define F(x) 1\n2F\n"),
         ("pragma-once", 1, "#pragma once\n", "#pragma twice\n"),
         ("string-with-escape", 2, '#define n 1\n"a n\\n"\n', '#define n 1\n"a n\\\\" n "\\""\n'),
+        ("string-with-escape", 2, '#define f(x) 1\n"a f(1)\\n"\n', '#define f(x) 1\n"a f\\n"\n'),
         ("string-with-escape", 1, '#define S "a \\n  b"\n', '#define S "a \\n b"\n#define T "a  b"\n"a  \\n  b"\n'),
         ("string-with-escape", 3, '#define f(x) x\n\nf("a \\n\tb")\n', '#define f(x) x\ng("a\\n\tb") f("a\\n b")\n'
          '#define none(x)\nnone("a \\n  f")\n'),

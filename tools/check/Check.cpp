@@ -89,7 +89,7 @@ class Checker {
   Checker(const Explanation& explanation, const std::string& standardInput)
       : told_(explanation), standardInput_(standardInput) {
     for (const Definition& definition : told_.definitions) {
-      names_.insert(definition.name);
+      (definition.isFunctionLike ? functionLike_ : objectLike_).insert(definition.name);
     }
     for (Id id = 1; id < told_.files.size(); ++id) {
       instances_[told_.files[id].path].push_back(id);
@@ -283,6 +283,17 @@ class Checker {
     }
   }
 
+  // Whether the token is the name of a macro, and not one that wants a "(" and has none.
+  bool isMacro(const Tokens& line, std::size_t at) const {
+    if (!isName(line[at].kind)) {
+      return false;
+    }
+    const std::string name(line[at].text);
+    const std::size_t behind = passBlanks(line, at + 1);
+    return objectLike_.count(name) > 0 ||
+           (functionLike_.count(name) > 0 && behind < line.size() && line[behind].kind == '(');
+  }
+
   void checkStrings(const Tokens& line) {
     const bool isDefinition = directiveOf(line) == TK_DEFINE;
     for (std::size_t at = 0; at < line.size(); ++at) {
@@ -296,7 +307,7 @@ class Checker {
       for (; end < line.size() && !line[end].isLoneQuote(); ++end) {
         const SourceToken& token = line[end];
         hasEscape = hasEscape || token.text == "\\";
-        if (macro == nullptr && isName(token.kind) && names_.count(std::string(token.text)) > 0) {
+        if (macro == nullptr && isMacro(line, end)) {
           macro = &token;
         }
         if (isBlank(token.kind) && (token.text != " " || isBlank(line[end - 1].kind))) {
@@ -332,7 +343,7 @@ class Checker {
     for (std::size_t at = 1; at < line.size(); ++at) {
       const SourceToken& number = line[at - 1];
       const bool isNumber = number.kind >= TK_DEC_INT && number.kind <= TK_HEX_UINT;
-      if (isNumber && isName(line[at].kind) && names_.count(std::string(line[at].text)) > 0) {
+      if (isNumber && isMacro(line, at)) {
         add("number-with-macro", number.line,
             "\"" + std::string(line[at].text) + "\" behind the number \"" + std::string(number.text) + "\" is a macro");
       }
@@ -380,7 +391,8 @@ class Checker {
 
   const Explanation& told_;
   const std::string& standardInput_;
-  std::set<std::string> names_;                       // Of all macros.
+  std::set<std::string> objectLike_;  // Names of macros.
+  std::set<std::string> functionLike_;
   std::map<std::string, std::vector<Id>> instances_;  // By path.
   std::map<Id, std::vector<const Line*>> linesOf_;
   std::map<Id, std::vector<const Expansion*>> callsIn_;

@@ -150,6 +150,14 @@ class ExplainTest(Companion):
                                       env={**os.environ, "LC_ALL": language}, check=True)
                 self.assertEqual(max(map(len, done.stdout.decode().splitlines())), most)
 
+    def test_a_reason_goes_on_in_the_next_line(self):
+        shown = self.explain("#define MAXIMUM_TEMPERATURE 1\n#define F MAXIMUM_TEMPERATUR\nF\n", "--width=40", "a.txt:3")
+        self.assertIn("| + MAXIMUM_TEMPERATUR is no macro; the\n"
+                      "| |   nearest is \"MAXIMUM_TEMPERATURE\"\n"
+                      "| |   (a.txt:1)\n", shown)
+        self.assertIn("a.txt:1: #if 0\n  is 0: what\n    follows is\n    skipped\n",
+                      self.explain("#if 0\n#endif\n", "--width=20"))
+
     def on_terminal(self, *words):
         """What is written to a terminal of 50 columns."""
         control, terminal = pty.openpty()

@@ -4,11 +4,13 @@ include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 # A project that takes qnpp in as a subfolder uses the same names as one that finds it installed.
-# qnpp-build is there if its option library is.
+# A companion is there if the libraries that it uses are.
 set(programs qnpp)
-if(TARGET qnpp-build)
-  list(APPEND programs qnpp-build)
-endif()
+foreach(companion qnpp-build qnpp-explain qnpp-check)
+  if(TARGET ${companion})
+    list(APPEND programs ${companion})
+  endif()
+endforeach()
 foreach(program IN LISTS programs)
   add_executable(qnpp::${program} ALIAS ${program})
 endforeach()
@@ -72,24 +74,20 @@ install(DIRECTORY integrations/bazel DESTINATION "${CMAKE_INSTALL_DATADIR}/qnpp"
 # ---- For people: manual, completions, editors, documents. ----
 
 find_program(AWK NAMES awk mawk gawk DOC "Makes the page for man(1) from the manual in Markdown")
-function(qnpp_add_man_page program)
-  set(page "${PROJECT_BINARY_DIR}/${program}.1")
-  set(source "${PROJECT_SOURCE_DIR}")
-  add_custom_command(
-    OUTPUT "${page}"
-    COMMAND "${CMAKE_COMMAND}" "-DAWK=${AWK}" "-DSOURCE_DIR=${source}" "-DPROGRAM=${program}" "-DOUTPUT=${page}"
-            -P "${source}/cmake/WriteManPage.cmake"
-    DEPENDS "${source}/docs/${program}.1.md" "${source}/cmake/MarkdownToMan.awk" "${source}/cmake/WriteManPage.cmake"
-            "${source}/cmake/Version.cmake"
-    COMMENT "Making the man page of ${program}"
-    VERBATIM)
-  add_custom_target(${program}_man ALL DEPENDS "${page}")
-  install(FILES "${page}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" ${ARGN})
-endfunction()
-
 if(AWK)
   foreach(program IN LISTS programs)
-    qnpp_add_man_page(${program})
+    set(page "${PROJECT_BINARY_DIR}/${program}.1")
+    set(source "${PROJECT_SOURCE_DIR}")
+    add_custom_command(
+      OUTPUT "${page}"
+      COMMAND "${CMAKE_COMMAND}" "-DAWK=${AWK}" "-DSOURCE_DIR=${source}" "-DPROGRAM=${program}" "-DOUTPUT=${page}"
+              -P "${source}/cmake/WriteManPage.cmake"
+      DEPENDS "${source}/docs/${program}.1.md" "${source}/cmake/MarkdownToMan.awk" "${source}/cmake/WriteManPage.cmake"
+              "${source}/cmake/Version.cmake"
+      COMMENT "Making the man page of ${program}"
+      VERBATIM)
+    add_custom_target(${program}_man ALL DEPENDS "${page}")
+    install(FILES "${page}" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
   endforeach()
 else()
   message(WARNING "awk not found: the man pages are neither made nor installed")
@@ -105,6 +103,9 @@ endforeach()
 install(FILES integrations/vim/compiler/qnpp.vim DESTINATION "${CMAKE_INSTALL_DATADIR}/vim/vimfiles/compiler")
 install(FILES integrations/emacs/qnpp.el DESTINATION "${CMAKE_INSTALL_DATADIR}/emacs/site-lisp")
 install(FILES integrations/ci/qnpp-problem-matcher.json DESTINATION "${CMAKE_INSTALL_DATADIR}/qnpp")
+if(TARGET qnpp-explain)
+  install(FILES tools/explain/explain.schema.json DESTINATION "${CMAKE_INSTALL_DATADIR}/qnpp")
+endif()
 
 # In the folders that they have here: they refer to one another.
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")

@@ -19,8 +19,9 @@ qnpp carries out preprocessing directives, expands macros and writes the
 result as text with line directives. It works on any C-like text: interface
 definitions, shaders, linker scripts, tables.
 .
-The package also holds what builds need to use it: files for CMake,
-pkg-config and make.")
+The package also holds companions for builds, for seeing how a result came
+about and for finding likely mistakes, and what builds need to use them:
+files for CMake, pkg-config, make, Ninja and Bazel.")
 set(CPACK_PACKAGE_FILE_NAME "qnpp-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}")
 set(CPACK_STRIP_FILES TRUE)
 set(CPACK_PRE_BUILD_SCRIPTS "${CMAKE_CURRENT_SOURCE_DIR}/packaging/arrange.cmake")

@@ -2,13 +2,13 @@
 
 #include <fcntl.h>
 
-#include <array>
 #include <new>
 #include <string_view>
 #include <utility>
 
 #include "driver/DescriptorStream.h"
 #include "driver/OptionParser.h"
+#include "driver/ProgramOptions.h"
 #include "qnpp/version.h"
 
 namespace qnpp {
@@ -18,29 +18,9 @@ namespace {
 constexpr std::string_view kProgramName = "qnpp";
 constexpr std::string_view kMessagePrefix = "qnpp: ";
 
-// The first row matters to the parser beyond its own option: only words that begin like it may follow `-I` with a dash.
-constexpr std::array<OptionEntry, 8> kOptions{{
-    {"I ", 1, "missing path name for '-I' option number %d"},
-    {"D_", 1, "missing macro for '-D' option number %d"},
-    {"o", 1, "missing output file name for '-o' option"},
-    {"s", 1, "no source name provided to '-s' option"},
-    {"v", OptionEntry::kTakesNoValue, ""},
-    {"-version", OptionEntry::kTakesNoValue, ""},
-    {"h", OptionEntry::kTakesNoValue, ""},
-    {"-help", OptionEntry::kTakesNoValue, ""},
-}};
-
-constexpr std::string_view kOptionsHelp =
-    "  -I<dir>        : add a directory for searching include files.\n"
-    "  -D<name>       : define preprocessor symbol.\n"
-    "  -o <name>      : output file. If not specified, writes to standard out.\n"
-    "  -s <name>      : source name. Overrides source file name in messages. Useful when reading from standard in.\n"
-    "  -v, --version  : show version number.\n"
-    "  -h, --help     : show this help text.\n";
-
 void writeHelp(std::ostream& output) {
   output << "Usage: " << kProgramName << " [options] [source_file]\n\n"
-         << kOptionsHelp
+         << programOptionsHelp()
          << "\n"
             "The order you specify options and source file does not matter.\n"
             "If no source file is specified, qnpp reads from standard in.\n"
@@ -90,15 +70,11 @@ bool addIncludeDirectories(const OptionParser& options, Preprocessor& preprocess
 
 }  // namespace
 
-std::span<const OptionEntry> programOptions() { return kOptions; }
-
-std::string_view programOptionsHelp() { return kOptionsHelp; }
-
 Driver::Driver(std::ostream& output, std::ostream& messages, Reader standardInput)
     : output_(output), messages_(messages), source_(Source::ofReader(std::move(standardInput))) {}
 
 std::optional<Status> Driver::run(int argc, const char* const* argv) {
-  const OptionParser options(argc, argv, kOptions, kMessagePrefix, PlainArguments::Anywhere, messages_);
+  const OptionParser options(argc, argv, programOptions(), kMessagePrefix, PlainArguments::Anywhere, messages_);
   if (options.reportUnknownOptions() || options.reportMisplacedArguments()) {
     return std::nullopt;
   }

@@ -4,21 +4,13 @@
 #include <memory>
 #include <optional>
 #include <ostream>
-#include <span>
 #include <string>
-#include <string_view>
 
 #include "qnpp/preprocessor.h"
 
 namespace qnpp {
 
 class OptionParser;
-struct OptionEntry;
-
-/// The options of the program, for OptionParser, and the lines of its help text that tell of them: companions of the
-/// program take the same.
-std::span<const OptionEntry> programOptions();
-std::string_view programOptionsHelp();
 
 /// Carries out a command line.
 class Driver {

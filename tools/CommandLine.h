@@ -1,21 +1,63 @@
-// The options that the companions share with the program.
+// The command line of a companion: that of qnpp, and what the companion has beyond it.
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+#include <utility>
+#include <vector>
 
-#include "tools/explain/RecordedRun.h"
+#include "tools/RunOptions.h"
 
 namespace qnpp {
 
-/// Lets `app` take the options of qnpp. `-o` does nothing here, so that a command line of qnpp can be used as it is.
-inline void addRunOptions(CLI::App& app, RunOptions& options) {
-  const auto addList = [&app](const char* name, std::vector<std::string>& list, const char* what, const char* type) {
-    app.add_option(name, list, what)->expected(1)->take_all()->allow_extra_args(false)->type_name(type);
-  };
-  addList("-I", options.includeDirectories, "Add a directory for searching include files", "DIR");
-  addList("-D", options.definitions, "Define a macro", "NAME[=TEXT]");
-  app.add_option("-s", options.sourceName, "Source name in places and messages")->type_name("NAME");
-  app.add_option("-o", options.output, "Output of qnpp; nothing is written there")->type_name("NAME");
-}
+/// The options that qnpp does not have are entered first, each with what `--help` says about it; then the words are
+/// read. All other words are taken as qnpp takes them, and wrong ones are reported as it does.
+///
+/// An option that is called like one of a compiler, `--MD`, is written and shown as `-MD`.
+class CommandLine {
+ public:
+  /// The name of the companion, and how its help names the sources: "[source_file]".
+  CommandLine(std::string name, std::string sourcesWord, std::size_t mostSources = 1);
+
+  /// A sentence for the help.
+  void addNote(std::string note) { note_ = std::move(note); }
+
+  void addFlag(const std::string& name, bool& flag, const std::string& text) { app_.add_flag(name, flag, text); }
+  /// An option with a value, of which the last one counts; `valueWord` shows what it is: "<file>".
+  template <typename Value>
+  CLI::Option* addValue(const std::string& name, const std::string& valueWord, Value& to, const std::string& text) {
+    return app_.add_option(name, to, text)->type_name(valueWord)->take_last();
+  }
+  /// An option that may come more than once, each time with a value.
+  CLI::Option* addValues(const std::string& name, const std::string& valueWord, std::vector<std::string>& to,
+                         const std::string& text);
+
+  /// Reads the words behind the name of the program. Nothing is left to do when the answer is false: help or version
+  /// went to `output`, or what is wrong went to `messages`, and status() is that of the process. Throws Failure for
+  /// what is wrong with options that qnpp does not have.
+  bool read(const std::vector<std::string>& words, RunOptions& options, std::ostream& output, std::ostream& messages);
+
+  int status() const { return status_; }
+  /// All sources, where there may be more than one. The first is in the options too.
+  const std::vector<std::string>& sources() const { return sources_; }
+
+ private:
+  void writeHelp(std::ostream& output) const;
+  bool answerQuestions(const class OptionParser& parser, std::ostream& output);
+  bool readProgramOptions(const class OptionParser& parser, RunOptions& options, std::ostream& messages);
+
+  std::string name_;
+  std::string sourcesWord_;
+  std::size_t mostSources_;
+  std::string note_;
+  CLI::App app_;
+  std::vector<std::string> sources_;
+  int status_;
+};
+
+/// The words of a process, without its name.
+std::vector<std::string> wordsOf(int argc, const char* const* argv);
 
 }  // namespace qnpp

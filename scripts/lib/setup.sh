@@ -22,6 +22,8 @@ hasCommand() { command -v "$1" >/dev/null 2>&1; }
 
 hasHeader() { [ -e "/usr/include/$1" ] || [ -e "/usr/local/include/$1" ]; }
 
+hasPythonPackage() { [ -d "/usr/lib/python3/dist-packages/$1" ]; }
+
 # Runs a command as root, asking for nothing but, at worst, sudo's password. The lock of build() is not handed on: a
 # service that a package starts would keep it.
 asRoot() {
@@ -44,10 +46,8 @@ installMissing() {
   if [ "$1" = test ]; then
     hasHeader CLI/CLI.hpp || packages+=(libcli11-dev)
     hasHeader gtest/gtest.h || packages+=(libgtest-dev)
-    hasHeader benchmark/benchmark.h || packages+=(libbenchmark-dev)
-    # For qnpp-explain and qnpp-check.
-    hasHeader CLI/CLI.hpp || packages+=(libcli11-dev)
     hasHeader nlohmann/json.hpp || packages+=(nlohmann-json3-dev)
+    hasHeader benchmark/benchmark.h || packages+=(libbenchmark-dev)
     hasCommand python3 || packages+=(python3)
     hasCommand cc || packages+=(gcc)
     # What the tests of the manual, of the installation and of the packages use.
@@ -64,7 +64,14 @@ installMissing() {
     hasCommand fdtget || packages+=(device-tree-compiler)
     hasCommand omniidl || packages+=(omniidl)
     hasCommand sqlite3 || packages+=(sqlite3)
-    [ -d /usr/lib/python3/dist-packages/yaml ] || packages+=(python3-yaml)
+    hasPythonPackage yaml || packages+=(python3-yaml)
+    # What reads the events and the pages of qnpp-explain. Ubuntu has that browser as a snap only, and does without.
+    hasPythonPackage jsonschema || packages+=(python3-jsonschema)
+    if grep -qsx ID=debian /etc/os-release; then
+      hasCommand chromium || packages+=(chromium)
+      hasCommand chromedriver || packages+=(chromium-driver)
+      hasPythonPackage selenium || packages+=(python3-selenium)
+    fi
   fi
   installPackages ${packages[@]+"${packages[@]}"}
 }

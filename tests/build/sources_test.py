@@ -27,7 +27,7 @@ LAYERS = {
     "library": {"library", "engine", "macros", "directives", "lexer", "qnpp", "BuildInfo.h"},
     "include/qnpp": {"qnpp"},
     "driver": {"driver", "qnpp"},
-    "tools": {"tools"},
+    "tools": {"tools", "driver", "qnpp"},
     "tools/explain": {"tools", "engine", "macros", "directives", "lexer", "qnpp", "Page.h"},
     "tools/check": {"tools", "lexer", "qnpp"},
     "tools/build": {"tools", "driver", "directives", "qnpp"},

@@ -161,7 +161,9 @@ def check_commands(source, build, with_long, problems):
             # The commands shown are to build everything. Only what they say about building is kept out of the way.
             shutil.rmtree(checkout / "build")
             subprocess.run([checkout / "scripts/qnpp", "--help"], env=environment, stdout=subprocess.DEVNULL)
-        for path in documents(source):
+        for path in documents(source) + sorted((source / "examples").glob("*/README.md")):
+            # The commands of an example are shown to those who stand in its folder.
+            place = checkout / path.parent.relative_to(source) if path.parent.parent.name == "examples" else checkout
             for block in markdown.split(path.read_text())[0]:
                 if not is_run(block, path == source / "README.md"):
                     continue
@@ -169,7 +171,7 @@ def check_commands(source, build, with_long, problems):
                     left_out += 1
                     continue
                 try:
-                    problem = run_block(block, checkout, environment, 3600 if with_long else 120)
+                    problem = run_block(block, place, environment, 3600 if with_long else 120)
                 except ValueError as error:
                     problem = str(error)
                 if problem:

@@ -14,6 +14,8 @@ cmake --install "$build" --prefix "$prefix" >log 2>&1 || {
 # Documents and examples are whatever the checkout holds; everything else is named here.
 expected='bin/qnpp
 bin/qnpp-build
+bin/qnpp-check
+bin/qnpp-explain
 include/qnpp/preprocessor-c.h
 include/qnpp/preprocessor.h
 include/qnpp/version.h
@@ -21,6 +23,8 @@ lib/libqnpp.a
 lib/pkgconfig/libqnpp.pc
 share/bash-completion/completions/qnpp
 share/bash-completion/completions/qnpp-build
+share/bash-completion/completions/qnpp-check
+share/bash-completion/completions/qnpp-explain
 share/cmake/qnpp/QnppPreprocess.cmake
 share/cmake/qnpp/qnppConfig.cmake
 share/cmake/qnpp/qnppConfigVersion.cmake
@@ -30,19 +34,26 @@ share/cmake/qnpp/qnppTargets-BUILD.cmake
 share/cmake/qnpp/qnppTargets.cmake
 share/emacs/site-lisp/qnpp.el
 share/fish/vendor_completions.d/qnpp-build.fish
+share/fish/vendor_completions.d/qnpp-check.fish
+share/fish/vendor_completions.d/qnpp-explain.fish
 share/fish/vendor_completions.d/qnpp.fish
 share/man/man1/qnpp-build.1
+share/man/man1/qnpp-check.1
+share/man/man1/qnpp-explain.1
 share/man/man1/qnpp.1
 share/pkgconfig/qnpp.pc
 share/qnpp/bazel/BUILD.bazel
 share/qnpp/bazel/WORKSPACE
 share/qnpp/bazel/defs.bzl
+share/qnpp/explain.schema.json
 share/qnpp/qnpp-problem-matcher.json
 share/qnpp/qnpp.mk
 share/qnpp/qnpp.ninja
 share/vim/vimfiles/compiler/qnpp.vim
 share/zsh/site-functions/_qnpp
-share/zsh/site-functions/_qnpp-build'
+share/zsh/site-functions/_qnpp-build
+share/zsh/site-functions/_qnpp-check
+share/zsh/site-functions/_qnpp-explain'
 found=$(cd "$prefix" && find . -type f -not -path './share/doc/*' | sed 's|^\./||' | LC_ALL=C sort)
 same 'what is installed' "$expected" "$(sed 's/Targets-[a-z]*/Targets-BUILD/' <<<"$found")"
 check 'the manual for the web is installed' [ -s "$prefix/share/doc/qnpp/docs/qnpp.1.md" ]
@@ -62,6 +73,9 @@ cp -R "$prefix" "$moved"
 printf '#if A\nyes\n#endif\n' >source.txt
 same 'the installed program runs' $'#line 1 "source.txt"\n#line 2 "source.txt"\nyes' \
   "$("$moved/bin/qnpp" -DA source.txt)"
+for name in build explain check; do
+  holds "the installed qnpp-$name runs" "$("$moved/bin/qnpp-$name" --version)" "qnpp-$name version "
+done
 
 # ---- pkg-config. ----
 

@@ -45,8 +45,8 @@ build() { # build <checkout> <release build> <folder>
   copyCheckout "$1" "$there"
   giveRevision "$1" "$there" "$revision"
   umask 022
-  { configure "$here" "$here/build" "$2" && cmake --build "$here/build" --target qnpp_man qnpp-build_man &&
-    cp "$2/qnpp" "$2/qnpp-build" "$2/libqnpp.a" "$here/build" && (cd "$here/build" && cpack); } >"$3/log.1" 2>&1 ||
+  { configure "$here" "$here/build" "$2" && cmake --build "$here/build" --target qnpp_man qnpp-build_man qnpp-explain_man qnpp-check_man &&
+    cp "$2"/{qnpp,qnpp-build,qnpp-explain,qnpp-check,libqnpp.a} "$here/build" && (cd "$here/build" && cpack); } >"$3/log.1" 2>&1 ||
     failed 'the packages can be made' "$(tail -n 30 "$3/log.1")"
   # The programs are the same with the shared library.
   { configure "$here" "$3/shared" "$2" -DQNPP_SHARED_LIBRARY=ON &&
@@ -69,7 +69,7 @@ needsPackages() { # needsPackages <folder>: leaves the names of the files in $de
 reproducible() { # reproducible <folder>
   local here=$1/here/build there="$1/another place/b" file
   same 'what the program says of its build' "$("$there/qnpp" -v)" "$("$here/qnpp" -v)"
-  for file in qnpp qnpp-build; do
+  for file in qnpp qnpp-build qnpp-explain qnpp-check; do
     cmp "$here/$file" "$there/$file" || failed "$file is the same"
   done
   for file in "$here"/*.tar.gz "$here"/*.deb; do
@@ -109,10 +109,11 @@ deb() { # deb <folder>
   same 'the copyright file says who, and no more' "$("$root/usr/bin/qnpp" -v | sed -n 2p)" \
     "$(cat "$root/usr/share/doc/qnpp/copyright")"
   same 'everything belongs to root' '' "$(dpkg-deb -c "$deb" | awk '$2 != "root/root"')"
-  same 'there are the man pages of the programs and no others' 'qnpp-build.1.gz qnpp.1.gz' \
+  same 'there are the man pages of the programs and no others' 'qnpp-build.1.gz qnpp-check.1.gz qnpp-explain.1.gz qnpp.1.gz' \
     "$(find "$root/usr/share/man" -type f -printf '%f\n' | LC_ALL=C sort | paste -sd ' ' -)"
-  same 'the installed companion runs' $'b' \
-    "$("$root/usr/bin/qnpp-build" --line-directives=none source.txt)"
+  same 'the installed qnpp-build runs' 'b' "$("$root/usr/bin/qnpp-build" --line-directives=none source.txt)"
+  holds 'the installed qnpp-explain runs' "$("$root/usr/bin/qnpp-explain" source.txt:2)" 'source.txt:1: #define A b'
+  same 'the installed qnpp-check runs' '' "$("$root/usr/bin/qnpp-check" source.txt)"
 
   dpkg --root="$root" --install "$development" >log 2>&1 || failed 'the package of the library installs' "$(cat log)"
   cmake -S "${tests%/tests/package}/examples/library" -B library -DCMAKE_BUILD_TYPE=Release "-DCMAKE_PREFIX_PATH=$root/usr" >log 2>&1 &&

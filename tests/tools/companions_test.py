@@ -5,17 +5,51 @@
 """
 
 import argparse
+import fcntl
 import json
 import os
 import pathlib
+import pty
 import re
-import resource
+import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import unittest
 
+try:
+    import jsonschema
+except ImportError:
+    jsonschema = None  # Debian: python3-jsonschema
+sys.dont_write_bytecode = True
+from record_test import complaint  # noqa: E402
+
 OPTIONS = None
+
+
+def described(**properties):
+    """A schema for an object that has these properties, and no others."""
+    return {"type": "object", "required": list(properties), "properties": properties}
+
+
+def many(items):
+    return {"type": "array", "items": items}
+
+
+TEXT = {"type": "string"}
+MESSAGE = described(text=TEXT)
+# What SARIF 2.1.0 and those who show it want of a log, as far as one of ours goes.
+SARIF = described(**{"$schema": TEXT, "version": {"const": "2.1.0"}, "runs": many(described(
+    tool=described(driver=described(name=TEXT, version=TEXT, rules=many(described(
+        id=TEXT, shortDescription=MESSAGE, fullDescription=MESSAGE, help=MESSAGE,
+        defaultConfiguration=described(enabled={"type": "boolean"}, level={"enum": ["none", "note", "warning", "error"]}))))),
+    columnKind={"enum": ["utf16CodeUnits", "unicodeCodePoints"]},
+    results=many(described(
+        ruleId=TEXT, ruleIndex={"type": "integer"}, level={"enum": ["none", "note", "warning", "error"]}, message=MESSAGE,
+        locations=many(described(physicalLocation=described(
+            artifactLocation=described(uri=TEXT), region=described(startLine={"type": "integer"},
+                                                                   startColumn={"type": "integer"}))))))))})
 
 
 class Companion(unittest.TestCase):
@@ -98,6 +132,56 @@ class ExplainTest(Companion):
         self.assertIn("  not there: h.h\n  found: inc/h.h\n", shown)
         self.assertIn("  not there: inc/none.h\n", shown)
         self.assertIn("| inc/h.h:1: #define H 1\n", shown)
+        self.assertIn("  looked for nowhere: no -I names a directory\n", self.explain("#include <none.h>\n"))
+
+    def test_only_the_lines_asked_for_are_shown(self):
+        source = "#define A 1\n" + "A\n" * 5
+        self.assertEqual(re.findall(r"^a\.txt:(\d+):", self.explain(source, "a.txt:3-4"), re.M), ["3", "4"])
+        self.assertEqual(re.findall(r"^a\.txt:(\d+):", self.explain(source, "a.txt:5"), re.M), ["5"])
+        # A file may be called so.
+        self.assertIn("a.txt:3:1: A", self.explain({"a.txt:3": "A\n#define A\n"}, "a.txt:3"))
+
+    def test_width_is_respected(self):
+        source = "#define F(x) x x \u00e4\u00f6\u00fc x x\n" + "F(F(F(\u4e2d \u6587 text)))\n"
+        for words, most in ((("--width", "30"), 30), (("--width=77",), 77), ((), 100)):
+            for language in ("C", "C.UTF-8"):
+                (self.folder / "a.txt").write_text(source)
+                done = subprocess.run([OPTIONS.explain, *words, "a.txt"], cwd=self.folder, capture_output=True,
+                                      env={**os.environ, "LC_ALL": language}, check=True)
+                self.assertEqual(max(map(len, done.stdout.decode().splitlines())), most)
+
+    def test_a_reason_goes_on_in_the_next_line(self):
+        shown = self.explain("#define MAXIMUM_TEMPERATURE 1\n#define F MAXIMUM_TEMPERATUR\nF\n", "--width=40", "a.txt:3")
+        self.assertIn("| + MAXIMUM_TEMPERATUR is no macro; the\n"
+                      "| |   nearest is \"MAXIMUM_TEMPERATURE\"\n"
+                      "| |   (a.txt:1)\n", shown)
+        self.assertIn("a.txt:1: #if 0\n  is 0: what\n    follows is\n    skipped\n",
+                      self.explain("#if 0\n#endif\n", "--width=20"))
+
+    def on_terminal(self, *words):
+        """What is written to a terminal of 50 columns."""
+        control, terminal = pty.openpty()
+        fcntl.ioctl(terminal, termios.TIOCSWINSZ, struct.pack("HHHH", 24, 50, 0, 0))
+        with subprocess.Popen([OPTIONS.explain, *words], cwd=self.folder, stdout=terminal, env={**os.environ, "LC_ALL": "C"}):
+            os.close(terminal)
+            shown = b""
+            try:
+                while part := os.read(control, 10000):
+                    shown += part
+            except OSError:
+                pass  # The end of a terminal whose process is gone.
+        os.close(control)
+        return shown.decode()
+
+    def test_a_terminal_is_asked_for_its_width_and_gets_colours(self):
+        (self.folder / "a.txt").write_text("#define A 1\nA " + "word " * 50 + "\n")
+        coloured = self.on_terminal("a.txt:2")
+        self.assertIn("\x1b[1mA\x1b[0m -> 1", coloured)
+        plain = self.on_terminal("--color=never", "a.txt:2")
+        self.assertEqual(plain, re.sub(r"\x1b\[\d*m", "", coloured))
+        self.assertEqual(max(map(len, plain.splitlines())), 50)
+        self.assertNotIn("\x1b", self.explain({}, "--width=50", "a.txt:2"))
+        self.assertEqual(self.explain({}, "--width=50", "--color=always", "a.txt:2").splitlines(), coloured.splitlines())
 
     def test_lines_are_those_of_the_file_whatever_line_directives_say(self):
         self.assertIn("a.txt:4> 1", self.explain('#define A 1\n#line 90 "b"\n\nA\n', "a.txt:4"))
@@ -114,7 +198,7 @@ class ExplainTest(Companion):
 
     def test_a_source_that_cannot_be_read(self):
         done = self.run_in([OPTIONS.explain, "none.txt:3"])
-        self.assertEqual((done.returncode, done.stdout), (1, b""))
+        self.assertEqual((done.returncode, done.stdout), (2, b""))
         self.assertEqual(done.stderr, b"qnpp-explain: cannot open none.txt\n")
 
     def test_bytes_that_would_steer_the_terminal_are_not_written(self):
@@ -123,20 +207,19 @@ class ExplainTest(Companion):
     def test_a_division_by_zero_is_told(self):
         self.assertIn("the run ends here: division by zero", self.explain("#if 1 / 0\n#endif\n"))
 
-    def test_memory_follows_the_lines_that_are_asked_for(self):
-        source = "#define A(x) (x + x)\n" + "text A(A(A(1))) more of it A(2)\n" * 100000
+    def most_memory(self, *words):
+        # A process of its own, whose only child is measured.
+        code = ("import resource, subprocess, sys; subprocess.run(sys.argv[1:], stdout=subprocess.DEVNULL, check=True);"
+                "print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
+        return int(self.run_in([sys.executable, "-c", code, OPTIONS.explain, *words]).stdout)
 
-        def most_memory(*words):
-            before = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
-            # A process of its own, whose only child is measured.
-            code = ("import resource, subprocess, sys; subprocess.run(sys.argv[1:], stdout=subprocess.DEVNULL);"
-                    "print(resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss)")
-            done = self.run_in([sys.executable, "-c", code, OPTIONS.explain, *words], {"a.txt": source})
-            self.assertGreaterEqual(before, 0)
-            return int(done.stdout)
-        few = most_memory("a.txt:50000")
-        self.assertLess(few, 40000)
-        self.assertGreater(most_memory("a.txt:1-20000"), 2 * few)
+    def test_memory_follows_the_lines_that_are_asked_for(self):
+        line = "text A(A(1)) " + "and more of it " * 32 + "\n"
+        (self.folder / "a.txt").write_text("#define A(x) (x + x)\n" + line * 40000)
+        self.assertGreater((self.folder / "a.txt").stat().st_size, 19_000_000)
+        few = self.most_memory("a.txt:30000-30001")
+        self.assertLess(few, 20_000)  # KB
+        self.assertGreater(self.most_memory("a.txt:1-20000"), 2 * few)
 
     def test_what_is_left_out_is_said(self):
         shown = self.explain("#define A 1\n" + "A\n" * 100, "--most", "50")
@@ -153,10 +236,16 @@ class CheckTest(Companion):
         ("directive-as-text", 3, "#define f(x) x\nf\n#define LOST\n", "#define f(x) x\nf;\n#define KEPT\n"),
         ("directive-as-text", 3, "#define f(x) x\nf(\n#ifdef A\n)\n", "#define f(x) x\nf(/*\n#ifdef A\n*/)\n"),
         ("divisor-in-condition", 2, "#define N 2\n#if defined(N) && 8 / N\n#endif\n", "#define N 2\n#if 8 / N\n#endif\n"),
-        ("lone-hash", 2, "#if 0\n#\n#endif\n#endif\n", "#if 0\n#\nx\n#endif\n"),
+        ("lone-hash", 2, "#if 0\n#\n#endif\n#endif\n", "#if 0\n#\nx\n#\n#undef A\n#endif\n"),
         ("number-with-macro", 2, "#define f 1\n1.0f\n", "#define f 1\n1.0 f 0xf\n"),
+        ("number-with-macro", 2, "#define e5 1\n1e5\n", "#define e5 1\n1 e5\n"),
+        ("number-with-macro", 2, "#define F(x) 1\n2F(1)\n", "#define F(x) 1\n2F\n"),
         ("pragma-once", 1, "#pragma once\n", "#pragma twice\n"),
         ("string-with-escape", 2, '#define n 1\n"a n\\n"\n', '#define n 1\n"a n\\\\" n "\\""\n'),
+        ("string-with-escape", 2, '#define f(x) 1\n"a f(1)\\n"\n', '#define f(x) 1\n"a f\\n"\n'),
+        ("string-with-escape", 1, '#define S "a \\n  b"\n', '#define S "a \\n b"\n#define T "a  b"\n"a  \\n  b"\n'),
+        ("string-with-escape", 3, '#define f(x) x\n\nf("a \\n\tb")\n', '#define f(x) x\ng("a\\n\tb") f("a\\n b")\n'
+         '#define none(x)\nnone("a \\n  f")\n'),
         ("unknown-directive", 2, "#if 0\n#esle\n#endif\n", "#if 0\n#warning\n#endif\n"),
         ("words-behind-else", 3, "#if 1\nx\n#endif X\n", "#if 1\nx\n#endif // X\n"),
         ("unused-macro", 1, "#define A 1\n", "#define A 1\n#ifdef A\n#endif\n"),
@@ -177,6 +266,15 @@ class CheckTest(Companion):
                                       json.loads(self.check(text, "--format", "json").stdout) if entry["id"] == rule]
                 self.assertEqual(found(bad), [(rule, line)])
                 self.assertEqual(found(good), [])
+
+    def test_a_finding_says_where_what_and_what_to_do(self):
+        self.assertEqual(self.check("#if 0\n#esle\n#endif\n").stdout.decode(),
+                         'a.txt:2: unknown-directive: "#esle" is no directive; the nearest is "#else". '
+                         "Write the directive that is meant.\n")
+        self.assertEqual(json.loads(self.check("#pragma once\n", "--format=json").stdout),
+                         [{"id": "pragma-once", "file": "a.txt", "line": 1,
+                           "text": '"#pragma once" does not keep the file from being read again',
+                           "advice": "Begin the file with #ifndef NAME and #define NAME, and end it with #endif."}])
 
     def test_headers_without_a_guard(self):
         headers = {"no.h": "#define A 1\n", "guard.h": "#include <stdio.h>\n#ifndef B\n#define B\n#endif\n",
@@ -201,40 +299,60 @@ class CheckTest(Companion):
         done = self.check(source, "--error", "--disable", "pragma-once")
         self.assertEqual((done.returncode, done.stdout), (0, b""))
         self.assertEqual(self.run_in([OPTIONS.check, "none.txt"]).returncode, 2)
-        self.assertGreater(self.check(source, "--disable", "nonsense").returncode, 2)
+        self.assertEqual(self.check(source, "--disable", "nonsense").returncode, 2)
+
+    def sarif(self, name, source, *words):
+        (self.folder / os.fsdecode(name)).write_bytes(source)
+        done = self.run_in([OPTIONS.check, "--format=sarif", *words, name])
+        log = json.loads(done.stdout)
+        self.assertIsNone(complaint(log, SARIF, SARIF))
+        return log["runs"][0]
 
     def test_sarif_names_rule_place_and_advice(self):
-        log = json.loads(self.check("#pragma once\n", "--format", "sarif").stdout)
-        self.assertEqual(log["version"], "2.1.0")
-        run = log["runs"][0]
-        result = run["results"][0]
-        self.assertEqual(run["tool"]["driver"]["rules"][result["ruleIndex"]]["id"], result["ruleId"])
-        place = result["locations"][0]["physicalLocation"]
-        self.assertEqual((place["artifactLocation"]["uri"], place["region"]["startLine"]), ("a.txt", 1))
-        self.assertIn("#ifndef", result["message"]["text"])
+        run = self.sarif("a.txt", b"x\n#pragma once\n#endif X\n", "-o", "./a.txt")
+        self.assertEqual([result["ruleId"] for result in run["results"]],
+                         ["output-is-source", "pragma-once", "words-behind-else"])
+        for result, line in zip(run["results"], (1, 2, 3)):
+            rule = run["tool"]["driver"]["rules"][result["ruleIndex"]]
+            self.assertEqual(rule["id"], result["ruleId"])
+            self.assertTrue(result["message"]["text"].endswith(". " + rule["help"]["text"]))
+            place, = result["locations"]
+            self.assertEqual(place["physicalLocation"], {"artifactLocation": {"uri": "a.txt"},
+                                                         "region": {"startLine": line, "startColumn": 1}})
+        self.assertEqual(run["tool"]["driver"]["name"], "qnpp-check")
+        self.assertEqual(self.sarif("b.txt", b"x\n")["results"], [])
+
+    def test_sarif_writes_names_of_files_as_references(self):
+        for name, uri in (("a b.txt", "a%20b.txt"), ("a:b#c?d%.txt", "a%3Ab%23c%3Fd%25.txt"), ("\u00e4.txt", "%C3%A4.txt"),
+                          (b"\xff\\\n", "%FF%5C%0A"), (os.fsencode(self.folder) + b"/x", f"file://{self.folder}/x")):
+            run = self.sarif(name, b"#pragma once\n")
+            self.assertEqual(run["results"][0]["locations"][0]["physicalLocation"]["artifactLocation"]["uri"], uri)
 
 
 class DocumentsTest(Companion):
-    def test_manual_and_completions_know_all_options_and_rules(self):
-        source = pathlib.Path(OPTIONS.source)
-        for program in (OPTIONS.explain, OPTIONS.check):
-            name = pathlib.Path(program).name
-            help_text = self.run_in([program, "--help"]).stdout.decode()
-            words = set(re.findall(r"(?<![\w-])--?[A-Za-z][\w-]*", help_text)) - {"--help"}
-            self.assertGreater(len(words), 5)
-            manual = (source / f"docs/{name}.1.md").read_text()
-            for word in words:
-                self.assertIn(f"`{word}`", manual, name)
-                for path in (f"completions/{name}.bash", f"completions/_{name}"):
-                    self.assertIn(word, (source / path).read_text(), path)
-                self.assertIn(f"-{'l' if word.startswith('--') else 's'} {word.lstrip('-')} ",
-                              (source / f"completions/{name}.fish").read_text())
-        rules = re.findall(r'^    \{"([a-z-]+)", "', (source / "tools/check/Check.cpp").read_text(), re.M)
-        self.assertEqual(len(rules), 13)
-        for rule in rules:
-            self.assertIn(f"- `{rule}`\\\n", (source / "docs/qnpp-check.1.md").read_text())
-            for path in ("qnpp-check.bash", "_qnpp-check", "qnpp-check.fish"):
-                self.assertIn(rule, (source / "completions" / path).read_text(), path)
+    @unittest.skipUnless(jsonschema, "python3-jsonschema is not installed")
+    def test_the_schema_is_one_and_describes_the_events(self):
+        schema = json.loads((pathlib.Path(OPTIONS.source) / "tools/explain/explain.schema.json").read_text())
+        validator = jsonschema.validators.validator_for(schema)
+        validator.check_schema(schema)
+        (self.folder / "h.h").write_text("#define H 1\n")
+        done = self.run_in([OPTIONS.explain, "--json"], stdin=(
+            b'#include "h.h"\n#define J(a, b) #a a##b a\n#if H > 2 && defined(J)\nno\n#elif 1u\nJ(H, H) H(\xff) J(1\n#endif\n'
+            b"#undef H\n#line 7 \"x\"\nH __LINE__ J\n#include <none>\n"))
+        told = json.loads(done.stdout)
+        validator(schema).validate(told)
+        self.assertEqual({name for name in told if told[name] == []}, set(), "nothing of the schema is tried out")
+        # And it is not one that everything follows.
+        for name in told:
+            with self.assertRaises(jsonschema.ValidationError):
+                validator(schema).validate({other: told[other] for other in told if other != name})
+
+    def test_manual_knows_all_rules_and_no_others(self):
+        done = self.run_in([OPTIONS.check, "--disable", "none"])
+        rules = done.stderr.decode().partition("{")[2].partition("}")[0].split(",")
+        self.assertGreater(len(rules), 10)
+        findings = (pathlib.Path(OPTIONS.source) / "docs/qnpp-check.1.md").read_text().partition("## FINDINGS")[2].partition("\n## ")[0]
+        self.assertEqual(sorted(re.findall(r"^- `([a-z-]+)`\\$", findings, re.M)), rules)
 
 
 if __name__ == "__main__":

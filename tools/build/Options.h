@@ -6,20 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "tools/RunOptions.h"
 #include "tools/build/DependencyFile.h"
 #include "tools/build/FileNames.h"
 #include "tools/build/LineDirectives.h"
 
 namespace qnpp::build {
 
-struct Options {
-  // ---- Of qnpp ----
-  std::vector<std::string> definitions;
-  std::vector<std::string> includeDirectories;
-  std::string source;                 ///< Empty: standard input.
-  std::string sourceName;             ///< Of `-s`; empty without it.
-  std::optional<std::string> result;  ///< None: standard output.
-
+struct Options : RunOptions {
   // ---- Of the dependency file ----
   std::optional<std::string> dependencyFile;
   DependencyFormat dependencyFormat = DependencyFormat::Make;

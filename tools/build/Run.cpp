@@ -12,8 +12,7 @@
 #include <vector>
 
 #include "qnpp/preprocessor.h"
-#include "tools/build/ExitStatus.h"
-#include "tools/build/Failure.h"
+#include "tools/Companion.h"
 #include "tools/build/WholeFile.h"
 
 namespace qnpp::build {

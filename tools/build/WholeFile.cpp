@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "tools/build/Failure.h"
+#include "tools/Companion.h"
 
 namespace qnpp::build {
 namespace {

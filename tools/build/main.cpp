@@ -2,15 +2,11 @@
 // from is written down for the build tool.
 
 #include <csignal>
-#include <filesystem>
 #include <iostream>
-#include <new>
 #include <optional>
 
-#include "driver/MemoryBudget.h"
 #include "driver/StandardStreams.h"
-#include "tools/build/ExitStatus.h"
-#include "tools/build/Failure.h"
+#include "tools/Companion.h"
 #include "tools/build/Options.h"
 #include "tools/build/Run.h"
 #include "tools/build/WholeFile.h"
@@ -35,20 +31,11 @@ void cleanUpOnSignals() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  qnpp::MemoryBudget::begin();
-  qnpp::ignoreFailedWrites();
-  qnpp::occupyStandardDescriptors();
-  cleanUpOnSignals();
-  try {
-    int status = qnpp::build::kFailed;
+  return qnpp::runCompanion("qnpp-build", [argc, argv] {
+    qnpp::ignoreFailedWrites();
+    cleanUpOnSignals();
+    int status = qnpp::kFailed;
     const auto options = qnpp::build::readCommandLine(argc, argv, std::cout, std::cerr, status);
     return options ? qnpp::build::run(*options) : status;
-  } catch (const qnpp::build::Failure& failure) {
-    std::cerr << "qnpp-build: " << failure.what() << '\n';
-  } catch (const std::filesystem::filesystem_error& error) {
-    std::cerr << "qnpp-build: " << error.what() << '\n';
-  } catch (const std::bad_alloc&) {
-    std::cerr << "FATAL ERROR: out of memory.\n";
-  }
-  return qnpp::build::kFailed;
+  });
 }

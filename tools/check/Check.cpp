@@ -31,7 +31,8 @@ constexpr std::array<Rule, 13> kRules{{
     {"output-is-source", "The output would be written over the source.", "Give the output another name."},
     {"pragma-once", "#pragma once is passed on and does nothing else.",
      "Begin the file with #ifndef NAME and #define NAME, and end it with #endif."},
-    {"string-with-escape", "Text between quotes is no string, because of an escape, and macros are expanded in it.",
+    {"string-with-escape",
+     "Text between quotes is no string, because of an escape: macros are expanded in it, or blanks in it are lost.",
      "Write the escape in another way; only \\\" and \\\\ may stand in a string."},
     {"unknown-directive", "A word behind \"#\" is nearly a directive.", "Write the directive that is meant."},
     {"unused-macro", "A macro is defined and never used.", "Remove the definition.", false},
@@ -88,13 +89,19 @@ class Checker {
   Checker(const Explanation& explanation, const std::string& standardInput)
       : told_(explanation), standardInput_(standardInput) {
     for (const Definition& definition : told_.definitions) {
-      names_.insert(definition.name);
+      (definition.isFunctionLike ? functionLike_ : objectLike_).insert(definition.name);
     }
     for (Id id = 1; id < told_.files.size(); ++id) {
       instances_[told_.files[id].path].push_back(id);
     }
     for (std::size_t at = 1; at < told_.lines.size(); ++at) {
       linesOf_[told_.lines[at].place.file].push_back(&told_.lines[at]);
+    }
+    for (const Expansion& call : told_.expansions) {
+      // Those in arguments lie within others.
+      if (call.context == 0 && call.isFunctionLike && call.callEnd > call.nameBegin) {
+        callsIn_[call.place.file].push_back(&call);
+      }
     }
   }
 
@@ -109,23 +116,30 @@ class Checker {
   }
 
  private:
+  // A use of a macro with arguments, and whether nothing comes of it.
+  struct Call {
+    std::uint64_t end = 0;
+    bool isEmpty = true;
+  };
+
   void add(std::string_view id, std::int32_t line, std::string text) {
     found_.push_back(findingOf(id, name_, line, std::move(text)));
   }
 
   void checkFile(const std::string& path, const std::vector<Id>& files) {
     name_ = told_.files[files.front()].name;
-    std::string text = standardInput_;
+    text_ = standardInput_;
     if (!path.empty()) {
       std::ifstream input(path, std::ios::binary);
-      text.assign(std::istreambuf_iterator<char>(input), {});
+      text_.assign(std::istreambuf_iterator<char>(input), {});
     }
-    if (text.starts_with("\xEF\xBB\xBF")) {
+    if (text_.starts_with("\xEF\xBB\xBF")) {
       add("byte-order-mark", 1, "the byte order mark at the beginning of the file goes to the output");
     }
     skipped_.clear();
     read_.clear();
     ties_.clear();
+    calls_.clear();
     for (const Id file : files) {
       for (const Line* const line : linesOf_[file]) {
         (line->isSkipped && !line->isDirective ? skipped_ : read_).insert(line->place.line);
@@ -133,8 +147,13 @@ class Checker {
           ties_[line->place.line] = std::max(ties_[line->place.line], line->endLine);
         }
       }
+      for (const Expansion* const call : callsIn_[file]) {
+        Call& known = calls_[call->nameBegin];
+        known.end = std::max(known.end, call->callEnd);
+        known.isEmpty = known.isEmpty && call->replacement.empty();
+      }
     }
-    const auto lines = tokensOf(text);
+    const auto lines = tokensOf(text_);
     for (std::size_t at = 0; at < lines.size(); ++at) {
       if (!lines[at].empty()) {
         checkLine(lines[at], at + 1 < lines.size() ? &lines[at + 1] : nullptr);
@@ -183,7 +202,7 @@ class Checker {
     const std::int32_t number = line.front().line;
     if (word == line.size()) {
       const CppTokenKind taken = next == nullptr ? TK_END : directiveOf(*next);
-      if (isSkipped(number) && taken >= TK_IF && taken <= TK_PRAGMA) {
+      if (isSkipped(number) && isConditional(taken)) {
         add("lone-hash", number, "this \"#\" takes the directive in the next line with it, which is not carried out");
       }
       return;
@@ -264,34 +283,67 @@ class Checker {
     }
   }
 
+  // Whether the token is the name of a macro, and not one that wants a "(" and has none.
+  bool isMacro(const Tokens& line, std::size_t at) const {
+    if (!isName(line[at].kind)) {
+      return false;
+    }
+    const std::string name(line[at].text);
+    const std::size_t behind = passBlanks(line, at + 1);
+    return objectLike_.count(name) > 0 ||
+           (functionLike_.count(name) > 0 && behind < line.size() && line[behind].kind == '(');
+  }
+
   void checkStrings(const Tokens& line) {
+    const bool isDefinition = directiveOf(line) == TK_DEFINE;
     for (std::size_t at = 0; at < line.size(); ++at) {
       if (!line[at].isLoneQuote()) {
         continue;
       }
       bool hasEscape = false;
       const SourceToken* macro = nullptr;
+      const SourceToken* blanks = nullptr;
       std::size_t end = at + 1;
       for (; end < line.size() && !line[end].isLoneQuote(); ++end) {
         const SourceToken& token = line[end];
         hasEscape = hasEscape || token.text == "\\";
-        if (macro == nullptr && isName(token.kind) && names_.count(std::string(token.text)) > 0) {
+        if (macro == nullptr && isMacro(line, end)) {
           macro = &token;
         }
+        if (isBlank(token.kind) && (token.text != " " || isBlank(line[end - 1].kind))) {
+          blanks = &token;
+        }
       }
-      if (end < line.size() && hasEscape && macro != nullptr) {
-        add("string-with-escape", line[at].line,
-            "the text between these quotes is no string, and \"" + std::string(macro->text) + "\" in it is a macro");
+      const Call* const call = callAround(line[at]);
+      if (end < line.size() && hasEscape && (call == nullptr || !call->isEmpty)) {
+        // Text keeps its blanks; a replacement list and an argument do not.
+        addString(line[at].line, macro, blanks != nullptr && (isDefinition || call != nullptr));
       }
       at = end;
     }
+  }
+
+  void addString(std::int32_t line, const SourceToken* macro, bool losesBlanks) {
+    const std::string beginning = "the text between these quotes is no string, and ";
+    if (macro != nullptr) {
+      add("string-with-escape", line, beginning + "\"" + std::string(macro->text) + "\" in it is a macro");
+    } else if (losesBlanks) {
+      add("string-with-escape", line, beginning + "blanks that follow one another in it become a single one");
+    }
+  }
+
+  // The use of a macro in whose arguments the token stands; null for none.
+  const Call* callAround(const SourceToken& token) const {
+    const auto offset = static_cast<std::uint64_t>(token.text.data() - text_.data());
+    const auto behind = calls_.upper_bound(offset);
+    return behind != calls_.begin() && offset < std::prev(behind)->second.end ? &std::prev(behind)->second : nullptr;
   }
 
   void checkNumbers(const Tokens& line) {
     for (std::size_t at = 1; at < line.size(); ++at) {
       const SourceToken& number = line[at - 1];
       const bool isNumber = number.kind >= TK_DEC_INT && number.kind <= TK_HEX_UINT;
-      if (isNumber && isName(line[at].kind) && names_.count(std::string(line[at].text)) > 0) {
+      if (isNumber && isMacro(line, at)) {
         add("number-with-macro", number.line,
             "\"" + std::string(line[at].text) + "\" behind the number \"" + std::string(number.text) + "\" is a macro");
       }
@@ -339,16 +391,20 @@ class Checker {
 
   const Explanation& told_;
   const std::string& standardInput_;
-  std::set<std::string> names_;                       // Of all macros.
+  std::set<std::string> objectLike_;  // Names of macros.
+  std::set<std::string> functionLike_;
   std::map<std::string, std::vector<Id>> instances_;  // By path.
   std::map<Id, std::vector<const Line*>> linesOf_;
+  std::map<Id, std::vector<const Expansion*>> callsIn_;
   std::vector<Finding> found_;
 
   // Of the file that is looked at.
   std::string name_;
+  std::string text_;
   std::set<std::int32_t> skipped_;
   std::set<std::int32_t> read_;
   std::map<std::int32_t, std::int32_t> ties_;  // Texts of several lines: the first and the last.
+  std::map<std::uint64_t, Call> calls_;        // By the offsets of their names.
 };
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "tools/check/Report.h"
 
 #include <algorithm>
+#include <cctype>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -21,6 +22,31 @@ std::string readable(std::string_view text) {
     at += std::max<std::size_t>(1, size);
   }
   return result;
+}
+
+// The name of a file as a reference of a URI: bytes that are not free to stand there are written as "%2B".
+std::string uriOf(std::string_view name) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string uri = name.starts_with('/') ? "file://" : "";
+  for (const char character : name) {
+    const auto code = static_cast<unsigned char>(character);
+    if (code < 0x80U &&
+        (std::isalnum(code) != 0 || std::string_view("-._~/").find(character) != std::string_view::npos)) {
+      uri.push_back(character);
+    } else {
+      uri.push_back('%');
+      uri.push_back(kDigits[code / 16U]);
+      uri.push_back(kDigits[code % 16U]);
+    }
+  }
+  return uri;
+}
+
+// From its first column on, a region without an end is the whole line. What is wrong with the command line is shown
+// with the first line, since scanners want a place for everything.
+Json placeOf(const Finding& finding) {
+  const Json region = {{"startLine", std::max(1, finding.line)}, {"startColumn", 1}};
+  return {{"physicalLocation", {{"artifactLocation", {{"uri", uriOf(finding.file)}}}, {"region", region}}}};
 }
 
 }  // namespace
@@ -51,24 +77,21 @@ void writeSarif(const std::vector<Finding>& findings, std::ostream& output) {
   for (const Rule& rule : rules()) {
     described.push_back({{"id", rule.id},
                          {"shortDescription", {{"text", rule.summary}}},
+                         {"fullDescription", {{"text", std::string(rule.summary) + " " + std::string(rule.advice)}}},
                          {"help", {{"text", rule.advice}}},
                          {"defaultConfiguration", {{"enabled", rule.isOn}, {"level", "warning"}}}});
   }
   Json results = Json::array();
   for (const Finding& finding : findings) {
-    Json result = {{"ruleId", finding.rule->id},
-                   {"ruleIndex", finding.rule - rules().data()},
-                   {"level", "warning"},
-                   {"message", {{"text", readable(finding.text) + ". " + std::string(finding.rule->advice)}}}};
-    if (finding.line > 0) {
-      const Json place = {{"artifactLocation", {{"uri", readable(finding.file)}}},
-                          {"region", {{"startLine", finding.line}}}};
-      result["locations"] = Json::array({{{"physicalLocation", place}}});
-    }
-    results.push_back(std::move(result));
+    results.push_back({{"ruleId", finding.rule->id},
+                       {"ruleIndex", finding.rule - rules().data()},
+                       {"level", "warning"},
+                       {"message", {{"text", readable(finding.text) + ". " + std::string(finding.rule->advice)}}},
+                       {"locations", Json::array({placeOf(finding)})}});
   }
   const Json driver = {{"name", "qnpp-check"}, {"version", QnGetVersionString()}, {"rules", std::move(described)}};
-  const Json run = {{"tool", {{"driver", driver}}}, {"results", std::move(results)}};
+  const Json run = {
+      {"tool", {{"driver", driver}}}, {"columnKind", "unicodeCodePoints"}, {"results", std::move(results)}};
   const Json log = {
       {"$schema", "https://json.schemastore.org/sarif-2.1.0.json"}, {"version", "2.1.0"}, {"runs", Json::array({run})}};
   output << log.dump(1) << '\n';

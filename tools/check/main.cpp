@@ -1,14 +1,16 @@
-// qnpp-check [options] SOURCE...: finds what is legal for qnpp and probably not meant.
+// qnpp-check [options] [source_file...]: finds what is legal for qnpp and probably not meant.
 
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <iterator>
+#include <limits>
 
-#include "qnpp/version.h"
 #include "tools/CommandLine.h"
+#include "tools/Companion.h"
 #include "tools/check/Check.h"
 #include "tools/check/Report.h"
+#include "tools/explain/RecordedRun.h"
 
 namespace {
 
@@ -33,7 +35,7 @@ bool checkSource(const Options& options, const std::string& source, std::vector<
   qnpp::RunOptions run = options.run;
   run.source = source;
   std::error_code none;
-  if (!run.output.empty() && std::filesystem::equivalent(run.output, source, none)) {
+  if (run.result && std::filesystem::equivalent(*run.result, source, none)) {
     findings.push_back(qnpp::findingOf("output-is-source", source, 0, "-o names the source \"" + source + "\""));
   }
   std::string standardInput;
@@ -68,38 +70,38 @@ int checkAll(const Options& options) {
   } else {
     qnpp::writeText(findings, std::cout);
   }
-  std::cout.flush();
-  return !areAllRead || !std::cout ? 2 : options.isError && !findings.empty() ? 1 : 0;
+  if (!std::cout.flush()) {
+    throw qnpp::Failure("cannot write to standard output");
+  }
+  return !areAllRead ? qnpp::kFailed : options.isError && !findings.empty() ? qnpp::kErrorsInSource : qnpp::kDone;
+}
+
+// The options that qnpp does not have.
+void addOptions(qnpp::CommandLine& line, Options& options) {
+  std::vector<std::string> ids;
+  for (const qnpp::Rule& rule : qnpp::rules()) {
+    ids.emplace_back(rule.id);
+  }
+  const auto isId = CLI::IsMember(ids).description("");
+  line.addValue("--format", "<form>", options.format, "text, json, or sarif for code scanners.")
+      ->check(CLI::IsMember({"text", "json", "sarif"}).description(""));
+  line.addValues("--disable", "<id>", options.disabled, "leave out findings of this sort.")->check(isId);
+  line.addValues("--enable", "<id>", options.enabled, "look for a sort that is off by default.")->check(isId);
+  line.addFlag("--error", options.isError, "end with status 1 if anything was found.");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  Options options;
-  std::vector<std::string> ids;
-  for (const qnpp::Rule& rule : qnpp::rules()) {
-    ids.emplace_back(rule.id);
-  }
-  CLI::App app("Finds what is legal for qnpp and probably not meant.", "qnpp-check");
-  app.set_version_flag("-v,--version", QnGetVersionString());
-  app.add_option("SOURCE", options.sources, "Sources; standard input if there is none");
-  qnpp::addRunOptions(app, options.run);
-  app.add_option("--format", options.format, "text, json or sarif")
-      ->check(CLI::IsMember({"text", "json", "sarif"}))
-      ->type_name("FORM");
-  app.add_option("--disable", options.disabled, "Leave out findings of this sort")
-      ->expected(1)
-      ->take_all()
-      ->allow_extra_args(false)
-      ->check(CLI::IsMember(ids))
-      ->type_name("ID");
-  app.add_option("--enable", options.enabled, "Look for a sort that is off by default")
-      ->expected(1)
-      ->take_all()
-      ->allow_extra_args(false)
-      ->check(CLI::IsMember(ids))
-      ->type_name("ID");
-  app.add_flag("--error", options.isError, "End with status 1 if anything was found");
-  CLI11_PARSE(app, argc, argv);
-  return checkAll(options);
+  return qnpp::runCompanion("qnpp-check", [argc, argv] {
+    Options options;
+    qnpp::CommandLine line("qnpp-check", "[source_file...]", std::numeric_limits<std::size_t>::max());
+    line.addNote("Nothing is written to the output file.");
+    addOptions(line, options);
+    if (!line.read(qnpp::wordsOf(argc, argv), options.run, std::cout, std::cerr)) {
+      return line.status();
+    }
+    options.sources = line.sources();
+    return checkAll(options);
+  });
 }

@@ -466,7 +466,7 @@ class Page {
       close();
     }
     for (const Directive& directive : told_.directives) {
-      if (!directive.lookUps.empty() && directive.entered == 0) {
+      if (directive.word == TK_INCLUDE && directive.entered == 0) {
         output_ << "<p class=\"message\">Not found: " << code(Reasons::textOf(directive)) << ' '
                 << link(directive.place) << "</p>\n";
       }

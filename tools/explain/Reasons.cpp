@@ -243,6 +243,9 @@ std::vector<std::string> Reasons::outcomeOf(const Directive& directive) const {
   for (const Directive::LookUp& lookUp : directive.lookUps) {
     lines.push_back((lookUp.isFound ? "found: " : "not there: ") + lookUp.path);
   }
+  if (directive.word == TK_INCLUDE && directive.lookUps.empty() && onOneLine(directive.expanded).starts_with('<')) {
+    lines.emplace_back("looked for nowhere: no -I names a directory");
+  }
   if (directive.isInSkippedGroup && directive.opener != 0 && directive.word <= TK_IFNDEF) {
     lines.emplace_back("stands in a skipped group, so it is not looked at");
     return lines;

@@ -5,24 +5,14 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
-#include <string>
 #include <string_view>
-#include <vector>
 
 #include "lexer/OutputBuffer.h"
+#include "tools/RunOptions.h"
 #include "tools/explain/Explanation.h"
 #include "tools/explain/Recorder.h"
 
 namespace qnpp {
-
-/// What the command line of qnpp says.
-struct RunOptions {
-  std::string source;  ///< Empty for standard input.
-  std::vector<std::string> includeDirectories;
-  std::vector<std::string> definitions;
-  std::string sourceName;
-  std::string output;
-};
 
 /// How much is recorded.
 struct RecordOptions {

@@ -12,6 +12,11 @@ namespace {
 
 enum class Style : std::uint8_t { Plain, Place, Name, Argument, Made, Reason, Faint };
 
+bool startsCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }
+std::size_t columns(std::string_view text) {
+  return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), startsCharacter));
+}
+
 // A line of a terminal: text with styles, cut where the terminal ends.
 class Row {
  public:
@@ -63,10 +68,6 @@ class Row {
       shown.push_back(code < 0x20 || code == 0x7f ? ' ' : character);
     }
     return shown;
-  }
-  static bool startsCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }
-  static std::size_t columns(std::string_view text) {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), startsCharacter));
   }
   static void cut(std::string& text, std::size_t count) {
     std::size_t at = 0;
@@ -195,7 +196,7 @@ class TerminalView {
           .write(output_);
     }
     for (const std::string& note : notes) {
-      row("  ").add(note, Style::Reason).write(output_);
+      writeReason("  ", "    ", "", note);
     }
     writeItems(items, "", 0);
     output_ << '\n';
@@ -245,10 +246,31 @@ class TerminalView {
         if (!saidOfNames_.insert(name.name + " " + reasons_.why(name)).second) {
           continue;  // Once in a line will do.
         }
-        row(indent + mark()).add(name.name, Style::Name).add(" ").add(reasons_.why(name), Style::Reason).write(output_);
+        writeReason(indent + mark(), indent + bar() + "  ", name.name, reasons_.why(name));
       } else {
         writeExpansion(told_.expansions[item.id], indent, level);
       }
+    }
+  }
+
+  // Behind a name, or alone. What it says at its end, a place mostly, is not to be cut, so it goes on in further lines.
+  void writeReason(std::string before, const std::string& beforeOthers, std::string_view name,
+                   std::string_view reason) {
+    while (true) {
+      const std::size_t room = options_.width - std::min(options_.width, columns(before) + columns(name) + 1);
+      std::size_t end = 0;
+      for (std::size_t at = 0; at <= reason.size() && columns(reason.substr(0, at)) <= room; ++at) {
+        end = at == reason.size() || reason[at] == ' ' ? at : end;
+      }
+      end = end == 0 ? reason.size() : end;  // A word that is too long for any line.
+      Row line = row(before);
+      line.add(name, Style::Name).add(name.empty() ? "" : " ").add(reason.substr(0, end), Style::Reason).write(output_);
+      if (end == reason.size()) {
+        return;
+      }
+      reason.remove_prefix(end + 1);
+      before = beforeOthers;
+      name = {};
     }
   }
 

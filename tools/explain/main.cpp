@@ -1,4 +1,4 @@
-// qnpp-explain [options] SOURCE[:LINE[-LINE]]: shows what qnpp does with a source, and why.
+// qnpp-explain [options] [source_file[:line[-line]]]: shows what qnpp does with a source, and why.
 
 #include <langinfo.h>
 #include <sys/ioctl.h>
@@ -12,8 +12,8 @@
 #include <iterator>
 #include <optional>
 
-#include "qnpp/version.h"
 #include "tools/CommandLine.h"
+#include "tools/Companion.h"
 #include "tools/explain/Html.h"
 #include "tools/explain/Json.h"
 #include "tools/explain/RecordedRun.h"
@@ -42,18 +42,12 @@ void takeRange(Options& options) {
   }
   qnpp::LineRange range;
   const char* const end = source.data() + source.size();
-  auto [behind, error] = std::from_chars(source.data() + colon + 1, end, range.first);
-  if (error != std::errc()) {
-    return;
-  }
+  auto read = std::from_chars(source.data() + colon + 1, end, range.first);
   range.last = range.first;
-  if (behind != end && *behind == '-') {
-    std::tie(behind, error) = [&] {
-      const auto last = std::from_chars(behind + 1, end, range.last);
-      return std::pair(last.ptr, last.ec);
-    }();
+  if (read.ec == std::errc() && read.ptr != end && *read.ptr == '-') {
+    read = std::from_chars(read.ptr + 1, end, range.last);
   }
-  if (error == std::errc() && behind == end) {
+  if (read.ec == std::errc() && read.ptr == end) {
     options.range = range;
     source.resize(colon);
   }
@@ -72,8 +66,7 @@ int show(const Options& options) {
   const std::optional<qnpp::Explanation> explanation =
       qnpp::record(options.run, standardInput, {options.range, options.most});
   if (!explanation) {
-    std::cerr << "qnpp-explain: cannot open " << options.run.source << '\n';
-    return 1;
+    throw qnpp::Failure("cannot open " + options.run.source);
   }
   const qnpp::Sources sources(*explanation, standardInput);
   if (!options.html.empty()) {
@@ -81,8 +74,7 @@ int show(const Options& options) {
     qnpp::writeHtml(*explanation, sources, options.mostUses, page);
     page.flush();
     if (!page) {
-      std::cerr << "qnpp-explain: cannot write " << options.html << '\n';
-      return 1;
+      throw qnpp::Failure("cannot write " + options.html);
     }
   }
   if (options.isJson) {
@@ -96,30 +88,38 @@ int show(const Options& options) {
                                      options.macro};
     qnpp::writeTerminal(*explanation, sources, view, std::cout);
   }
-  std::cout.flush();
-  return std::cout ? 0 : 1;
+  if (!std::cout.flush()) {
+    throw qnpp::Failure("cannot write to standard output");
+  }
+  return qnpp::kDone;
+}
+
+// The options that qnpp does not have.
+void addOptions(qnpp::CommandLine& line, Options& options) {
+  line.addValue("--macro", "<name>", options.macro, "show only what involves this macro.");
+  line.addValue("--html", "<file>", options.html, "write a page for a browser to <file> instead.");
+  line.addFlag("--json", options.isJson, "write what happened as JSON instead.");
+  line.addValue("--color", "<when>", options.colour, "auto (on a terminal), always or never.")
+      ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
+  line.addValue("--width", "<columns>", options.width, "cut lines there, not where the terminal ends.")
+      ->check(CLI::Range(20, 10000).description(""));
+  line.addValue("--most", "<steps>", options.most, "stop writing down what happens after so many (10000000).");
+  line.addValue("--most-uses", "<uses>", options.mostUses, "let a page take apart so many uses of macros (10000).");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::setlocale(LC_CTYPE, "");
-  Options options;
-  CLI::App app("Shows what qnpp does with a source, and why: each macro use, condition and include.", "qnpp-explain");
-  app.set_version_flag("-v,--version", QnGetVersionString());
-  app.add_option("SOURCE", options.run.source,
-                 "Source, or SOURCE:LINE or SOURCE:LINE-LINE; standard input if there is none");
-  qnpp::addRunOptions(app, options.run);
-  app.add_option("--macro", options.macro, "Show only what involves this macro")->type_name("NAME");
-  app.add_option("--html", options.html, "Write a page for a browser instead")->type_name("FILE");
-  app.add_flag("--json", options.isJson, "Write what happened as JSON instead");
-  app.add_option("--color", options.colour, "Colour: auto, always or never")
-      ->check(CLI::IsMember({"auto", "always", "never"}))
-      ->type_name("WHEN");
-  app.add_option("--width", options.width, "Columns of the terminal")->check(CLI::Range(20, 10000))->type_name("N");
-  app.add_option("--most", options.most, "Steps after which the rest is left out (10000000)")->type_name("N");
-  app.add_option("--most-uses", options.mostUses, "Uses of macros that a page takes apart (10000)")->type_name("N");
-  CLI11_PARSE(app, argc, argv);
-  takeRange(options);
-  return show(options);
+  return qnpp::runCompanion("qnpp-explain", [argc, argv] {
+    std::setlocale(LC_CTYPE, "");
+    Options options;
+    qnpp::CommandLine line("qnpp-explain", "[source_file[:line[-line]]]");
+    line.addNote("Nothing is written to the output file.");
+    addOptions(line, options);
+    if (!line.read(qnpp::wordsOf(argc, argv), options.run, std::cout, std::cerr)) {
+      return line.status();
+    }
+    takeRange(options);
+    return show(options);
+  });
 }

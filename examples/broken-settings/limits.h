@@ -1,0 +1,3 @@
+#pragma once
+#define MAXIMUM_TEMPERATURE 80
+#define CLAMPED(x) ((x) < MAXIMUM_TEMPERTURE ? (x) : MAXIMUM_TEMPERATURE)

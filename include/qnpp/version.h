@@ -8,7 +8,7 @@
 #ifndef QNPP_VERSION_H
 #define QNPP_VERSION_H
 
-#if defined(__GNUC__)
+#if defined(__GNUC__) && !defined(_WIN32)
 #define QNPP_EXPORT __attribute__((visibility("default")))
 #else
 #define QNPP_EXPORT

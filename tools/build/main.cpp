@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "driver/MemoryBudget.h"
-#include "driver/StandardStreams.h"
+#include "driver/Process.h"
 #include "tools/build/ExitStatus.h"
 #include "tools/build/Failure.h"
 #include "tools/build/Options.h"
@@ -36,8 +36,7 @@ void cleanUpOnSignals() {
 
 int main(int argc, char** argv) {
   qnpp::MemoryBudget::begin();
-  qnpp::ignoreFailedWrites();
-  qnpp::occupyStandardDescriptors();
+  qnpp::prepareStreams();
   cleanUpOnSignals();
   try {
     int status = qnpp::build::kFailed;

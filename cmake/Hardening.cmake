@@ -7,17 +7,15 @@ option(QNPP_HARDENED "Build with _FORTIFY_SOURCE, stack protection, PIE and full
 if(NOT QNPP_HARDENED OR QNPP_SANITIZE OR QNPP_COVERAGE)
   return()  # The sanitizers check the same and more.
 endif()
+if(WIN32)
+  return()  # Addresses are laid out at random by default. The rest would want a library wherever qnpp's is linked.
+endif()
 
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 add_compile_options(
   -fstack-protector-strong
   # It wants an optimised build. What a distribution defines beforehand gives way.
   "$<$<NOT:$<CONFIG:Debug>>:SHELL:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>")
-if(WIN32)
-  # The linker lays addresses out at random anyway; the guard of the stack is in a library of its own.
-  add_link_options(-fstack-protector-strong)
-  return()
-endif()
-include(CheckPIESupported)
-check_pie_supported(LANGUAGES CXX)
-set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 add_link_options("LINKER:-z,relro" "LINKER:-z,now")

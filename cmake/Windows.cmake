@@ -9,8 +9,8 @@ add_compile_definitions(_POSIX_C_SOURCE=200809L _CRT_RAND_S)
 # The libraries of the compiler are no part of Windows.
 add_link_options(-static)
 
-# qnpp_finish_for_windows(<program> <exported symbols>): what the program tells the system about itself, and a list of the
-# functions that can be looked up in it, made from the one for other linkers.
+# qnpp_finish_for_windows(<program> <exported symbols>): what the program tells the system about itself, and a list of
+# the functions that can be looked up in it, made from the one for other linkers.
 function(qnpp_finish_for_windows program symbols)
   file(STRINGS "${symbols}" names REGEX "^ ")
   list(TRANSFORM names REPLACE "[ ;]" "")

@@ -5,8 +5,7 @@ namespace qnpp {
 
 /// Makes the standard streams safe to use, for bytes as they are:
 ///
-/// - Writing fails where it would end the process by a signal: to a reader that has gone away, a file that may not
-/// grow.
+/// - Writing fails where it would end the process by a signal: a reader has gone away, a file may not grow.
 /// - A file that is opened takes the first descriptor that is free. Were standard error closed, messages would go into
 ///   it, so descriptors that are free are occupied.
 /// - On Windows, these streams and all files opened from now on are binary: no line end is changed.

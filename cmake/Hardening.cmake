@@ -7,6 +7,9 @@ option(QNPP_HARDENED "Build with _FORTIFY_SOURCE, stack protection, PIE and full
 if(NOT QNPP_HARDENED OR QNPP_SANITIZE OR QNPP_COVERAGE)
   return()  # The sanitizers check the same and more.
 endif()
+if(WIN32)
+  return()  # Addresses are laid out at random by default. The rest would want a library wherever qnpp's is linked.
+endif()
 
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX)

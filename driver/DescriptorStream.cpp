@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstddef>
 
 namespace qnpp {
 
@@ -16,7 +15,7 @@ DescriptorStream::Buffer::~Buffer() {
 std::streamsize DescriptorStream::Buffer::xsputn(const char* from, std::streamsize size) {
   std::streamsize written = 0;
   while (written < size) {
-    const ssize_t count = ::write(descriptor_, from + written, static_cast<std::size_t>(size - written));
+    const ssize_t count = ::write(descriptor_, from + written, atOnce(static_cast<std::size_t>(size - written)));
     if (count >= 0) {
       written += count;
     } else if (errno != EINTR) {

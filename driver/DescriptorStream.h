@@ -1,10 +1,15 @@
 // Streams over what the process has open.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <ostream>
 #include <streambuf>
 
 namespace qnpp {
+
+/// How many of `size` bytes are read or written at once: Windows counts them with fewer bits than other systems.
+inline unsigned atOnce(std::size_t size) { return static_cast<unsigned>(std::min(size, std::size_t{1} << 30)); }
 
 /// Writes to a descriptor, without a buffer: what comes here comes in blocks and lines. The stream goes bad when
 /// writing fails, and nothing is written then any more.

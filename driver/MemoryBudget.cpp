@@ -1,5 +1,12 @@
 #include "driver/MemoryBudget.h"
 
+#ifdef _WIN32
+
+// The system never promises more memory than it has, so asking for too much fails by itself.
+void qnpp::MemoryBudget::begin() {}
+
+#else
+
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -249,3 +256,5 @@ std::optional<std::uint64_t> MemoryBudget::most() const {
 }
 
 }  // namespace qnpp
+
+#endif

@@ -12,6 +12,8 @@ namespace qnpp {
 /// The process gets a limit for its data (RLIMIT_DATA) that is low at first. Whenever it is reached, a new-handler
 /// looks at what the system has left and raises the limit, or ends the growth by std::bad_alloc. So each step is paid
 /// for by a look at a few small files, and a run that stays small never looks.
+///
+/// On Windows there is only `begin`, which does nothing.
 class MemoryBudget {
  public:
   /// `root` stands before the names of the system's files; it must outlive the budget.

@@ -6,9 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstddef>
-#include <cstdlib>
 #include <exception>
 #include <new>
 #include <optional>
@@ -17,7 +15,7 @@
 #include "driver/DescriptorStream.h"
 #include "driver/Driver.h"
 #include "driver/MemoryBudget.h"
-#include "driver/StandardStreams.h"
+#include "driver/Process.h"
 
 namespace {
 
@@ -28,20 +26,11 @@ namespace {
   ::_exit(1);
 }
 
-// A division by zero has no message: it ends the process by the processor's arithmetic fault. Raising the signal makes
-// that so on processors whose division does not trap, and keeps the compiler, to which such a division is undefined,
-// out of it.
-[[noreturn]] void raiseArithmeticFault() {
-  static_cast<void>(std::signal(SIGFPE, SIG_DFL));
-  static_cast<void>(std::raise(SIGFPE));
-  std::abort();  // Only if the signal is blocked.
-}
-
 // Reads until `size` bytes are there or the input ends.
 std::ptrdiff_t readStandardInput(char* to, std::size_t size) {
   std::size_t got = 0;
   while (got < size) {
-    const ssize_t count = ::read(STDIN_FILENO, to + got, size - got);
+    const ssize_t count = ::read(STDIN_FILENO, to + got, qnpp::atOnce(size - got));
     if (count == 0) {
       break;
     }
@@ -62,7 +51,7 @@ int preprocess(int argc, char** argv) {
     case qnpp::Status::Clean:
       return 0;
     case qnpp::Status::DivisionByZero:
-      raiseArithmeticFault();
+      qnpp::raiseArithmeticFault();  // Without a message.
     case qnpp::Status::ScannerFailed:
       return 2;
     default:
@@ -75,8 +64,7 @@ int preprocess(int argc, char** argv) {
 int main(int argc, char** argv) {
   std::set_terminate(endOutOfMemory);
   qnpp::MemoryBudget::begin();
-  qnpp::ignoreFailedWrites();
-  qnpp::occupyStandardDescriptors();
+  qnpp::prepareStreams();
   try {
     return preprocess(argc, argv);
   } catch (const std::bad_alloc&) {

@@ -9,6 +9,19 @@
 #include <utility>
 
 namespace qnpp {
+
+#ifdef _WIN32
+
+// To look at a file takes as long as to open it, so a stamp would save nothing.
+std::optional<FileStamp> stampOf(const std::string&) { return std::nullopt; }
+
+// A directory cannot be opened.
+void FileBuffer::open(const std::string& path) {
+  descriptor_ = ::open(path.c_str(), O_RDONLY | O_BINARY | O_NOINHERIT);
+}
+
+#else
+
 namespace {
 
 std::optional<FileStamp> stampOf(const struct stat& status) {
@@ -33,10 +46,7 @@ std::optional<FileStamp> stampOf(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 ? stampOf(status) : std::nullopt;
 }
 
-FileBuffer::FileBuffer(const std::string& path) {
-  if (path.find('\0') != std::string::npos) {
-    return;  // The system would open the file named by what stands before the NUL.
-  }
+void FileBuffer::open(const std::string& path) {
   descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   // Opening a directory for reading succeeds; only reading from it fails.
   struct stat status {};
@@ -52,6 +62,15 @@ FileBuffer::FileBuffer(const std::string& path) {
   }
 }
 
+#endif
+
+FileBuffer::FileBuffer(const std::string& path) {
+  // The system would open the file named by what stands before a NUL.
+  if (path.find('\0') == std::string::npos) {
+    open(path);
+  }
+}
+
 FileBuffer::~FileBuffer() {
   if (descriptor_ >= 0) {
     ::close(descriptor_);
@@ -61,7 +80,8 @@ FileBuffer::~FileBuffer() {
 std::streamsize FileBuffer::xsgetn(char* to, std::streamsize size) {
   std::streamsize got = 0;
   while (got < size) {
-    const ssize_t count = ::read(descriptor_, to + got, static_cast<std::size_t>(size - got));
+    // The scanner asks for no more than an int can count.
+    const ssize_t count = ::read(descriptor_, to + got, static_cast<unsigned>(size - got));
     if (count > 0) {
       got += count;
     } else if (count == 0 || (errno != EINTR && got > 0)) {

@@ -44,6 +44,8 @@ class FileBuffer : public std::streambuf {
   std::streamsize xsgetn(char* to, std::streamsize size) override;
 
  private:
+  void open(const std::string& path);
+
   int descriptor_ = -1;
   std::optional<FileStamp> stamp_;
 };

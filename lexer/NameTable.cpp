@@ -1,10 +1,13 @@
 #include "lexer/NameTable.h"
 
+#ifndef _WIN32
 #include <sys/random.h>
+#endif
 
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstdlib>
 #include <utility>
 
 namespace qnpp {
@@ -30,11 +33,28 @@ constexpr std::array<std::pair<std::string_view, CppTokenKind>, 15> kKeywords = 
 
 constexpr std::size_t kInitialSlots = 256;
 
+#ifdef _WIN32
+bool drawFromSystem(NameTable::Secret& secret) {
+  const auto draw = [](std::uint64_t& word) {
+    unsigned high = 0;
+    unsigned low = 0;
+    const bool isDrawn = ::rand_s(&high) == 0 && ::rand_s(&low) == 0;
+    word = std::uint64_t{high} << 32 | low;
+    return isDrawn;
+  };
+  return draw(secret.first) && draw(secret.second) && draw(secret.ofPriorities);
+}
+#else
+bool drawFromSystem(NameTable::Secret& secret) {
+  return ::getrandom(&secret, sizeof secret, GRND_NONBLOCK) == ssize_t{sizeof secret};
+}
+#endif
+
 }  // namespace
 
 NameTable::Secret NameTable::drawSecret() {
   Secret secret{};
-  if (::getrandom(&secret, sizeof secret, GRND_NONBLOCK) != ssize_t{sizeof secret}) {
+  if (!drawFromSystem(secret)) {
     // An old system, or one that has only just started: where the process lies in memory and the time will have to do.
     const auto time = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
     const auto place = std::uint64_t{reinterpret_cast<std::uintptr_t>(&secret)};

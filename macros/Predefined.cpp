@@ -19,8 +19,11 @@ DateAndTime localDateAndTime() {
   if (localtime_r(&now, &local) == nullptr || asctime_r(&local, text.data()) == nullptr) {
     return {};
   }
-  // "Sat Mar  5 10:20:30 2016\n": the C library's form has fixed columns.
-  const std::string form(text.data());
+  // "Sat Mar  5 10:20:30 2016\n": the C library's form has fixed columns. That of Windows has a zero before the 5.
+  std::string form(text.data());
+  if (form[8] == '0') {
+    form[8] = ' ';
+  }
   return {form.substr(4, 7) + form.substr(20, 4), form.substr(11, 8)};
 }
 

@@ -5,13 +5,13 @@
 #include <new>
 
 #include "driver/MemoryBudget.h"
-#include "driver/StandardStreams.h"
+#include "driver/Process.h"
 
 namespace qnpp {
 
 int runCompanion(const char* name, const std::function<int()>& work) {
   MemoryBudget::begin();
-  occupyStandardDescriptors();
+  prepareStreams();
   try {
     return work();
   } catch (const Failure& failure) {

@@ -75,7 +75,8 @@ class Source {
   static Source ofText(std::string text) { return {Kind::Text, std::move(text), {}, {}}; }
   /// `text` is borrowed: it has to stay as it is until the run is over.
   static Source borrowing(std::string_view text) { return {Kind::BorrowedText, {}, text, {}}; }
-  /// The file is opened when the run gets to it. A directory counts as a file that cannot be opened.
+  /// The file is opened when the run gets to it. A directory counts as a file that cannot be opened. On Windows,
+  /// this and all other paths are in the code page of the process.
   static Source ofFile(std::string path) { return {Kind::File, std::move(path), {}, {}}; }
   static Source ofReader(Reader reader) { return {Kind::Function, {}, {}, std::move(reader)}; }
 

@@ -2,13 +2,13 @@
  * What a running qnpp can be asked about itself.
  *
  * The three functions are in the program's dynamic symbol table with C names, so that whatever is loaded into the
- * process finds them with dlsym(). Every returned string ends in NUL, belongs to the program and stays valid and
- * unchanged until it exits; the same function always returns the same pointer.
+ * process finds them with dlsym(), on Windows with GetProcAddress(). Every returned string ends in NUL, belongs to the
+ * program and stays valid and unchanged until it exits; the same function always returns the same pointer.
  */
 #ifndef QNPP_VERSION_H
 #define QNPP_VERSION_H
 
-#if defined(__GNUC__)
+#if defined(__GNUC__) && !defined(_WIN32)
 #define QNPP_EXPORT __attribute__((visibility("default")))
 #else
 #define QNPP_EXPORT

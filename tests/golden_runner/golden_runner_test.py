@@ -198,6 +198,20 @@ class CommandLine(CaseTest):
             self.assertEqual((0, titles), self.runner("--list", word))
         self.assertEqual(2, self.runner("no-such-case")[0])
 
+    def test_a_case_that_cannot_hold_has_to_fail(self):
+        def excuse(text, *words):
+            (self.root / "list").write_text(text)
+            return self.runner("--cannot-hold", str(self.root / "list"), *words)
+
+        self.assertEqual((0, "1 passed, 0 failed, 1 cannot hold\n"), excuse("# Here.\narea/bad: for a reason\n"))
+        status, text = excuse("area/good: for a reason\n", "good")
+        self.assertEqual(1, status)
+        self.assertIn("the case holds, but is listed", text)
+        self.assertIn("no case of", excuse("area/other: for a reason\n")[1])
+        self.assertIn("has a line that is not", excuse("area/bad\n")[1])
+        self.write("Because.\n-- args --\n-c\nsleep 60\n", "bad.txtar")
+        self.assertIn("1 failed", excuse("area/bad: for a reason\n", "--time-limit", "1", "bad")[1])
+
     def test_a_program_that_is_not_there_is_told_once(self):
         status, text = self.runner("--program", "/no/such/program")
         self.assertEqual((2, 1), (status, text.count("there is no program")))

@@ -9,7 +9,7 @@
 #include <system_error>
 
 #include "directives/FileNames.h"
-#include "tools/build/Failure.h"
+#include "tools/Companion.h"
 
 namespace qnpp::build {
 namespace {

@@ -5,7 +5,6 @@
 #include <iostream>
 #include <optional>
 
-#include "driver/StandardStreams.h"
 #include "tools/Companion.h"
 #include "tools/build/Options.h"
 #include "tools/build/Run.h"
@@ -32,7 +31,6 @@ void cleanUpOnSignals() {
 
 int main(int argc, char** argv) {
   return qnpp::runCompanion("qnpp-build", [argc, argv] {
-    qnpp::ignoreFailedWrites();
     cleanUpOnSignals();
     int status = qnpp::kFailed;
     const auto options = qnpp::build::readCommandLine(argc, argv, std::cout, std::cerr, status);

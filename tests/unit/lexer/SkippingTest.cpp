@@ -443,7 +443,11 @@ TEST(SkippingTest, EmptyLinesAndTheBeginningOfADirectiveArePassed) {
       {"\n\r", TK_END, "", "NEWLINE"},  // There might be a "\n" to come.
       {"\n # b", '#', "", "SPACE IDENTIFIER:b"},
       {"\n#iff\n", '#', "", "IDENTIFIER:iff NEWLINE"},
-      {"\n#\n", '#', "", "NEWLINE"},
+      {"\n#\n", TK_NEWLINE, "", ""},
+      {"\n#\n\n # \t\n#\n  x", TK_NEWLINE, "\n", "SPACE SPACE IDENTIFIER:x"},
+      {"\n#\n#if 1", TK_IF, "", "SPACE DEC_INT:1"},
+      {"\n#\r\n", '#', "", "NEWLINE"},
+      {"\n# ", '#', "", "SPACE"},
       {"\n# /* */ if\n", '#', "", "SPACE SPACE SPACE IF NEWLINE"},
       {"\n##if\n", TK_END, "", "PASTE IF NEWLINE"},
       {"\n#", TK_END, "", "#"},

@@ -1,6 +1,7 @@
 // Classes of bytes: one look into a table tells whether a byte is in one.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -26,9 +27,16 @@ constexpr ByteSet allBytesBut(std::string_view bytes) {
   return set;
 }
 
+inline constexpr ByteSet kDigitBytes = bytesOf("0123456789");
+
 /// What names and numbers consist of.
 inline constexpr ByteSet kWordBytes = bytesOf("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789");
 
 constexpr bool isWordByte(char byte) { return has(kWordBytes, byte); }
+
+/// True for a text that is one word and nothing else.
+inline bool isWordText(std::string_view text) {
+  return !text.empty() && !has(kDigitBytes, text[0]) && std::all_of(text.begin(), text.end(), isWordByte);
+}
 
 }  // namespace qnpp

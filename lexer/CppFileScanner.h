@@ -73,16 +73,34 @@ class CppFileScanner final : public CppScanner {
   CppTokenKind passLineStart(std::string& leadingSpace);
   /// Whether the rest of the line may be read as it stands, see CppLexer::isRestPlain. Only in the middle of a line.
   bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
-    return kShortcuts && !hasPeek_ && !atLineStart_ && lexer_->isRestPlain(accepts);
+    return canPass() && lexer_->isRestPlain(accepts);
   }
 
   /// Passes over blanks in the middle of a line, which become the current token; perhaps not over all. Returns whether
   /// there were any.
   bool passBlanks() {
-    if (!kShortcuts || hasPeek_ || atLineStart_ || !lexer_->passBlanks()) {
+    if (!canPass() || !lexer_->passBlanks()) {
       return false;
     }
     text_ = lexer_->text();
+    return true;
+  }
+
+  /// The same as those of the lexer; false where nothing was passed. Only in the middle of a line.
+  bool readMacroName(std::string_view& name) { return canPass() && lexer_->readMacroName(name); }
+  bool readMacroHead(MacroHead& head) { return canPass() && lexer_->readMacroHead(head); }
+  bool readReplacementText(std::string& text) {
+    if (!canPass()) {
+      return false;
+    }
+    lexer_->readReplacementText(text);
+    return true;
+  }
+  bool passLineEnd() {
+    if (!canPass() || !lexer_->passPlainLineEnd()) {
+      return false;
+    }
+    atLineStart_ = true;
     return true;
   }
 
@@ -95,6 +113,8 @@ class CppFileScanner final : public CppScanner {
 
  private:
   CppTokenKind taken(CppTokenKind kind);
+  // In the middle of a line: whether the lexer may pass over what follows.
+  bool canPass() const { return kShortcuts && !hasPeek_ && !atLineStart_; }
 
   std::string fileName_;
   std::string path_;  // If it has another name now.

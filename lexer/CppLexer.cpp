@@ -18,7 +18,6 @@ constexpr ByteSet kUnsureLineStart = bytesOf(std::string_view("#/\\\r\0", 5));
 
 constexpr ByteSet kCharacterEscapes = bytesOf("\"'?\\abfnrtv01234567");
 constexpr ByteSet kOctalDigits = bytesOf("01234567");
-constexpr ByteSet kDigits = bytesOf("0123456789");
 constexpr ByteSet kHexDigits = bytesOf("0123456789ABCDEFabcdef");
 
 template <typename Byte>
@@ -139,10 +138,11 @@ bool isBehindDefined(const char* begin, const char* word) {
          (before.size() == kDefined.size() || !isWordByte(before[before.size() - kDefined.size() - 1]));
 }
 
-// Behind the number that begins at `at`, by the rules of the tokens: the longest one, up to `end` at most.
-const char* passNumber(const char* at, const char* end) {
+}  // namespace
+
+const char* passNumber(const char* at) {
   if (*at != '0') {
-    at = end - at > 64 ? passManyDigits(at) : passAll(kDigits, at);
+    at = passAll(kDigitBytes, at);
   } else if (isOneOf(at[1], 'x', 'X') && has(kHexDigits, at[2])) {
     at = passAll(kHexDigits, at + 2);
   } else {
@@ -156,6 +156,8 @@ const char* passNumber(const char* at, const char* end) {
   }
   return at;
 }
+
+namespace {
 
 // The first quote from `from` on, or `to`.
 char* findQuote(char* from, char* to) {
@@ -235,8 +237,9 @@ void CppLexer::passBlanksInBuffer() {
 
 // The name of a macro or `_Pragma` in the word from `word` to `end`, or null. Moves `word` to where the name begins.
 Name* CppLexer::findMacroName(const char*& word, const char* end) const {
-  while (word != end && has(kDigits, *word)) {
-    word = passNumber(word, end);  // Behind a number a name may follow directly.
+  while (word != end && has(kDigitBytes, *word)) {
+    const char* const rest = *word != '0' && end - word > 64 ? passManyDigits(word) : word;
+    word = passNumber(rest);  // Behind a number a name may follow directly.
   }
   const std::string_view text(word, static_cast<std::size_t>(end - word));
   const NameTable& names = context_.names;
@@ -273,6 +276,13 @@ CppTokenKind CppLexer::passLineStart(std::string& leadingSpace) {
       at = next == '*' ? passBlockComment(at + 2) : passLineComment(at + 2);
       leadingSpace += ' ';
       passed = TK_SPACE;
+      continue;
+    }
+    if (*at == '#' && *passAllBlanks(at + 1) == '\n') {
+      at = passAllBlanks(at + 1) + 1;  // A directive that is none takes its line end and writes nothing.
+      leadingSpace.clear();
+      countLine();
+      passed = TK_NEWLINE;
       continue;
     }
     if (*at == '#' && next != '#' && next != '\0') {
@@ -464,7 +474,7 @@ class CppLexer::TextCopy {
     }
     word += first - word;
     writeUpTo(word);
-    if (name->finalText.generation == lexer_.context_.names.generation()) {
+    if (name->finalText.holdsIn(lexer_.context_.names.generation())) {
       lexer_.context_.output.write(name->finalText.text());
       from_ = end;
       return end;
@@ -1084,6 +1094,139 @@ char* CppLexer::passBackslashOrComment(char* at) {
     return passLineEnd(at + 1);
   }
   return next == '*' ? passBlockComment(at + 2) : passLineComment(at + 2);
+}
+
+// ---- Definitions ----
+
+namespace {
+
+// Bytes of a replacement list that stand for themselves and separate nothing.
+constexpr ByteSet kPlainInList = allBytesBut(std::string_view(" \t\v\f\"'/\\\r\n\0", 11));
+
+// Behind the name at `at`; null when there is none, or it takes more to know where it ends: a continuation, say.
+char* passMacroName(char* at) {
+  if (!isWordByte(*at) || has(kDigitBytes, *at)) {
+    return nullptr;
+  }
+  char* const end = passAll(kWordBytes, at);
+  const std::string_view name(at, static_cast<std::size_t>(end - at));
+  return *end == '\\' || *end == '\0' || name == "defined" || name == "_Pragma" ? nullptr : end;
+}
+
+// Behind the parameters and the ")" at `at`, or null in the same cases. Calls `take` with each name.
+template <typename Take>
+char* passParameters(char* at, Take take) {
+  at = passAllBlanks(at);
+  if (*at == ')') {
+    return at + 1;
+  }
+  for (;;) {
+    char* const end = passMacroName(at);
+    if (end == nullptr) {
+      return nullptr;
+    }
+    take(std::string_view(at, static_cast<std::size_t>(end - at)));
+    at = passAllBlanks(end);
+    if (*at == ')') {
+      return at + 1;
+    }
+    if (*at != ',') {
+      return nullptr;
+    }
+    at = passAllBlanks(at + 1);
+  }
+}
+
+}  // namespace
+
+bool CppLexer::readMacroName(std::string_view& name) {
+  char* const begin = beginScan();
+  char* const first = passAllBlanks(begin);
+  char* const end = passMacroName(first);
+  endScan(end == nullptr ? begin : end);
+  if (end == nullptr) {
+    return false;
+  }
+  name = {first, static_cast<std::size_t>(end - first)};
+  return true;
+}
+
+bool CppLexer::readMacroHead(MacroHead& head) {
+  char* const begin = yy_c_buf_p;
+  if (!readMacroName(head.name)) {
+    return false;
+  }
+  char* at = beginScan();
+  head.functionLike = *at == '(';
+  if (head.functionLike) {
+    std::size_t count = 0;
+    char* const end = passParameters(at + 1, [&count](std::string_view) { ++count; });
+    head.parameters.reserve(count);
+    if (end != nullptr) {
+      passParameters(at + 1, [&head](std::string_view name) { head.parameters.emplace_back(name); });
+    }
+    at = end;
+  }
+  endScan(at == nullptr ? begin : at);
+  return at != nullptr;
+}
+
+void CppLexer::readReplacementText(std::string& text) {
+  bool blankWaits = false;
+  char* at = beginScan();
+  yytext = at;
+  // Appends what lies between `yytext` and `at`. A blank waits for what follows it.
+  const auto append = [this, &at, &text, &blankWaits] {
+    if (at != yytext) {
+      if (blankWaits && !text.empty()) {
+        text.push_back(' ');
+      }
+      blankWaits = false;
+      text.append(yytext, at);
+      yytext = at;
+    }
+  };
+  for (;;) {
+    at = passAll(kPlainInList, at);
+    if (*at == ' ' && at != yytext && has(kPlainInList, at[1])) {
+      at += 2;  // A blank alone between two tokens stands for itself.
+      continue;
+    }
+    if (*at == '\0' && !atBufferEnd(at)) {
+      ++at;
+      continue;
+    }
+    append();
+    switch (*at) {
+      case '\n':
+      case '\r':
+        endScan(at);
+        return;
+      case '\0':
+        if (!refill(at)) {
+          endScan(at);
+          return;
+        }
+        break;
+      case '\\':
+      case '/': {
+        const bool isSlash = *at == '/';
+        at = passBackslashOrComment(at);
+        blankWaits = blankWaits || (isSlash && at == yytext);  // Nothing is left of a comment.
+        break;
+      }
+      case '"':
+      case '\'':
+        ++at;
+        static_cast<void>(passLiteral(at));
+        append();
+        break;
+      default:
+        at = yytext = passAllBlanks(at);
+        blankWaits = true;
+        break;
+    }
+  }
 }
 
 }  // namespace qnpp

@@ -15,6 +15,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "lexer/Budget.h"
 #include "lexer/CppTokenKind.h"
@@ -49,6 +50,16 @@ struct LexerContext {
   /// anew at each use.
   std::uint64_t& effectCount;
   Budget& budget;  ///< Is looked at before input is read.
+};
+
+/// Behind the number that begins at `at`, by the rules of the tokens: the longest one. What ends it has to follow.
+const char* passNumber(const char* at);
+
+/// What stands before the replacement list of a definition.
+struct MacroHead {
+  std::string_view name;  ///< In the scanner's buffer: valid until the next token is asked for.
+  bool functionLike = false;
+  std::vector<std::string> parameters;
 };
 
 /// Turns a byte stream into tokens. flex generates the scanner from CppLexer.l; this class adds the counters, the
@@ -104,18 +115,39 @@ class CppLexer final : public yyCppFlexLexer {
     return true;
   }
 
-  /// From the start of a line: passes over blanks and comments, writing an empty line for each line of nothing else,
-  /// and over the beginning of a directive, as if the tokens had been asked for. What of them begins the next line of
-  /// text is appended to `leadingSpace`, which is empty. Returns the kind of what was passed last: the word of a
-  /// directive, or
-  /// "#" where none is sure to follow; TK_SPACE or TK_NEWLINE when something else follows or it takes more to be sure;
-  /// TK_END when nothing was passed.
+  /// From the start of a line where text is taken: passes over blanks and comments, writing an empty line for each line
+  /// of nothing else, over directives of nothing but a "#", and over the beginning of another, as if the tokens had been
+  /// asked for. What of them begins the next line of text is appended to `leadingSpace`, which is empty. Returns the
+  /// kind of what was passed last: the word of a directive, or "#" where none is sure to follow; TK_SPACE or TK_NEWLINE
+  /// when something else follows or it takes more to be sure; TK_END when nothing was passed.
   CppTokenKind passLineStart(std::string& leadingSpace);
 
   /// Whether the rest of the line means what stands there and nothing else: all of it is in the buffer, without
   /// comments and continued line ends, and ends in "\n"; and `accepts` holds for each macro whose name may be in it,
   /// but for those behind `defined`.
   bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names));
+
+  /// Passes over the name behind `#define` or `#undef` as if its tokens had been asked for, and the parameters as well
+  /// if `head` wants them. Returns false, with nothing passed, unless there is no fault in them, nothing but blanks is
+  /// between them, and all of it is in the buffer.
+  bool readMacroName(std::string_view& name);
+  bool readMacroHead(MacroHead& head);
+
+  /// In the middle of a line: passes over all up to the line end and appends it to `text` as a replacement list is
+  /// kept: white space, comments too, becomes one blank between two tokens and nothing at either end; a continued line
+  /// end is no white space, so it joins what stands before and behind it.
+  void readReplacementText(std::string& text);
+
+  /// Passes over a line end if "\n" comes next; otherwise returns false.
+  bool passPlainLineEnd() {
+    if (yy_hold_char != '\n') {
+      return false;
+    }
+    yytext = beginScan() + 1;
+    countLine();
+    endScan(yytext);
+    return true;
+  }
 
   /// Passes over the rest of the line, its line end included, as if its tokens had been asked for. Returns false when
   /// the input ended before a line end. To be called in the middle of a line only, so behind some token of it.

@@ -28,6 +28,10 @@ class HideSetCache {
       }
       return name.alone;
     }
+    // A link that is remembered would keep its line from going on otherwise.
+    if (set.isLink()) {
+      return uncached_ = set.with(name);
+    }
     Addition& known = additions_[slotOf(set.identity(), name.id)];
     if (known.name != &name || !known.set.isSameObject(set)) {
       known = {set, &name, set.with(name)};
@@ -59,7 +63,7 @@ class HideSetCache {
 
   // Apart, so that the common cases above are a few instructions where they are asked for.
   [[gnu::noinline]] const HideSet& joinedAnew(const HideSet& a, const HideSet& b) {
-    if (!kShortcuts) {
+    if (!kShortcuts || a.isLink() || b.isLink()) {
       return uncached_ = a.joined(b);
     }
     Union& known = unions_[slotOf(a.identity(), b.identity())];

@@ -1,7 +1,6 @@
 // A quick answer for most words: no macro.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -27,7 +26,11 @@ class NameFilter {
       set(beginnings_, beginningOf(name.data()));
     }
     std::uint32_t first = 0;
-    std::memcpy(&first, name.data(), std::min(name.size(), sizeof first));
+    if (name.size() >= sizeof first) {
+      std::memcpy(&first, name.data(), sizeof first);
+    } else {
+      std::memcpy(&first, name.data(), name.size());
+    }
     names_.push_back(keyOf(name, first));
     if (names_.size() * kBitsPerName > bits_.size() * 64) {
       bits_.assign(std::bit_ceil(names_.size() * kBitsPerName * 2) / 64, 0);

@@ -73,7 +73,8 @@ NameTable::NameTable(const Secret& secret) : secret_(secret), slots_(kInitialSlo
 }
 
 Name* NameTable::intern(std::string_view text) {
-  if (Name* const known = find(text)) {
+  const std::uint32_t hash = hashOf(text);
+  if (Name* const known = find(text, hash)) {
     return known;
   }
   if ((names_.size() + 1) * 2 > slots_.size()) {
@@ -84,7 +85,7 @@ Name* NameTable::intern(std::string_view text) {
   name.spelling = Spelling{stored.data(), static_cast<std::uint32_t>(stored.size()), TK_IDENTIFIER, &name};
   name.id = static_cast<std::uint32_t>(names_.size() - 1);
   name.priority = drawPriority();
-  insertSlot({hashOf(stored), &name});
+  insertSlot({hash, &name});
   return &name;
 }
 

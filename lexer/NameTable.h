@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <string_view>
 #include <vector>
 
@@ -24,19 +25,25 @@ struct FinalText {
   std::size_t size = 0;
   std::uint64_t generation = 0;  ///< The one in which the text holds, see NameTable; 0 for none.
 
+  /// In place of a generation: the text holds as long as the definition.
+  static constexpr std::uint64_t kAnyGeneration = std::numeric_limits<std::uint64_t>::max();
+  bool isLasting() const { return generation == kAnyGeneration; }
+  bool holdsIn(std::uint64_t now) const { return generation >= now; }
   std::string_view text() const { return {data, size}; }
 };
 
 /// A name that a macro definition has mentioned: as a macro's name, as a parameter or in a replacement list, or one of
 /// the words with a token kind of their own. Entries are never removed, so a pointer to one stays valid.
 struct Name {
-  Spelling spelling;           ///< Its text; `spelling.name` points back here.
-  CppMacro* macro = nullptr;   ///< The current definition, owned by the CppMacroTable; null while there is none.
-  HideSet alone;               ///< The set of this name only, once it has been asked for (see HideSetCache).
-  std::uint32_t id = 0;        ///< Position in the order of appearance, from 0.
+  Spelling spelling;          ///< Its text; `spelling.name` points back here.
+  CppMacro* macro = nullptr;  ///< The current definition, owned by the CppMacroTable; null while there is none.
+  HideSet alone;              ///< The set of this name only, once it has been asked for (see HideSetCache).
+  mutable HideSet::Link* link = nullptr;  ///< What it has come with into a set that is kept as a line, see HideSet.cpp.
+  std::uint32_t id = 0;                   ///< Position in the order of appearance, from 0.
   std::uint32_t priority = 0;  ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
   FinalText finalText;         ///< Of the macro.
   bool wasMacro = false;       ///< There is a definition, or has been.
+  bool isRefreshed = false;    ///< The text of the macro changes at each use, see PredefinedMacros.
 
   std::string_view text() const { return spelling.text(); }
 };
@@ -63,18 +70,7 @@ class NameTable {
   NameTable& operator=(const NameTable&) = delete;
 
   /// The entry for `text`, or null.
-  Name* find(std::string_view text) const {
-    const std::uint32_t hash = hashOf(text);
-    for (std::size_t at = hash & mask_;; at = (at + 1) & mask_) {
-      const Slot& slot = slots_[at];
-      if (slot.name == nullptr) {
-        return nullptr;
-      }
-      if (slot.hash == hash && isEqual(slot.name->text(), text)) {
-        return slot.name;
-      }
-    }
-  }
+  Name* find(std::string_view text) const { return find(text, hashOf(text)); }
 
   /// The entry for `text`, made if there is none; the bytes are copied.
   Name* intern(std::string_view text);
@@ -108,6 +104,18 @@ class NameTable {
     std::uint32_t hash = 0;
     Name* name = nullptr;
   };
+
+  Name* find(std::string_view text, std::uint32_t hash) const {
+    for (std::size_t at = hash & mask_;; at = (at + 1) & mask_) {
+      const Slot& slot = slots_[at];
+      if (slot.name == nullptr) {
+        return nullptr;
+      }
+      if (slot.hash == hash && isEqual(slot.name->text(), text)) {
+        return slot.name;
+      }
+    }
+  }
 
   std::uint32_t drawPriority();
   void insertSlot(const Slot& slot);

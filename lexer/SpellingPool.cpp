@@ -12,11 +12,6 @@
 namespace qnpp {
 namespace {
 
-// True for a text that is one word: by far the commonest joined text.
-bool isWord(std::string_view text) {
-  return !text.empty() && !(text[0] >= '0' && text[0] <= '9') && std::all_of(text.begin(), text.end(), isWordByte);
-}
-
 // True for a text that is one string literal: what stringizing makes of most arguments. Only \" and \\ are escapes.
 bool isStringLiteral(std::string_view text) {
   if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
@@ -69,7 +64,7 @@ const Spelling* SpellingPool::spell(std::string_view text) {
   if (text.size() > std::numeric_limits<std::uint32_t>::max()) {
     throw std::bad_alloc();  // No scanner could read it back.
   }
-  if (isWord(text)) {
+  if (isWordText(text)) {  // By far the commonest joined text.
     return spell(TK_IDENTIFIER, text);
   }
   const std::string_view kept = arena_.copy(text);
@@ -138,7 +133,7 @@ void SpellingPool::release(const Mark& mark) {
   arena_.release(mark.arena);
 }
 
-void SpellingPool::nameBecameKnown(Name& name) {
+void SpellingPool::makeKnown(Name& name) {
   for (; indexedNames_ < unknownNames_.size(); ++indexedNames_) {
     Spelling* const unknown = unknownNames_[indexedNames_];
     namesByText_[unknown->text()].push_back(unknown);

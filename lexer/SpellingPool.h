@@ -51,9 +51,14 @@ class SpellingPool {
 
   /// A macro of this name is being defined: words of the pool that were no known name so far may be it. Only a
   /// definition that is carried out in the middle of an expansion meets any.
-  void nameBecameKnown(Name& name);
+  void nameBecameKnown(Name& name) {
+    if (!unknownNames_.empty()) {
+      makeKnown(name);
+    }
+  }
 
  private:
+  void makeKnown(Name& name);
   Spelling* make(CppTokenKind kind, std::string_view text);
 
   NameTable& names_;

@@ -232,10 +232,4 @@ TokenStream::EndedLists::Collecting::Collecting(EndedLists& lists) : stream_(lis
 
 TokenStream::EndedLists::Collecting::~Collecting() { stream_.ended_ = nullptr; }
 
-void TokenStream::retire(std::shared_ptr<const void> definition) {
-  if (hasLists() || held_) {
-    retired_.push_back(std::move(definition));
-  }
-}
-
 }  // namespace qnpp

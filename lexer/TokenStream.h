@@ -20,8 +20,8 @@
 //  5. Tokens of an argument may stand in the list that they were read from, which may end before the invocation does.
 //     Whoever reads the arguments has an `EndedLists` collect the lists that end meanwhile; they are not used again
 //     before it is released.
-//  6. A definition that is replaced while it may be in use (`retire`) is freed when no list is on the stack and nothing
-//     is held: no token of it can be in use then.
+//  6. The tokens of a definition that is replaced while they may be in use (`retire`) are freed when no list is on the
+//     stack and nothing is held: none of them can be in use then.
 #pragma once
 
 #include <algorithm>
@@ -30,6 +30,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "lexer/CppFileScanner.h"
@@ -137,6 +138,18 @@ class TokenStream {
     return isInFile_ && fileSource().isRestPlain(accepts);
   }
 
+  /// Behind the word of a directive, if the current source is a file: see CppLexer.
+  bool readMacroName(std::string_view& name) { return isInFile_ && fileSource().readMacroName(name); }
+  bool readMacroHead(MacroHead& head) { return isInFile_ && fileSource().readMacroHead(head); }
+  bool readReplacementText(std::string& text) { return isInFile_ && fileSource().readReplacementText(text); }
+  /// Passes over blanks and one more token, normally a line end.
+  void takeLineEnd() {
+    if (!isInFile_ || !fileSource().passLineEnd()) {
+      skipBlanks();
+      get();
+    }
+  }
+
   /// Whether the current source is a file.
   bool isInFile() const { return isInFile_; }
   /// The innermost file, whichever source is the current one; null before the first is pushed.
@@ -224,9 +237,13 @@ class TokenStream {
     std::vector<std::unique_ptr<CppTokenScanner>> lists_;
   };
 
-  /// Takes over what tokens in use may belong to, and frees it when none can be. The pointer is a shared one because it
-  /// remembers how to free what it points at, whatever that is.
-  void retire(std::shared_ptr<const void> definition);
+  /// Takes over what tokens in use may belong to, a pointer that owns it, and frees it when none can be.
+  template <typename Owner>
+  void retire(Owner tokens) {
+    if (hasLists() || held_) {
+      retired_.emplace_back(std::move(tokens));
+    }
+  }
 
   // ---- Making spellings, which live as tokens do that are taken now ----
 
@@ -326,6 +343,7 @@ class TokenStream {
 
   std::optional<SpellingPool::Mark> held_;  // Under a Hold: what lies behind it stays.
   EndedLists* ended_ = nullptr;             // Where lists go that end; null: they are used again.
+  // Shared pointers remember how to free what they point at, whatever that is.
   std::vector<std::shared_ptr<const void>> retired_;
   Spares<CppTokenScanner> spareLists_;
 };

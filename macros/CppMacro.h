@@ -22,9 +22,10 @@ struct CppMacro {
   bool functionLike = false;
 
   /// The lexed text, made at the first use; null before, and for a text that has to be lexed at each use.
-  std::unique_ptr<const Replacement> replacement;
+  std::unique_ptr<const Replacement> replacement = nullptr;
 
-  FinalTextSearch finalTextSearch = {};
+  /// Made when it is begun.
+  std::unique_ptr<FinalTextSearch> finalTextSearch = nullptr;
 };
 
 }  // namespace qnpp

@@ -1,32 +1,37 @@
 #include "macros/CppMacroTable.h"
 
+#include <string>
 #include <utility>
+
+#include "lexer/Shortcuts.h"
 
 namespace qnpp {
 
 void CppMacroTable::defineFromCommandLine(std::string_view name, std::string_view definition) {
-  if (lookup(name) == nullptr) {
-    CppMacro macro;
-    macro.text = definition;
-    define(name, std::move(macro));
+  Name& entry = *intern(name);
+  if (entry.macro == nullptr) {
+    define(entry, {std::string(definition), {}, false});
   }
 }
 
-void CppMacroTable::define(std::string_view name, CppMacro macro) {
-  Name& entry = *names_.intern(name);
-  if (entry.macro == nullptr) {
-    stream_.nameBecameKnown(entry);
+void CppMacroTable::define(Name& name, CppMacro macro) {
+  if (name.macro == nullptr) {
+    stream_.nameBecameKnown(name);
   }
-  if (definitions_.size() <= entry.id) {
-    definitions_.resize(names_.size());
+  dropDefinition(name);
+  names_.noteMacro(name);
+  if (unused_.empty()) {
+    name.macro = &definitions_.emplace_back(std::move(macro));
+  } else {
+    name.macro = unused_.back();
+    unused_.pop_back();
+    *name.macro = std::move(macro);
   }
-  auto definition = std::make_unique<CppMacro>(std::move(macro));
-  dropDefinition(entry);
-  names_.noteMacro(entry);
-  entry.macro = definition.get();
+  if (kShortcuts && !name.isRefreshed) {
+    name.finalText = findLastingText(*name.macro);
+  }
   names_.beginGeneration();
-  definitions_[entry.id] = std::move(definition);
-  stream_.observe([&](Observer& observer) { observer.defined(entry, *entry.macro); });
+  stream_.observe([&](Observer& observer) { observer.defined(name, *name.macro); });
 }
 
 void CppMacroTable::undefine(std::string_view name) {
@@ -38,11 +43,18 @@ void CppMacroTable::undefine(std::string_view name) {
 }
 
 void CppMacroTable::dropDefinition(Name& name) {
-  if (name.macro != nullptr) {
-    name.macro = nullptr;
-    stream_.retire(std::move(definitions_[name.id]));
-    names_.beginGeneration();
+  if (name.macro == nullptr) {
+    return;
   }
+  CppMacro& dropped = *name.macro;
+  unused_.push_back(&dropped);
+  name.macro = nullptr;
+  name.finalText = {};
+  names_.beginGeneration();
+  if (dropped.replacement != nullptr) {
+    stream_.retire(std::move(dropped.replacement));
+  }
+  dropped = CppMacro();
 }
 
 }  // namespace qnpp

@@ -1,8 +1,9 @@
 // The macro table.
 #pragma once
 
-#include <memory>
+#include <deque>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "lexer/NameTable.h"
@@ -14,7 +15,8 @@ namespace qnpp {
 /// The macro definitions by name; at most one for each. Names are compared byte by byte.
 ///
 /// The table answers through the name table: a Name points at its definition, so that a token whose name is known needs
-/// no search. A definition that is replaced or removed is left to the stream, since an expansion may be reading it.
+/// no search. The tokens of a definition that is replaced or removed are left to the stream, since an expansion may be
+/// reading them.
 class CppMacroTable {
  public:
   CppMacroTable(NameTable& names, TokenStream& stream) : names_(names), stream_(stream) {}
@@ -31,8 +33,12 @@ class CppMacroTable {
     return known == nullptr ? nullptr : known->macro;
   }
 
+  /// The entry for `name` in the name table.
+  Name* intern(std::string_view name) { return names_.intern(name); }
+
   /// Makes `macro` the definition of `name`, in the place of any other.
-  void define(std::string_view name, CppMacro macro);
+  void define(Name& name, CppMacro macro);
+  void define(std::string_view name, CppMacro macro) { define(*intern(name), std::move(macro)); }
   /// Removes the definition of `name`, if there is one.
   void undefine(std::string_view name);
 
@@ -41,7 +47,8 @@ class CppMacroTable {
 
   NameTable& names_;
   TokenStream& stream_;
-  std::vector<std::unique_ptr<CppMacro>> definitions_;  // By the id of the name.
+  std::deque<CppMacro> definitions_;  // They stay where they are.
+  std::vector<CppMacro*> unused_;     // Those among them that no name has any more.
 };
 
 }  // namespace qnpp

@@ -7,9 +7,11 @@
 namespace qnpp {
 namespace {
 
+// The functions that follow go from token to token; carryOutDefine asks them where the stream cannot read on in one go.
+
 // Reads the name behind #define or #undef, which a continuation may split. Empty, with nothing taken, when there is
 // none.
-std::string readMacroName(TokenStream& stream) {
+std::string collectMacroName(TokenStream& stream) {
   std::string name;
   while (isName(stream.peek())) {
     stream.get();
@@ -23,7 +25,7 @@ std::string readMacroName(TokenStream& stream) {
 
 // Reads "(", the names and ")"; the list may run over line ends. Reports, drops the line and returns false when it is
 // no such list.
-bool readParameters(TokenStream& stream, MessageSink& messages, std::vector<std::string>& parameters) {
+bool collectParameters(TokenStream& stream, MessageSink& messages, std::vector<std::string>& parameters) {
   stream.get();
   stream.skipWhiteSpace();
   CppTokenKind kind = stream.get();
@@ -56,7 +58,7 @@ bool readParameters(TokenStream& stream, MessageSink& messages, std::vector<std:
 
 // Reads up to the line end, which stays. White space becomes one blank between two tokens and nothing at either end; a
 // continued line end is no white space, so it joins what stands before and behind it.
-std::string readReplacementText(TokenStream& stream) {
+std::string collectReplacementText(TokenStream& stream) {
   std::string text;
   bool blankWaits = false;
   stream.skipBlanks();
@@ -78,40 +80,52 @@ std::string readReplacementText(TokenStream& stream) {
 }  // namespace
 
 void carryOutDefine(TokenStream& stream, CppMacroTable& macros, MessageSink& messages) {
-  stream.skipBlanks();
-  const std::string name = readMacroName(stream);
-  if (name.empty()) {
-    messages.report(Message::InvalidMacroName);
-    return;
-  }
-  CppMacro macro;
-  macro.functionLike = stream.peek() == '(';
-  if (macro.functionLike && !readParameters(stream, messages, macro.parameters)) {
-    return;
-  }
-  macro.text = readReplacementText(stream);
-  const CppMacro* const present = macros.lookup(name);
-  // Only the texts are compared. A definition with the same text changes nothing, not even the kind of macro.
-  if (present == nullptr || present->text != macro.text) {
-    if (present != nullptr) {
-      messages.report(Message::IncompatibleRedefinition, name);
+  MacroHead head;
+  Name* entry = nullptr;
+  if (stream.readMacroHead(head)) {
+    entry = macros.intern(head.name);
+  } else {
+    stream.skipBlanks();
+    const std::string name = collectMacroName(stream);
+    if (name.empty()) {
+      messages.report(Message::InvalidMacroName);
+      return;
     }
-    macros.define(name, std::move(macro));
+    head.functionLike = stream.peek() == '(';
+    if (head.functionLike && !collectParameters(stream, messages, head.parameters)) {
+      return;
+    }
+    entry = macros.intern(name);
   }
-  stream.skipBlanks();
-  stream.get();
+  std::string text;
+  if (!stream.readReplacementText(text)) {
+    text = collectReplacementText(stream);
+  }
+  const CppMacro* const present = entry->macro;
+  // Only the texts are compared. A definition with the same text changes nothing, not even the kind of macro.
+  if (present == nullptr || present->text != text) {
+    if (present != nullptr) {
+      messages.report(Message::IncompatibleRedefinition, entry->text());
+    }
+    macros.define(*entry, {std::move(text), std::move(head.parameters), head.functionLike});
+  }
+  stream.takeLineEnd();
 }
 
 void carryOutUndef(TokenStream& stream, CppMacroTable& macros, MessageSink& messages) {
-  stream.skipBlanks();
-  const std::string name = readMacroName(stream);
-  if (name.empty()) {
-    messages.report(Message::InvalidMacroName);
-    return;
+  std::string_view known;
+  if (stream.readMacroName(known)) {
+    macros.undefine(known);
+  } else {
+    stream.skipBlanks();
+    const std::string name = collectMacroName(stream);
+    if (name.empty()) {
+      messages.report(Message::InvalidMacroName);
+      return;
+    }
+    macros.undefine(name);
   }
-  macros.undefine(name);
-  stream.skipBlanks();
-  stream.get();  // Normally the line end; whatever else stands here is lost, and the rest is a line of its own.
+  stream.takeLineEnd();  // Whatever else stands here is lost, and the rest is a line of its own.
 }
 
 }  // namespace qnpp

@@ -4,10 +4,15 @@
 #include <cstddef>
 #include <vector>
 
+#include "lexer/ByteSet.h"
+#include "lexer/CppLexer.h"
 #include "macros/CppMacro.h"
 
 namespace qnpp {
 namespace {
+
+// Names, line ends and what may be a literal: text with one of these may come to something else.
+constexpr ByteSet kMoreThanItself = bytesOf("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_\"'\n\r");
 
 // Whether the name is that of an object-like macro whose list is the same at each use.
 bool hasLastingTokens(const Name& name) {
@@ -37,6 +42,8 @@ bool appendExpandedText(const Name& name, std::string& text) {
         std::any_of(levels.begin(), levels.end(), [&token](const Level& level) { return level.name == token.name; });
     if (isHidden || token.isWrittenAsIs()) {
       text.append(token.text());
+    } else if (token.name != nullptr && token.name->finalText.isLasting()) {
+      text.append(token.name->finalText.text());
     } else if (token.name != nullptr && hasLastingTokens(*token.name)) {
       levels.push_back({token.name, token.name->macro->replacement->tokens()});
     } else {
@@ -51,8 +58,26 @@ bool appendExpandedText(const Name& name, std::string& text) {
 
 }  // namespace
 
+FinalText findLastingText(const CppMacro& macro) {
+  if (macro.functionLike) {
+    return {};
+  }
+  const char* const begin = macro.text.c_str();
+  const char* const end = begin + macro.text.size();
+  for (const char* at = begin; at != end;) {
+    if (has(kDigitBytes, *at)) {
+      at = passNumber(at);  // Behind it a name may follow directly.
+    } else if (has(kMoreThanItself, *at) || (*at == '/' && (at[1] == '/' || at[1] == '*'))) {
+      return {};
+    } else {
+      ++at;
+    }
+  }
+  return {begin, macro.text.size(), FinalText::kAnyGeneration};
+}
+
 bool findFinalText(Name& name, const NameTable& names) {
-  if (name.finalText.generation == names.generation()) {
+  if (name.finalText.holdsIn(names.generation())) {
     return true;  // The first word of a line is handed out all the same.
   }
   if (!hasLastingTokens(name)) {
@@ -61,7 +86,10 @@ bool findFinalText(Name& name, const NameTable& names) {
   CppMacro& macro = *name.macro;
   const bool isFixed = macro.replacement->isFixedText();
   if (!isFixed) {
-    FinalTextSearch& search = macro.finalTextSearch;
+    if (macro.finalTextSearch == nullptr) {
+      macro.finalTextSearch = std::make_unique<FinalTextSearch>();
+    }
+    FinalTextSearch& search = *macro.finalTextSearch;
     if (search.usedIn != names.generation()) {
       search.usedIn = names.generation();
       search.isInVain = false;
@@ -76,7 +104,7 @@ bool findFinalText(Name& name, const NameTable& names) {
       return false;
     }
   }
-  const std::string& text = isFixed ? macro.text : macro.finalTextSearch.text;
+  const std::string& text = isFixed ? macro.text : macro.finalTextSearch->text;
   name.finalText = {text.data(), text.size(), names.generation()};
   return true;
 }

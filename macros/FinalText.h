@@ -8,6 +8,8 @@
 
 namespace qnpp {
 
+struct CppMacro;
+
 /// How far the search for the final text of a macro has come; a part of its definition.
 struct FinalTextSearch {
   std::string text;          ///< What `Name::finalText` shows, unless that is the text of the definition itself.
@@ -22,5 +24,9 @@ struct FinalTextSearch {
 ///
 /// To be called at each use of `name`, the name of an object-like macro. Returns whether `name.finalText` holds.
 bool findFinalText(Name& name, const NameTable& names);
+
+/// The text of most macros has no name in it, and is final as long as the definition stands: known with the definition,
+/// and without lexing it. An empty one where that takes more to tell.
+FinalText findLastingText(const CppMacro& macro);
 
 }  // namespace qnpp

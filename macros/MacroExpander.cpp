@@ -79,6 +79,11 @@ void MacroExpander::expandInText() {
 }
 
 void MacroExpander::expandObjectLikeInText(Name& name) {
+  if (name.finalText.isLasting()) {
+    context_.budget.spendOnExpansion(1);
+    context_.output.write(name.finalText.text());
+    return;
+  }
   const TokenStream::Hold hold(stream_);
   const SpellingRange tokens = replacementOf(name).tokens();
   context_.budget.spendOnExpansion(1 + tokens.size());
@@ -139,7 +144,8 @@ bool MacroExpander::pushFinalTokens() {
   if (name == nullptr || name->macro == nullptr || stream_.isHidden(*name)) {
     return false;
   }
-  const SpellingRange tokens = name->macro->replacement->tokens();
+  const TokenStream::Hold hold(stream_);
+  const SpellingRange tokens = replacementOf(*name).tokens();
   context_.budget.spendOnExpansion(1 + tokens.size());
   stream_.get();
   stream_.push({tokens, stream_.hideSets().with(stream_.hideSet(), *name)});

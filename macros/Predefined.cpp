@@ -29,14 +29,14 @@ DateAndTime localDateAndTime() {
 
 }  // namespace
 
-PredefinedMacros::PredefinedMacros(CppMacroTable& table, NameTable& names) {
+PredefinedMacros::PredefinedMacros(CppMacroTable& table, NameTable& names)
+    : file_(names.intern("__FILE__")), line_(names.intern("__LINE__")) {
   const DateAndTime now = localDateAndTime();
-  table.defineFromCommandLine("__FILE__", "");
-  table.defineFromCommandLine("__LINE__", "");
+  file_->isRefreshed = line_->isRefreshed = true;
+  table.defineFromCommandLine(file_->text(), "");
+  table.defineFromCommandLine(line_->text(), "");
   table.defineFromCommandLine("__DATE__", now.date);
   table.defineFromCommandLine("__TIME__", now.time);
-  file_ = names.find("__FILE__");
-  line_ = names.find("__LINE__");
 }
 
 void PredefinedMacros::refresh(const Name& name, const CppFileScanner& file) const {

@@ -14,7 +14,7 @@ class PredefinedMacros {
   PredefinedMacros(CppMacroTable& table, NameTable& names);
 
   /// Whether the text of macros of this name changes at each use.
-  bool isRefreshed(const Name& name) const { return &name == file_ || &name == line_; }
+  static bool isRefreshed(const Name& name) { return name.isRefreshed; }
 
   /// Brings the text of the macro `name` up to date for a use in `file`, if it is one of those. It stays stored, so a
   /// later definition is compared with the value of the last use. Only the name counts: a definition of the source's
@@ -22,8 +22,8 @@ class PredefinedMacros {
   void refresh(const Name& name, const CppFileScanner& file) const;
 
  private:
-  const Name* file_;
-  const Name* line_;
+  Name* file_;
+  Name* line_;
 };
 
 }  // namespace qnpp

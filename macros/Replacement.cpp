@@ -5,11 +5,18 @@
 #include <unordered_map>
 #include <utility>
 
+#include "lexer/ByteSet.h"
+#include "lexer/Shortcuts.h"
+
 namespace qnpp {
 
 Replacement::Replacement(std::string_view text, NameTable& names, StoredTextLexer& lexer) { lex(text, names, lexer); }
 
 void Replacement::lex(std::string_view text, NameTable& names, StoredTextLexer& lexer) {
+  if (kShortcuts && isWordText(text)) {
+    tokens_.push_back(&names.intern(text)->spelling);
+    return;
+  }
   const std::uint64_t effects = lexer.effectCount();
   std::size_t written = 0;  // A comment is more than its blank, a line end of two bytes more than its token.
   lexer.lex(text, [this, &names, &written](CppTokenKind kind, std::string_view token) {

@@ -156,6 +156,82 @@ TEST(HideSetTest, LongChainsShareTheirNames) {
   EXPECT_LT(seconds, 5);
 }
 
+// Large sets that grow by a name at a time go on from any of them, and are joined with others. Many names are in
+// several sets that have nothing to do with each other.
+TEST(HideSetTest, SetsThatBranchAgreeWithOrdinarySets) {
+  constexpr std::size_t kNames = 300;
+  Names names(kNames);
+  std::mt19937 random(99);
+  struct Both {
+    HideSet set;
+    std::set<std::size_t> model;
+
+    void add(Name& name, std::size_t index) {
+      set = set.with(name);
+      model.insert(index);
+    }
+  };
+  std::vector<Both> path(1);
+  std::array<Both, 8> aside;
+  for (int round = 0; round < 6000; ++round) {
+    const std::size_t index = random() % kNames;
+    Both& other = aside[random() % aside.size()];
+    switch (random() % 16) {
+      case 0:  // Back to one of the sets before.
+        path.resize(1 + random() % path.size());
+        break;
+      case 1:
+        other = path[random() % path.size()];
+        break;
+      case 2:
+        path.push_back({path.back().set.joined(other.set), path.back().model});
+        path.back().model.insert(other.model.begin(), other.model.end());
+        break;
+      case 3:
+      case 4:
+        other.add(names[index], index);
+        break;
+      case 5:
+        if (random() % 8 == 0) {
+          path.assign(1, Both());
+        }
+        break;
+      default:
+        path.push_back(path.back());
+        path.back().add(names[index], index);
+    }
+    for (const Both* const both : {&path.back(), &other, &path[random() % path.size()]}) {
+      ASSERT_EQ(both->set.empty(), both->model.empty());
+      for (std::size_t at = 0; at < kNames; ++at) {
+        ASSERT_EQ(both->set.contains(names[at]), both->model.count(at) == 1) << "round " << round;
+      }
+    }
+  }
+}
+
+// A chain that is expanded again while its sets are in use gets sets of its own.
+TEST(HideSetTest, AChainMayBeGoneThroughTwice) {
+  constexpr std::size_t kLength = 2000;
+  Names names(kLength + 1);
+  std::vector<HideSet> first(1);
+  std::vector<HideSet> second = {HideSet().with(names[kLength])};
+  for (std::size_t index = 0; index < kLength; ++index) {
+    first.push_back(first.back().with(names[index]));
+    second.push_back(second.back().with(names[index]));
+  }
+  for (std::size_t index = 0; index < kLength; index += 7) {
+    for (const std::size_t length : {index, index + 1, kLength}) {
+      EXPECT_EQ(first[length].contains(names[index]), length > index);
+      EXPECT_EQ(second[length].contains(names[index]), length > index);
+    }
+    EXPECT_FALSE(first[index].contains(names[kLength]));
+    EXPECT_TRUE(second[index].contains(names[kLength]));
+    const HideSet both = first[index].joined(second[kLength - index]);
+    EXPECT_TRUE(both.contains(names[kLength]));
+    EXPECT_EQ(both.contains(names[kLength - 1]), index == 0);
+  }
+}
+
 // Nodes lie at logarithmic depth in whatever order the names come, or a walk down would exhaust the stack.
 TEST(HideSetTest, AnyOrderOfNamesWillDo) {
   constexpr std::size_t kLength = 100000;

@@ -455,7 +455,12 @@ TEST(SkippingTest, WhatStandsBeforeTextAndTheBeginningOfADirectiveArePassed) {
       {"\n\r", TK_END, "", "", "NEWLINE"},  // There might be a "\n" to come.
       {"\n # b", '#', "", " ", "SPACE IDENTIFIER:b"},
       {"\n#iff\n", '#', "", "", "IDENTIFIER:iff NEWLINE"},
-      {"\n#\n", '#', "", "", "NEWLINE"},
+      {"\n#\n", TK_NEWLINE, "", "", ""},
+      {"\n#\n\n # \t\n#\n  x", TK_SPACE, "\n", "  ", "IDENTIFIER:x"},
+      {"\n#\n#if 1", TK_IF, "", "", "SPACE DEC_INT:1"},
+      {"\n /* a */ #\n x", TK_SPACE, "", " ", "IDENTIFIER:x"},
+      {"\n#\r\n", '#', "", "", "NEWLINE"},
+      {"\n# ", '#', "", "", "SPACE"},
       {"\n# /* */ if\n", '#', "", "", "SPACE SPACE SPACE IF NEWLINE"},
       {"\n##if\n", TK_END, "", "", "PASTE IF NEWLINE"},
       {"\n#", TK_END, "", "", "#"},

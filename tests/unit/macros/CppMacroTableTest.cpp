@@ -95,17 +95,22 @@ TEST_F(CppMacroTableTest, NamesPointAtTheirDefinitions) {
   EXPECT_EQ(name.macro, nullptr);
 }
 
-// An expansion may still be reading a definition that is replaced or removed: it is left to the stream.
-TEST_F(CppMacroTableTest, ReplacedDefinitionsStayWhileTheyMayBeInUse) {
-  table.define("A", objectLike("first text, too long to stand in the string itself"));
-  const CppMacro& first = *table.lookup("A");
+// An expansion may still be reading the tokens of a definition that is replaced or removed: they are left to the
+// stream.
+TEST_F(CppMacroTableTest, ReplacedTokensStayWhileTheyMayBeInUse) {
+  const auto defineAndLex = [this](const std::string& text) {
+    table.define("A", objectLike(text));
+    CppMacro& macro = *table.lookup("A");
+    macro.replacement = std::make_unique<const Replacement>(macro.text, setting.names, setting.lexer);
+    return macro.replacement->tokens();
+  };
+  const SpellingRange first = defineAndLex("12345678901234567890");
   {
     const TokenStream::Hold hold(setting.stream);
-    table.define("A", objectLike("second"));
-    const CppMacro& second = *table.lookup("A");
+    const SpellingRange second = defineAndLex("\"second\"");
     table.undefine("A");
-    EXPECT_EQ(first.text, "first text, too long to stand in the string itself");
-    EXPECT_EQ(second.text, "second");
+    EXPECT_EQ(first[0]->text(), "12345678901234567890");
+    EXPECT_EQ(second[0]->text(), "\"second\"");
   }
   EXPECT_EQ(table.lookup("A"), nullptr);
 }

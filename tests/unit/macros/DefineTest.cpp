@@ -19,6 +19,24 @@ TEST(DefineTest, ReplacementTextIsNormalized) {
   });
 }
 
+TEST(DefineTest, LiteralsKeepTheirWhiteSpace) {
+  expectRuns({
+      {"#define X \"a  b\"   'c\t'\nX\n", "#line 2 \"a.c\"\n\"a  b\" 'c\t'\n"},
+      {"#define X it's  \"a  b\"\nX\n", "#line 2 \"a.c\"\nit's \"a  b\"\n"},
+      {"#define X \"a // b\" // c\n[X]\n", "#line 2 \"a.c\"\n[\"a // b\"]\n"},
+  });
+}
+
+// The line ends of a comment come out where it stands, and count in messages behind it.
+TEST(DefineTest, ACommentMayHoldLineEnds) {
+  expectRuns({
+      {"#define X a/*\n*/b\nX\n", "\n#line 3 \"a.c\"\na b\n"},
+      {"#define X 1\n#define X /*\n*/ 2 /*\n*/\nX\n", "\n\n#line 5 \"a.c\"\n2\n",
+       "a.c:4: Warning: Macro \"X\" has an incompatible redefinition.\n"},
+      {"#define X a /* b", "", "1: unterminated comment.\n"},
+  });
+}
+
 TEST(DefineTest, AContinuationMaySplitAName) {
   expectRuns({
       {"#define A\\\nB 1\nAB\n", "#line 3 \"a.c\"\n1\n"},

@@ -26,6 +26,44 @@ TEST(FinalTextTest, EachUseGivesTheSame) {
   });
 }
 
+// A text without names is known with the definition.
+TEST(FinalTextTest, NumbersAndOperatorsAreFinalAtOnce) {
+  expectRuns({
+      {"#define A (1 + 0x2fuL)\nA A\n", "#line 2 \"a.c\"\n(1 + 0x2fuL) (1 + 0x2fuL)\n"},
+      {"#define A 1\nx A\n#define B 2\nx A B\n#undef B\nA B\n",
+       "#line 2 \"a.c\"\nx 1\n#line 4 \"a.c\"\nx 1 2\n#line 6 \"a.c\"\n1 B\n"},
+      {"#define A 1\nA A\n#define A 2\nA A\n", "#line 2 \"a.c\"\n1 1\n#line 4 \"a.c\"\n2 2\n",
+       "a.c:3: Warning: Macro \"A\" has an incompatible redefinition.\n"},
+      {"#define A 1\nA A\n#undef A\n#define A(x) <x>\nA A(2)\n", "#line 2 \"a.c\"\n1 1\n#line 5 \"a.c\"\n A<2>\n"},
+      {"#define B 1\n#define A B B\nA A A\n#undef B\nA A A\n",
+       "#line 3 \"a.c\"\n1 1 1 1 1 1\n#line 5 \"a.c\"\nB B B B B B\n"},
+      {"#define A 3\n#if A > 2 && A\nA\n#endif\n", "#line 3 \"a.c\"\n3\n\n"},
+  });
+}
+
+// Behind a number a name may stand directly.
+TEST(FinalTextTest, NamesInNumbersAreSeen) {
+  expectRuns({
+      {"#define e5 x\n#define A 1e5\nA A\n", "#line 3 \"a.c\"\n1x 1x\n"},
+      {"#define g x\n#define A 0x1g\nA A\n", "#line 3 \"a.c\"\n0x1x 0x1x\n"},
+      {"#define x z\n#define A 0x\nA A\n", "#line 3 \"a.c\"\n0z 0z\n"},
+      {"#define L z\n#define A 1uLL\nA A\n", "#line 3 \"a.c\"\n1uLz 1uLz\n"},
+      {"#define A 08\nA A\n", "#line 2 \"a.c\"\n08 08\n"},
+  });
+}
+
+TEST(FinalTextTest, CommentsAndChangingTextsAreNotFinal) {
+  expectRuns({
+      {"#define A 1 /\\\n/ 2\n[A][A]\n", "#line 3 \"a.c\"\n[1  ][1  ]\n"},
+      {"#define A 1 /\\\n* 2\nA\nA\n", "#line 3 \"a.c\"\n1  \n1  \n",
+       "1: unterminated comment.\n1: unterminated comment.\n"},
+      {"#define A 1 / 2\n[A][A]\n", "#line 2 \"a.c\"\n[1 / 2][1 / 2]\n"},
+      {"#define __LINE__ 7\n__LINE__\n__LINE__ __LINE__\n#if __LINE__ == 4\nx\n#endif\n",
+       "#line 2 \"a.c\"\n2\n3 3\n#line 5 \"a.c\"\nx\n\n",
+       "a.c:1: Warning: Macro \"__LINE__\" has an incompatible redefinition.\n"},
+  });
+}
+
 TEST(FinalTextTest, AnyDefinitionMayChangeIt) {
   expectRuns({
       {"#define A B\n#define B 1\nA A A\n#undef B\nA A A\n", "#line 3 \"a.c\"\n1 1 1\n#line 5 \"a.c\"\nB B B\n"},
@@ -138,7 +176,7 @@ TEST_F(FinalTextSearchTest, LongTextsAreNotKept) {
 }
 
 TEST_F(FinalTextSearchTest, AMacroThatHasNotBeenUsedIsNotLookedInto) {
-  DefinitionSetting setting({"A B", "B 1"});
+  DefinitionSetting setting({"A B", "B b"});
   Name& name = setting.streams.name("A");
   EXPECT_FALSE(findFinalText(name, setting.streams.names));  // Nor is A itself.
   lexList(setting, "A");
@@ -149,9 +187,20 @@ TEST_F(FinalTextSearchTest, AMacroThatHasNotBeenUsedIsNotLookedInto) {
   setting.streams.names.beginGeneration();
   EXPECT_FALSE(findFinalText(name, setting.streams.names));
   EXPECT_TRUE(findFinalText(name, setting.streams.names));
-  EXPECT_EQ(name.finalText.text(), "1");
-  setting.streams.names.beginGeneration();
+  EXPECT_EQ(name.finalText.text(), "b");
+}
+
+TEST_F(FinalTextSearchTest, WhatLastsAsLongAsTheDefinitionNeedsNoUse) {
+  DefinitionSetting setting({"A B", "B 1"});
+  EXPECT_EQ(setting.streams.name("B").finalText.text(), "1");
+  Name& name = setting.streams.name("A");
+  lexList(setting, "A");
   EXPECT_FALSE(findFinalText(name, setting.streams.names));
+  EXPECT_TRUE(findFinalText(name, setting.streams.names));
+  EXPECT_EQ(name.finalText.text(), "1");
+  setting.table.undefine("B");
+  EXPECT_FALSE(setting.streams.name("B").finalText.holdsIn(setting.streams.names.generation()));
+  EXPECT_FALSE(name.finalText.holdsIn(setting.streams.names.generation()));
 }
 
 }  // namespace

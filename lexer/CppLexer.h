@@ -116,10 +116,10 @@ class CppLexer final : public yyCppFlexLexer {
   }
 
   /// From the start of a line where text is taken: passes over blanks and comments, writing an empty line for each line
-  /// of nothing else, over directives of nothing but a "#", and over the beginning of another, as if the tokens had been
-  /// asked for. What of them begins the next line of text is appended to `leadingSpace`, which is empty. Returns the
-  /// kind of what was passed last: the word of a directive, or "#" where none is sure to follow; TK_SPACE or TK_NEWLINE
-  /// when something else follows or it takes more to be sure; TK_END when nothing was passed.
+  /// of nothing else, over directives of nothing but a "#", and over the beginning of another, as if the tokens had
+  /// been asked for. What of them begins the next line of text is appended to `leadingSpace`, which is empty. Returns
+  /// the kind of what was passed last: the word of a directive, or "#" where none is sure to follow; TK_SPACE or
+  /// TK_NEWLINE when something else follows or it takes more to be sure; TK_END when nothing was passed.
   CppTokenKind passLineStart(std::string& leadingSpace);
 
   /// Whether the rest of the line means what stands there and nothing else: all of it is in the buffer, without

@@ -3,8 +3,6 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
-#include <utility>
 
 #include "lexer/HideSet.h"
 #include "lexer/NameTable.h"

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <ios>
 #include <istream>
 #include <optional>
 #include <streambuf>

@@ -1,7 +1,6 @@
 // Tokens of an argument, for the reading of arguments inside of it.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <vector>
 

@@ -1,7 +1,9 @@
 // Spellings made while macros are expanded.
 #pragma once
 
+#include <compare>
 #include <cstddef>
+#include <span>
 #include <string_view>
 #include <unordered_map>
 #include <vector>

@@ -1,6 +1,7 @@
 // Storage that is given back all at once.
 #pragma once
 
+#include <compare>
 #include <cstddef>
 #include <memory>
 #include <string_view>

@@ -9,7 +9,8 @@
 // is to keep things alive. These are the rules:
 //
 //  1. Every list has a mark. What the pool holds above it belongs to this source and those above it on the stack, and
-//     is given back when the source has been read to its end.
+//     is given back when the source has been read to its end: when more is asked for, or another source is pushed on
+//     it, which takes over its share.
 //  2. A token taken from a source may be kept beyond its source only under a `Hold`: arguments, operands, results under
 //     way. While it lives, nothing that has been made since is given back, and a list that ends leaves its share of the
 //     pool to the hold.
@@ -29,6 +30,7 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -152,6 +154,8 @@ class TokenStream {
 
   /// Whether the current source is a file.
   bool isInFile() const { return isInFile_; }
+  /// Whether a Hold lives.
+  bool isHolding() const { return held_.has_value(); }
   /// The innermost file, whichever source is the current one; null before the first is pushed.
   CppFileScanner* file() const { return files_.empty() ? nullptr : files_.back(); }
   /// The files that are being read, from the outermost on.

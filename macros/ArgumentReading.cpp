@@ -1,5 +1,6 @@
 #include "macros/ArgumentReading.h"
 
+#include <cassert>
 #include <cstddef>
 
 #include "lexer/Shortcuts.h"
@@ -111,6 +112,7 @@ CppTokenKind readArgument(TokenStream& stream, CppTokenKind kind, Arguments& arg
 }  // namespace
 
 bool collectArguments(TokenStream& stream, MessageSink& messages, const CppMacro& macro, Arguments& arguments) {
+  assert(stream.isHolding());
   const std::size_t expected = macro.parameters.size();
   const auto fail = [&messages](Message message) {
     messages.report(message);

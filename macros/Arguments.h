@@ -61,8 +61,8 @@ class Arguments {
   }
   /// Ends the argument being read, at a token that carries `hideSet`. Lexes its text if need be.
   void finish(TokenStream& stream, HideSet hideSet);
-  /// Adds an argument whose tokens stand in a list that outlives this object, already normalized; they are a part of
-  /// `surroundings`, or of nothing that is known to be normalized if that is null.
+  /// Adds an argument whose tokens stand in a list that stays until the EndedLists is released, already normalized;
+  /// they are a part of `surroundings`, or of nothing that is known to be normalized if that is null.
   void addInPlace(TokenRange tokens, NormalizedTokens* surroundings);
 
   void clear();

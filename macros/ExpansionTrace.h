@@ -1,6 +1,9 @@
 // What an observer is told of an expansion.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "lexer/TokenStream.h"
 #include "macros/Arguments.h"
 

@@ -13,7 +13,7 @@ struct CppMacro;
 /// How far the search for the final text of a macro has come; a part of its definition.
 struct FinalTextSearch {
   std::string text;          ///< What `Name::finalText` shows, unless that is the text of the definition itself.
-  std::uint64_t usedIn = 0;  ///< The generation of definitions in which the macro was last used in a text line,
+  std::uint64_t usedIn = 0;  ///< The generation of definitions in which the macro was last used,
   bool isInVain = false;     ///< and whether it was found then that there is no such text.
 };
 
@@ -22,7 +22,8 @@ struct FinalTextSearch {
 /// and the lexer writes it without handing the name out. It is sought when a macro is used for the second time, so that
 /// definitions and uses that take turns do not pay for it.
 ///
-/// To be called at each use of `name`, the name of an object-like macro. Returns whether `name.finalText` holds.
+/// To be called at each use of `name`, the name of a macro, in a text line or a condition. Returns whether
+/// `name.finalText` holds; it never does for a function-like macro.
 bool findFinalText(Name& name, const NameTable& names);
 
 /// The text of most macros has no name in it, and is final as long as the definition stands: known with the definition,

@@ -155,6 +155,7 @@ bool MacroExpander::pushFinalTokens() {
 // The lexed replacement list of the macro's text as it is now. To be called under a Hold: what is good for one use
 // lives only as long as that, or as the list that is pushed under it.
 const Replacement& MacroExpander::replacementOf(const Name& name) {
+  assert(stream_.isHolding() && name.macro != nullptr);
   CppMacro& macro = *name.macro;
   if (macro.replacement != nullptr) {
     return *macro.replacement;

@@ -6,8 +6,9 @@
 // name's token, adds the name, and gives the sum to every token of its result; a token of an argument keeps in addition
 // what it had. So think of each token of a result as a child of the name that was expanded: its set holds all that its
 // parent's held, and the parent's name, which was not in there, too. Sets grow from parent to child, and there are only
-// so many names, so no line of descent goes on for ever; and each expansion has finitely many children, so all of them
-// together are finite. (An argument that is expanded beforehand is a list that ends, and the same holds in it.)
+// so many names (even with those that a #define among arguments adds), so no line of descent goes on for ever; and each
+// expansion has finitely many children, so all of them together are finite. (An argument that is expanded beforehand is
+// a list that ends, and the same holds in it.)
 // `#define A A+1` makes `A+1` of `A`, and with `#define g(x) x` and `#define f(x) g(x)`, `f(A)` gives `A+1` too,
 // although the second `A` goes through two more invocations. What can grow without end is the input alone: a file that
 // includes itself.
@@ -18,7 +19,7 @@
 // wants the invocations in it replaced. Written as two functions, nesting would be limited by the stack of the program.
 // Here both are objects on a stack in memory, a Substitution and a ListExpansion in turn, and `run` works on the
 // innermost until it is finished or has to wait for a new one. A Substitution owns the arguments, and the lists that
-// ended while they were read.
+// ended while they were read; it gives them back once its result, which brings along what they were made of, is pushed.
 #pragma once
 
 #include <cstddef>
@@ -52,8 +53,8 @@ class MacroExpander {
   /// source, so that rescanning is reading on. A function-like name takes its arguments from the stream.
   void expandInText();
 
-  /// The stream has looked at a name; each macro it may be has a final text, see findFinalText. If it is one that
-  /// is to be expanded, it is taken, and its tokens become the current source. Returns whether.
+  /// The stream has looked at a name; if it is that of a macro, this has a final text, see findFinalText. Unless it is
+  /// hidden, it is taken then, and the tokens of its replacement list become the current source. Returns whether.
   bool pushFinalTokens();
 
   /// Takes the tokens out of the list and leaves their expansion there. To be called under a Hold of the stream.

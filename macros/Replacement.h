@@ -1,7 +1,6 @@
 // Replacement lists, ready for use.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>

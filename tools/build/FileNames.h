@@ -1,6 +1,7 @@
 // The names under which files show in a result, where these are not the names under which they were opened.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>

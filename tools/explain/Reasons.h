@@ -1,6 +1,7 @@
 // Why things are as they are, in words.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>

@@ -40,7 +40,8 @@ struct GuardedFilesTest : testing::Test {
         files.seeGuard(guard);
       }
     }
-    files.leave(path, stampOf(path), kOpenFiles, {100 + written.outputSize, 10 + written.messages, 1 + written.effects});
+    files.leave(path, stampOf(path), kOpenFiles,
+                {100 + written.outputSize, 10 + written.messages, 1 + written.effects});
   }
   bool isKnown() const { return files.find(path, kOpenFiles).has_value(); }
 

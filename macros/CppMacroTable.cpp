@@ -27,7 +27,8 @@ void CppMacroTable::define(Name& name, CppMacro macro) {
     unused_.pop_back();
     *name.macro = std::move(macro);
   }
-  if (kShortcuts && !name.isRefreshed) {
+  // On the command line words may be defined that no text asks for.
+  if (kShortcuts && !name.isRefreshed && isName(name.spelling.kind)) {
     name.finalText = findLastingText(*name.macro);
   }
   names_.beginGeneration();

@@ -64,6 +64,13 @@ void define(CppMacroTable& macros, std::string_view definition) {
   }
 }
 
+// In a catch block. The first exception is what went wrong; delivering what there is may bring about another.
+void keepException(std::exception_ptr& exception) {
+  if (exception == nullptr) {
+    exception = std::current_exception();
+  }
+}
+
 }  // namespace
 
 std::streamsize ReaderInput::Buffer::xsgetn(char* to, std::streamsize size) {
@@ -71,7 +78,7 @@ std::streamsize ReaderInput::Buffer::xsgetn(char* to, std::streamsize size) {
   try {
     count = read_(to, static_cast<std::size_t>(size));
   } catch (...) {
-    exception_ = std::current_exception();
+    keepException(exception_);
     throw RunEnded{RunEnded::Reason::CallbackFailed};
   }
   if (count < 0 || count > size) {
@@ -225,7 +232,7 @@ auto Run::callBack(Call call) {
   try {
     return call();
   } catch (...) {
-    result_.exception = std::current_exception();
+    keepException(result_.exception);
     throw RunEnded{RunEnded::Reason::CallbackFailed};
   }
 }

@@ -422,6 +422,19 @@ TEST(StatusTest, ACallersExceptionComesBack) {
   EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "main").output, "#line 1 \"main\"\nx\n");
 }
 
+TEST(StatusTest, TheFirstExceptionIsTheOneThatComesBack) {
+  Preprocessor preprocessor;
+  preprocessor.setDiagnosticSink([](const Diagnostic&) { throw std::runtime_error("first"); });
+  preprocessor.setOutputSink([](std::string_view) { throw std::runtime_error("while the rest is delivered"); });
+  const Result result = preprocessor.run(Source::ofText("x\n#wrong\n"), "main");
+  ASSERT_EQ(result.status, Status::CallbackFailed);
+  try {
+    std::rethrow_exception(result.exception);
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "first");
+  }
+}
+
 // ---- Memory ----
 
 // A source of so many bytes at least: the first line, and then lines in which each `$` is the number of the line.

@@ -87,8 +87,8 @@ std::streamsize ReaderInput::Buffer::xsgetn(char* to, std::streamsize size) {
   return count;
 }
 
-Run::Run(const Settings& settings, const std::atomic<bool>& isCancelled, Result& result)
-    : settings_(settings), result_(result) {
+Run::Run(const Settings& settings, std::atomic<bool>& isCancelled, Result& result)
+    : settings_(settings), isCancelled_(isCancelled), result_(result) {
   budget_.watch(isCancelled);
 }
 
@@ -98,12 +98,13 @@ void Run::preprocess(Source source, std::string_view name) noexcept {
   std::unique_ptr<CppPreprocessor> engine;
   const bool isDone = attempt([&] {
     beginEngine(engine);
+    budget_.look();  // A run that was cancelled beforehand opens nothing.
     if (open(*engine, std::move(source), name)) {
       engine->run();
     }
   });
   if (isDone) {
-    result_.status = result_.hasErrors ? Status::Errors : Status::Clean;
+    finish(*engine);
   } else if (engine != nullptr) {
     finishEarly(*engine);
   } else {
@@ -112,12 +113,24 @@ void Run::preprocess(Source source, std::string_view name) noexcept {
   finishLineMap();
 }
 
+// Behind the last call of a caller's function, so whoever cancels there is heard too. From here on `cancel` is about
+// the next run: what is told from another thread ends either this run or that one, and never both or neither.
+void Run::finish(const CppPreprocessor& engine) noexcept {
+  if (isCancelled_.exchange(false)) {
+    end(Status::Cancelled);
+    noteEnd(engine);
+  } else {
+    result_.status = result_.hasErrors ? Status::Errors : Status::Clean;
+  }
+}
+
 void Run::refuse() noexcept {
   end(Status::OutOfMemory);
   attempt([this] {
     const MessageEntry& entry = entryOf(Message::OutOfMemory);
     report({entry, {}, entry.text, "FATAL ERROR: out of memory.\n", {}});
   });
+  isCancelled_ = false;
 }
 
 // Carries out a part of the run, and notes how that ended it. A caller's exception goes before any other reason.
@@ -218,6 +231,11 @@ void Run::finishEarly(CppPreprocessor& engine) noexcept {
   } else if (result_.status == Status::ScannerFailed) {
     attempt([&engine, this] { engine.reportFailure(failure_); });
   }
+  noteEnd(engine);
+  isCancelled_ = false;
+}
+
+void Run::noteEnd(const CppPreprocessor& engine) noexcept {
   attempt([&engine, this] {
     const FilePlace place = engine.place();
     result_.endLine = place.line;

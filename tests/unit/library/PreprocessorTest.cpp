@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstddef>
@@ -575,6 +576,96 @@ TEST(LimitsTest, Time) {
   EXPECT_EQ(preprocessor.run(Source::ofReader(blanks)).limit, Limit::Time);
   const std::string source = "#define f(x) x x\n" + repeat(40, "f(") + "a" + repeat(40, ")");
   EXPECT_EQ(preprocessor.run(Source::borrowing(source)).limit, Limit::Time);
+}
+
+TEST(LimitsTest, ATimeBelowZeroIsOver) {
+  using std::chrono::milliseconds;
+  for (const milliseconds time : {milliseconds(-1), milliseconds::min()}) {
+    int messages = 0;
+    Preprocessor preprocessor;
+    preprocessor.setLimits({0, 0, 0, time});
+    preprocessor.setDiagnosticSink([&messages](const Diagnostic&) { ++messages; });
+    const Result result = preprocessor.run(Source::ofFile("/none/at/all"), "main");
+    EXPECT_EQ(result.limit, Limit::Time);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.endLine, 0);
+    EXPECT_EQ(messages, 0);
+  }
+  Preprocessor preprocessor;
+  preprocessor.setLimits({0, 0, 0, milliseconds(0)});
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n")).status, Status::Clean);
+  preprocessor.setLimits({0, 0, 0, milliseconds::max()});
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n")).status, Status::Clean);
+}
+
+TEST(CancelTest, BeforeARunItDeliversNothing) {
+  int calls = 0;
+  Preprocessor preprocessor;
+  preprocessor.setOutputSink([&calls](std::string_view) { ++calls; });
+  preprocessor.cancel();
+  preprocessor.cancel();
+  const Result result = preprocessor.run(Source::ofText("x\n"), "main");
+  EXPECT_EQ(result.status, Status::Cancelled);
+  EXPECT_EQ(calls, 0);
+  EXPECT_EQ(result.endFile, "");
+  // However many there were, they are used up.
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "main").status, Status::Clean);
+  EXPECT_EQ(calls, 1);
+}
+
+// What follows the last call is over in no time, yet the caller has asked for the end in time.
+TEST(CancelTest, IsHeardInTheLastCall) {
+  Preprocessor preprocessor;
+  preprocessor.setOutputSink([&preprocessor](std::string_view) { preprocessor.cancel(); });
+  const Result result = preprocessor.run(Source::ofText("x\n"), "main");
+  EXPECT_EQ(result.status, Status::Cancelled);
+  EXPECT_EQ(result.endFile, "main");
+  EXPECT_EQ(result.endLine, 2);
+  // In a run that has failed too, and of no later run.
+  EXPECT_EQ(preprocessor.run(Source::ofText("#if 1/0\n"), "main").status, Status::DivisionByZero);
+  preprocessor.setOutputSink(nullptr);
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "main").status, Status::Clean);
+
+  const Result read = preprocessor.run(Source::ofReader([&preprocessor](char*, std::size_t) -> std::ptrdiff_t {
+                                         preprocessor.cancel();
+                                         return 0;
+                                       }),
+                                       "main");
+  EXPECT_EQ(read.status, Status::Cancelled);
+  EXPECT_EQ(read.output, "#line 1 \"main\"\n");
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "main").status, Status::Clean);
+
+  preprocessor.setDiagnosticSink([&preprocessor](const Diagnostic&) { preprocessor.cancel(); });
+  const Result wrong = preprocessor.run(Source::ofText("#wrong"), "main");
+  EXPECT_EQ(wrong.status, Status::Cancelled);
+  EXPECT_TRUE(wrong.hasErrors);
+}
+
+// Calls from another thread come at any moment of a run, or between two. None is lost, and none counts twice.
+TEST(CancelTest, EachCallEndsOneRun) {
+  constexpr int kCalls = 2000;
+  Preprocessor preprocessor;
+  std::atomic<int> asked{0};
+  std::atomic<int> heard{0};
+  std::thread other([&] {
+    for (int call = 0; call < kCalls; ++call) {
+      while (heard != call) {
+        std::this_thread::yield();
+      }
+      ++asked;
+      preprocessor.cancel();
+    }
+  });
+  int cancelled = 0;
+  while (heard < kCalls) {
+    if (preprocessor.run(Source::ofText("x\n")).status == Status::Cancelled) {
+      ++cancelled;
+      ++heard;
+    }
+  }
+  other.join();
+  EXPECT_EQ(cancelled, asked);
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n")).status, Status::Clean);
 }
 
 TEST(CancelTest, EndsTheRunUnderWayOrTheNext) {

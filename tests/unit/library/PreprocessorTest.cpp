@@ -195,6 +195,25 @@ TEST(PreprocessorTest, DefinitionsAreThoseOfTheProgram) {
   EXPECT_EQ(preprocessor.run(Source::ofText("A B[C]\n"), "a").output, "#line 1 \"a\"\n1 x=y[]\n");
 }
 
+// It is put in the place of the name as it is, and what stands at the beginning of a line there is read as such.
+TEST(PreprocessorTest, DefinitionsMayHaveLineEnds) {
+  for (const char* definition : {"A=1\n#define B 2\nx", "A=1\r#define B 2\rx"}) {
+    Preprocessor preprocessor;
+    preprocessor.define(definition);
+    EXPECT_EQ(preprocessor.run(Source::ofText("B\nA\nB\n"), "a").output, "#line 1 \"a\"\nB\n1\n#line 2 \"a\"\nx\n2\n");
+  }
+}
+
+TEST(PreprocessorTest, DefinitionsOfWhatIsNoNameAreNeverUsed) {
+  Preprocessor preprocessor;
+  for (const char* definition : {"1A=2", "F(x)=x", "", "=3", "A B=4"}) {
+    preprocessor.define(definition);
+  }
+  const Result result = preprocessor.run(Source::ofText("1A F(x) A B\n"), "a");
+  EXPECT_EQ(result.status, Status::Clean);
+  EXPECT_EQ(result.output, "#line 1 \"a\"\n1A F(x) A B\n");
+}
+
 TEST(PreprocessorTest, DefinitionsOfASourceEndWithItsRun) {
   Preprocessor preprocessor;
   preprocessor.define("A=kept");

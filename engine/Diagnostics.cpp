@@ -64,6 +64,11 @@ void Diagnostics::findPlace(std::size_t mostIncludes) {
   }
 }
 
+std::span<const FilePlace> Diagnostics::findIncludeChain() {
+  findPlace(SIZE_MAX);
+  return includeChain_;
+}
+
 void Diagnostics::reportOutOfMemory() {
   try {
     deliver(Message::OutOfMemory, {});

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +23,9 @@ class Diagnostics final : public MessageSink {
   /// Reports Message::OutOfMemory. Does without memory: what does not fit into what is there is left out, which is the
   /// outer end of a deep include chain, or the place in the text if its name is very long.
   void reportOutOfMemory();
+
+  /// The lines that include the innermost file, innermost first; valid until the next call of any function.
+  std::span<const FilePlace> findIncludeChain();
 
  private:
   void deliver(Message message, std::string_view detail) override;

@@ -115,7 +115,7 @@ void Run::preprocess(Source source, std::string_view name) noexcept {
 
 // Behind the last call of a caller's function, so whoever cancels there is heard too. From here on `cancel` is about
 // the next run: what is told from another thread ends either this run or that one, and never both or neither.
-void Run::finish(const CppPreprocessor& engine) noexcept {
+void Run::finish(CppPreprocessor& engine) noexcept {
   if (isCancelled_.exchange(false)) {
     end(Status::Cancelled);
     noteEnd(engine);
@@ -235,11 +235,14 @@ void Run::finishEarly(CppPreprocessor& engine) noexcept {
   isCancelled_ = false;
 }
 
-void Run::noteEnd(const CppPreprocessor& engine) noexcept {
+void Run::noteEnd(CppPreprocessor& engine) noexcept {
   attempt([&engine, this] {
     const FilePlace place = engine.place();
     result_.endLine = place.line;
     result_.endFile = place.file;
+    for (const FilePlace& include : engine.findIncludeChain()) {
+      result_.endIncludes.emplace_back(include.file, include.line);
+    }
   });
 }
 

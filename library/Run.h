@@ -57,9 +57,9 @@ class Run final : public Host {
   bool attempt(Part part) noexcept;
   void beginEngine(std::unique_ptr<CppPreprocessor>& engine);
   bool open(CppPreprocessor& engine, Source source, std::string_view name);
-  void finish(const CppPreprocessor& engine) noexcept;
+  void finish(CppPreprocessor& engine) noexcept;
   void finishEarly(CppPreprocessor& engine) noexcept;
-  void noteEnd(const CppPreprocessor& engine) noexcept;
+  void noteEnd(CppPreprocessor& engine) noexcept;
   void end(Status status, Limit limit = Limit::None);
   void end(const RunEnded& ended);
   template <typename Call>

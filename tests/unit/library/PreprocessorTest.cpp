@@ -9,8 +9,10 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -121,6 +123,48 @@ TEST(SourceTest, AFileIsOpenedWhenTheRunGetsToIt) {
   Source source = Source::ofFile(folder.path("a.c"));
   folder.write("a.c", "x\n");
   EXPECT_EQ(Preprocessor().run(std::move(source), "name").output, "#line 1 \"name\"\nx\n");
+}
+
+// ---- What the guide shows ----
+
+// "b.idl" in "folder/a.idl" is "folder/b.idl"; <b.idl> is "b.idl". `files` maps paths to texts.
+std::optional<Include> findFile(const Files& files, const IncludeRequest& request) {
+  const std::filesystem::path folder = std::filesystem::path(request.includerPath).parent_path();
+  const auto path = request.isQuoted ? folder / request.name : std::filesystem::path(request.name);
+  const auto found = files.find(path.lexically_normal().generic_string());
+  return found == files.end() ? std::nullopt : std::optional(Include{found->first, Source::borrowing(found->second)});
+}
+
+// When a block cannot be written, the run ends as Status::CallbackFailed.
+void writeTo(std::ostream& stream, Preprocessor& preprocessor) {
+  preprocessor.setOutputSink([&stream](std::string_view block) {
+    if (!stream.write(block.data(), static_cast<std::streamsize>(block.size()))) {
+      throw std::runtime_error("the output cannot be written");
+    }
+  });
+}
+
+TEST(GuideTest, FindsFilesBesideTheirIncluder) {
+  const Files files = {{"a/b.idl", "#include \"../c.idl\"\n#include \"d/e.idl\"\n"},
+                       {"c.idl", "c\n"},
+                       {"a/d/e.idl", "#include <c.idl>\n#include \"c.idl\"\n"}};
+  std::string messages;
+  Preprocessor preprocessor;
+  preprocessor.setLineDirectives(false);
+  preprocessor.setResolver([&files](const IncludeRequest& request) { return findFile(files, request); });
+  preprocessor.setDiagnosticSink([&messages](const Diagnostic& diagnostic) { messages += diagnostic.text; });
+  EXPECT_EQ(preprocessor.run(Source::ofText("#include \"a/b.idl\"\n"), "main.idl").output, "c\nc\n");
+  EXPECT_EQ(messages, "a/d/e.idl:2: Cannot open file: c.idl.\n");
+}
+
+TEST(GuideTest, WritesToAStreamUntilItFails) {
+  std::ostringstream stream;
+  Preprocessor preprocessor;
+  writeTo(stream, preprocessor);
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "a").status, Status::Clean);
+  EXPECT_EQ(stream.str(), "#line 1 \"a\"\nx\n");
+  stream.setstate(std::ios::badbit);
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "a").status, Status::CallbackFailed);
 }
 
 // ---- The object ----
@@ -390,6 +434,7 @@ TEST(DiagnosticTest, WithoutASinkErrorsStillCount) {
 
 TEST(StatusTest, NothingStopsAtAnError) {
   const Result result = run("#wrong\nx\n");
+  EXPECT_TRUE(result.endIncludes.empty());
   EXPECT_EQ(result.status, Status::Errors);
   EXPECT_EQ(result.output, "#line 1 \"main\"\n#line 2 \"main\"\nx\n");
   EXPECT_EQ(result.endFile, "");
@@ -410,6 +455,7 @@ TEST(StatusTest, ADivisionByZeroIsAStatus) {
   EXPECT_EQ(result.output, "#line 1 \"main\"\nx\n#line 1 \"a\"\nz\n");
   EXPECT_EQ(result.endFile, "a");
   EXPECT_EQ(result.endLine, 2);
+  EXPECT_EQ(result.endIncludes, (std::vector<std::pair<std::string, std::int32_t>>{{"main", 2}}));
 }
 
 TEST(StatusTest, ACallersExceptionComesBack) {
@@ -514,6 +560,20 @@ TEST(MemoryTest, DoesNotGrowFromRunToRun) {
   }
   if (kCountsMemory) {
     EXPECT_LT(mostMemory() - before, 0.5);
+  }
+}
+
+// A condition is kept as the tokens of its line, an argument as those of its text.
+TEST(MemoryTest, FollowsTheLongestConditionAndArgument) {
+  constexpr std::size_t kSize = 2'000'000;
+  for (const auto& [first, unit] : {std::pair("#if 1", "+1"), std::pair("#define F(x)\nF(", "a ")}) {
+    Preprocessor preprocessor;
+    preprocessor.setOutputSink([](std::string_view) {});
+    const double before = mostMemory();
+    preprocessor.run(Source::ofReader(endlessLines(first, unit, kSize)));
+    if (kCountsMemory) {
+      EXPECT_LT(mostMemory() - before, 40 * kSize / 1e6);
+    }
   }
 }
 

@@ -5,6 +5,7 @@
 #include <istream>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -31,7 +32,7 @@ namespace qnpp {
 ///
 /// Nothing in the source stops a run but a division by zero. Each error is reported at once, and processing goes on to
 /// the end of the input. The budget, and whatever else throws, may end it anywhere; the object is of no use afterwards
-/// but for `finishEarly`, `reportOutOfMemory` and `place`.
+/// but for `finishEarly`, `reportOutOfMemory`, `place` and `findIncludeChain`.
 class CppPreprocessor {
  public:
   /// Both are borrowed and outlive the object. Defines `__FILE__`, `__LINE__`, `__DATE__` and `__TIME__`.
@@ -66,8 +67,9 @@ class CppPreprocessor {
   /// These say in one line that memory has run out, which takes none, and that the scanner cannot go on.
   void reportOutOfMemory() { diagnostics_.reportOutOfMemory(); }
   void reportFailure(std::string_view message) { reportError(Message::ScannerFailed, message); }
-  /// Where the reading stands; nothing before a source is open.
+  /// Where the reading stands, nothing before a source is open, and the lines that led there, innermost first.
   FilePlace place() const;
+  std::span<const FilePlace> findIncludeChain() { return diagnostics_.findIncludeChain(); }
 
   /// Evaluates the tokens of a conditional expression from the current source, in which macros have been expanded
   /// unless `isInLine`. Clears `ok` when anything in it is wrong; the errors are reported and evaluation goes on.

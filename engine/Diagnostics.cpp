@@ -1,6 +1,7 @@
 #include "engine/Diagnostics.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <new>
 
 namespace qnpp {
@@ -38,7 +39,7 @@ void Diagnostics::deliver(Message message, std::string_view detail) {
     host_.report({entry, {}, text_, printed_, {}});
     return;
   }
-  findPlace();
+  findPlace(message == Message::OutOfMemory ? includeChain_.capacity() : SIZE_MAX);
   if (entry.grade == Grade::Remark) {
     printed_.append(detail).append(": ");
   } else if (stream_.file() != nullptr) {
@@ -48,8 +49,8 @@ void Diagnostics::deliver(Message message, std::string_view detail) {
   host_.report({entry, place_, text_, printed_, includeChain_});
 }
 
-// Finds where the reading stands, and which lines led there.
-void Diagnostics::findPlace() {
+// Finds where the reading stands, and which lines led there, the innermost of them first.
+void Diagnostics::findPlace(std::size_t mostIncludes) {
   place_ = {};
   includeChain_.clear();
   const auto& files = stream_.files();
@@ -57,10 +58,15 @@ void Diagnostics::findPlace() {
     return;
   }
   place_ = {files.back()->fileName(), files.back()->line()};
-  for (std::size_t depth = files.size() - 1; depth > 0; --depth) {
+  for (std::size_t depth = files.size() - 1; depth > 0 && includeChain_.size() < mostIncludes; --depth) {
     const CppFileScanner& includer = *files[depth - 1];
     includeChain_.push_back({includer.fileName(), includer.includeLine()});
   }
+}
+
+std::span<const FilePlace> Diagnostics::findIncludeChain() {
+  findPlace(SIZE_MAX);
+  return includeChain_;
 }
 
 void Diagnostics::reportOutOfMemory() {

@@ -1,6 +1,8 @@
 // Messages about the source, on their way to the host.
 #pragma once
 
+#include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,12 +20,16 @@ class Diagnostics final : public MessageSink {
   /// Both are borrowed and outlive the object.
   Diagnostics(Host& host, const TokenStream& stream);
 
-  /// Reports Message::OutOfMemory. Does without memory: what does not fit into what is there is left out.
+  /// Reports Message::OutOfMemory. Does without memory: what does not fit into what is there is left out, which is the
+  /// outer end of a deep include chain, or the place in the text if its name is very long.
   void reportOutOfMemory();
+
+  /// The lines that include the innermost file, innermost first; valid until the next call of any function.
+  std::span<const FilePlace> findIncludeChain();
 
  private:
   void deliver(Message message, std::string_view detail) override;
-  void findPlace();
+  void findPlace(std::size_t mostIncludes);
 
   Host& host_;
   const TokenStream& stream_;

@@ -217,7 +217,8 @@ void check(const Result& result, const Settings& settings, const Caller& caller)
   require((result.limit != Limit::None) == (result.status == Status::LimitReached), "a limit has its status");
   require(!caller.hasThrown() || result.status == Status::CallbackFailed, "an exception goes before all else");
   require(!isWhole || result.hasErrors == (result.status == Status::Errors), "errors have their status");
-  require(!isWhole || (result.endFile.empty() && result.endLine == 0), "a whole run has no place of its end");
+  require(!isWhole || (result.endFile.empty() && result.endLine == 0 && result.endIncludes.empty()),
+          "a whole run has no place of its end");
   require(output.size() <= settings.limits.outputBytes, "the output keeps to its limit");
   require(!settings.isCancelledBefore || !isWhole, "a cancelled run does not reach its end");
   require(settings.hasLineMap || result.lineMap.entries.empty(), "there is no line map unasked");

@@ -9,7 +9,9 @@ void Budget::setLimits(std::uint64_t work, std::chrono::milliseconds time) {
   workLeft_ = 0;
   workBeyond_ = work == 0 ? UINT64_MAX : work;
   end_ = Clock::time_point::max();
-  if (time.count() > 0) {
+  if (time.count() < 0) {
+    end_ = Clock::time_point::min();
+  } else if (time.count() > 0) {
     const Clock::time_point now = Clock::now();
     if (time < std::chrono::duration_cast<std::chrono::milliseconds>(end_ - now)) {
       end_ = now + time;

@@ -26,7 +26,7 @@ class Budget {
   Budget(const Budget&) = delete;
   Budget& operator=(const Budget&) = delete;
 
-  /// 0 means that there is no such limit. The time begins now.
+  /// 0 means that there is no such limit. The time begins now; less than 0 is over already.
   void setLimits(std::uint64_t work, std::chrono::milliseconds time);
   /// Set by another thread to end the run; borrowed.
   void watch(const std::atomic<bool>& isCancelled) { isCancelled_ = &isCancelled; }

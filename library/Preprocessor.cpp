@@ -95,7 +95,6 @@ Result Preprocessor::run(Source source, std::string_view name) noexcept {
   } else {
     run.preprocess(std::move(source), name);
   }
-  state_->isCancelled = false;
   return result;
 }
 

@@ -236,6 +236,14 @@ QnPlace QnGetEnd(const QnPreprocessor* preprocessor) {
                                  : QnPlace{preprocessor->result.endFile.c_str(), preprocessor->result.endLine};
 }
 
+QnPlace QnGetEndInclude(const QnPreprocessor* preprocessor, size_t index) {
+  if (preprocessor == nullptr || index >= preprocessor->result.endIncludes.size()) {
+    return {"", 0};
+  }
+  const auto& [file, line] = preprocessor->result.endIncludes[index];
+  return {file.c_str(), line};
+}
+
 size_t QnCountDependencies(const QnPreprocessor* preprocessor) {
   return preprocessor == nullptr ? 0 : preprocessor->result.dependencies.size();
 }

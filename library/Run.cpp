@@ -64,6 +64,13 @@ void define(CppMacroTable& macros, std::string_view definition) {
   }
 }
 
+// In a catch block. The first exception is what went wrong; delivering what there is may bring about another.
+void keepException(std::exception_ptr& exception) {
+  if (exception == nullptr) {
+    exception = std::current_exception();
+  }
+}
+
 }  // namespace
 
 std::streamsize ReaderInput::Buffer::xsgetn(char* to, std::streamsize size) {
@@ -71,7 +78,7 @@ std::streamsize ReaderInput::Buffer::xsgetn(char* to, std::streamsize size) {
   try {
     count = read_(to, static_cast<std::size_t>(size));
   } catch (...) {
-    exception_ = std::current_exception();
+    keepException(exception_);
     throw RunEnded{RunEnded::Reason::CallbackFailed};
   }
   if (count < 0 || count > size) {
@@ -80,8 +87,8 @@ std::streamsize ReaderInput::Buffer::xsgetn(char* to, std::streamsize size) {
   return count;
 }
 
-Run::Run(const Settings& settings, const std::atomic<bool>& isCancelled, Result& result)
-    : settings_(settings), result_(result) {
+Run::Run(const Settings& settings, std::atomic<bool>& isCancelled, Result& result)
+    : settings_(settings), isCancelled_(isCancelled), result_(result) {
   budget_.watch(isCancelled);
 }
 
@@ -91,12 +98,13 @@ void Run::preprocess(Source source, std::string_view name) noexcept {
   std::unique_ptr<CppPreprocessor> engine;
   const bool isDone = attempt([&] {
     beginEngine(engine);
+    budget_.look();  // A run that was cancelled beforehand opens nothing.
     if (open(*engine, std::move(source), name)) {
       engine->run();
     }
   });
   if (isDone) {
-    result_.status = result_.hasErrors ? Status::Errors : Status::Clean;
+    finish(*engine);
   } else if (engine != nullptr) {
     finishEarly(*engine);
   } else {
@@ -105,12 +113,24 @@ void Run::preprocess(Source source, std::string_view name) noexcept {
   finishLineMap();
 }
 
+// Behind the last call of a caller's function, so whoever cancels there is heard too. From here on `cancel` is about
+// the next run: what is told from another thread ends either this run or that one, and never both or neither.
+void Run::finish(CppPreprocessor& engine) noexcept {
+  if (isCancelled_.exchange(false)) {
+    end(Status::Cancelled);
+    noteEnd(engine);
+  } else {
+    result_.status = result_.hasErrors ? Status::Errors : Status::Clean;
+  }
+}
+
 void Run::refuse() noexcept {
   end(Status::OutOfMemory);
   attempt([this] {
     const MessageEntry& entry = entryOf(Message::OutOfMemory);
     report({entry, {}, entry.text, "FATAL ERROR: out of memory.\n", {}});
   });
+  isCancelled_ = false;
 }
 
 // Carries out a part of the run, and notes how that ended it. A caller's exception goes before any other reason.
@@ -211,10 +231,18 @@ void Run::finishEarly(CppPreprocessor& engine) noexcept {
   } else if (result_.status == Status::ScannerFailed) {
     attempt([&engine, this] { engine.reportFailure(failure_); });
   }
+  noteEnd(engine);
+  isCancelled_ = false;
+}
+
+void Run::noteEnd(CppPreprocessor& engine) noexcept {
   attempt([&engine, this] {
     const FilePlace place = engine.place();
     result_.endLine = place.line;
     result_.endFile = place.file;
+    for (const FilePlace& include : engine.findIncludeChain()) {
+      result_.endIncludes.emplace_back(include.file, include.line);
+    }
   });
 }
 
@@ -225,7 +253,7 @@ auto Run::callBack(Call call) {
   try {
     return call();
   } catch (...) {
-    result_.exception = std::current_exception();
+    keepException(result_.exception);
     throw RunEnded{RunEnded::Reason::CallbackFailed};
   }
 }

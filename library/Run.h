@@ -45,8 +45,8 @@ struct TextHash {
 /// Runs the engine once, and turns what it says and how it ends into a result.
 class Run final : public Host {
  public:
-  /// All are borrowed and outlive the object.
-  Run(const Settings& settings, const std::atomic<bool>& isCancelled, Result& result);
+  /// All are borrowed and outlive the object. A run clears `isCancelled` at its end.
+  Run(const Settings& settings, std::atomic<bool>& isCancelled, Result& result);
 
   /// One of these is to be called once. The second ends the run before it begins, for want of memory.
   void preprocess(Source source, std::string_view name) noexcept;
@@ -57,7 +57,9 @@ class Run final : public Host {
   bool attempt(Part part) noexcept;
   void beginEngine(std::unique_ptr<CppPreprocessor>& engine);
   bool open(CppPreprocessor& engine, Source source, std::string_view name);
+  void finish(CppPreprocessor& engine) noexcept;
   void finishEarly(CppPreprocessor& engine) noexcept;
+  void noteEnd(CppPreprocessor& engine) noexcept;
   void end(Status status, Limit limit = Limit::None);
   void end(const RunEnded& ended);
   template <typename Call>
@@ -80,6 +82,7 @@ class Run final : public Host {
   void finishLineMap();
 
   const Settings& settings_;
+  std::atomic<bool>& isCancelled_;
   Result& result_;
   Budget budget_;
   bool isEnded_ = false;           // Before the end of the source.

@@ -48,7 +48,8 @@ int main(int count, char** names) {
   preprocessor.setDiagnosticSink(show);
   preprocessor.setLineDirectives(false);
   preprocessor.setLineMap(true);
-  preprocessor.setLimits({/*includeDepth=*/20, /*expansionWork=*/1'000'000});
+  preprocessor.setLimits({/*includeDepth=*/20, /*expansionWork=*/1'000'000, /*outputBytes=*/10'000'000,
+                          /*time=*/std::chrono::seconds(10)});
   for (int i = 1; i < count; ++i) {
     const qnpp::Result result = preprocessor.run(qnpp::Source::borrowing(kFiles.at(names[i])), names[i]);
     if (result.status == qnpp::Status::Clean) compile(result);

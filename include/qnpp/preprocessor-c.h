@@ -3,9 +3,9 @@
  *
  * Threads, memory and limits are as told there. Texts end in NUL unless their size is given. What a function returns
  * belongs to the object and is valid until its next run or its end; what a function of the caller is given is valid
- * during that call. A function of the caller that returns other than 0 ends the run as QnCallbackFailed; it must not
- * leave by an exception or by longjmp. All functions stand a null pointer for the object, as QnNewPreprocessor returns
- * when there is no memory: a run is then QnOutOfMemory.
+ * during that call, in which it may call QnCancel, and no other function for the object. One that returns other than 0
+ * ends the run as QnCallbackFailed; it must not leave by an exception or by longjmp. All functions stand a null pointer
+ * for the object, as QnNewPreprocessor returns when there is no memory: a run is then QnOutOfMemory.
  */
 #ifndef QNPP_PREPROCESSOR_C_H
 #define QNPP_PREPROCESSOR_C_H
@@ -65,7 +65,7 @@ typedef struct QnIncludeRequest {
   const char* includerPath;
 } QnIncludeRequest;
 
-/** What ends a run before its end; 0 means no limit: see qnpp::Limits. */
+/** What ends a run before its end; 0 means no limit, so it is no rest of a deadline: see qnpp::Limits. */
 typedef struct QnLimits {
   uint64_t includeDepth;
   uint64_t expansionWork;
@@ -81,7 +81,7 @@ typedef int (*QnOutputSink)(void* context, const char* block, size_t size);
 QNPP_EXPORT QnPreprocessor* QnNewPreprocessor(void);
 QNPP_EXPORT void QnFreePreprocessor(QnPreprocessor* preprocessor);
 
-/** "NAME" or "NAME=text". */
+/** "NAME" or "NAME=text"; see qnpp::Preprocessor::define for line ends. */
 QNPP_EXPORT void QnDefine(QnPreprocessor* preprocessor, const char* definition);
 QNPP_EXPORT void QnAddIncludeDirectory(QnPreprocessor* preprocessor, const char* directory);
 /** The context is handed to the function. A null pointer for a function takes away the one that was set. */
@@ -101,7 +101,7 @@ QNPP_EXPORT void QnIncludeFile(QnInclude* include, const char* path);
 /** Preprocesses bytes, or a file, and returns how the run ended. A null pointer for the name is an empty one. */
 QNPP_EXPORT int QnRunText(QnPreprocessor* preprocessor, const char* text, size_t size, const char* name);
 QNPP_EXPORT int QnRunFile(QnPreprocessor* preprocessor, const char* path, const char* name);
-/** May be called from any thread and from a signal handler. */
+/** May be called from any thread and from a signal handler; ends the run that is under way, or else the next. */
 QNPP_EXPORT void QnCancel(QnPreprocessor* preprocessor);
 
 /** What the last run has written, if there was no output sink. `size` may be null. */
@@ -110,6 +110,8 @@ QNPP_EXPORT int QnHasErrors(const QnPreprocessor* preprocessor);
 QNPP_EXPORT int QnGetLimit(const QnPreprocessor* preprocessor);
 /** Where the last run ended before its end; {"", 0} otherwise. */
 QNPP_EXPORT QnPlace QnGetEnd(const QnPreprocessor* preprocessor);
+/** The `#include` directives that led there, from 0 for the innermost on; {"", 0} behind the last. */
+QNPP_EXPORT QnPlace QnGetEndInclude(const QnPreprocessor* preprocessor, size_t index);
 /** The files that were included, in the order of their first use. */
 QNPP_EXPORT size_t QnCountDependencies(const QnPreprocessor* preprocessor);
 QNPP_EXPORT const char* QnGetDependency(const QnPreprocessor* preprocessor, size_t index);

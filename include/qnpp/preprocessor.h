@@ -13,14 +13,16 @@
 //
 // Threads: objects share nothing, so each may be used by a thread of its own. One object is for one thread at a time;
 // only `cancel` may be called from any. Functions that are given to an object are called by the thread that calls
-// `run`, and must not call the object itself, but for `cancel`.
+// `run`. They may call `cancel`, and must do nothing else with the object, such as setting another function or moving
+// it.
 //
 // Exceptions: no function of Preprocessor lets one out. What a function that is given to an object throws ends the run
 // and is handed back in the result.
 //
 // Memory: want of it is Status::OutOfMemory. What a call is given by std::string_view is copied, unless the call says
 // that it borrows. What a run takes follows the definitions, how deep macros and files are nested, and the longest
-// token: not the size of the source, but for what is kept in the result.
+// token, argument and condition, for each byte of which it may be 40: not the size of the source, but for what is kept
+// in the result.
 #ifndef QNPP_PREPROCESSOR_H
 #define QNPP_PREPROCESSOR_H
 
@@ -55,14 +57,17 @@ struct Diagnostic {
   std::string_view identifier;  ///< Such as "missing-file": the same in all versions.
   Place place;                  ///< {"", 0} when there is none: no source is open, or the scanner itself has failed.
   std::string_view message;     ///< Such as "Cannot open file: x.h".
-  std::string_view text;        ///< What the program qnpp writes for it: a line with place, grade and line end.
+  /// What the program qnpp writes for it, with its line end. Mostly that is "file:line: message.", with "Warning: " or
+  /// "FATAL ERROR: " before the message. There is no file where it says that a comment is unterminated.
+  std::string_view text;
   /// The `#include` directives that led to the file of `place`, innermost first.
   const Place* includeChain;
   std::size_t includeChainSize;
 };
 using DiagnosticSink = std::function<void(const Diagnostic&)>;
 
-/// Gets the output block by block; a block is borrowed and valid during the call.
+/// Gets the output block by block; a block is borrowed and valid during the call. Blocks have some 64 KB, so a message
+/// is told before output that stands before its place.
 using OutputSink = std::function<void(std::string_view block)>;
 
 /// Puts up to `size` bytes to `to` and returns how many, 0 at the end. Less than 0 says that reading failed, which ends
@@ -104,7 +109,9 @@ struct IncludeRequest {
 
 /// What a resolver has found.
 struct Include {
-  std::string path;  ///< Its name in messages, line directives and `__FILE__`.
+  /// Its name in messages, line directives and `__FILE__`, where it is written as it is: only the backslashes of a line
+  /// directive are doubled. So a line end in it splits lines.
+  std::string path;
   Source source;
 };
 /// Nothing is an error of the source, "Cannot open file".
@@ -120,7 +127,8 @@ struct Limits {
   std::uint64_t expansionWork = 0;
   /// So many bytes are delivered, and the run ends when there are more.
   std::uint64_t outputBytes = 0;
-  /// Since the begin of the run. Looked at between calls of functions that are given to the object, never during one.
+  /// Since the begin of the run; one below 0 is over by then. Looked at between calls of functions that are given to
+  /// the object, never during one.
   std::chrono::milliseconds time{0};
 };
 enum class Limit { None, IncludeDepth, ExpansionWork, OutputBytes, Time };
@@ -128,7 +136,7 @@ enum class Limit { None, IncludeDepth, ExpansionWork, OutputBytes, Time };
 /// How a run ended. All but the first two end it before the end of the source, with everything before that delivered.
 enum class Status {
   Clean,
-  Errors,  ///< An error was reported; nothing stops at one.
+  Errors,  ///< An error was reported. Nothing stops at one, but of a source that cannot be opened there is no output.
   DivisionByZero,
   OutOfMemory,
   LimitReached,
@@ -183,10 +191,13 @@ struct Result {
   /// Each file once, in the order of their first use. The source of the run is not among them.
   std::vector<Dependency> dependencies;
   LineMap lineMap;  ///< Empty unless it was asked for.
-  /// Where a run ended before its end; empty and 0 otherwise.
+  /// Where a run ended before its end; empty and 0 otherwise, and when no source was open by then.
   std::string endFile;
   std::int32_t endLine = 0;
-  std::exception_ptr exception;  ///< If `status` is CallbackFailed.
+  /// The `#include` directives that led there, innermost first: the name of the file, and the line.
+  std::vector<std::pair<std::string, std::int32_t>> endIncludes;
+  /// If `status` is CallbackFailed: the first that was thrown.
+  std::exception_ptr exception;
 };
 
 /// Preprocesses sources, one after the other, with the same definitions, include directories and functions. Macros that
@@ -202,7 +213,10 @@ class Preprocessor {
   QNPP_EXPORT Preprocessor(Preprocessor&& other) noexcept;
   QNPP_EXPORT Preprocessor& operator=(Preprocessor&& other) noexcept;
 
-  /// "NAME" defines NAME as 1, "NAME=text" as what follows the first "=". The first definition of a name wins.
+  /// "NAME" defines NAME as 1, "NAME=text" as what follows the first "=". The first definition of a name wins; what is
+  /// no name has no effect. Nothing is escaped: where the text holds a line end, a directive may stand behind it, and
+  /// is carried out wherever NAME is used. Line feeds and carriage returns are line ends, so look for both in texts
+  /// that others have chosen.
   QNPP_EXPORT void define(std::string_view definition) noexcept;
   /// Appends a directory to those that are searched for includes. They mean nothing when there is a resolver.
   QNPP_EXPORT void addIncludeDirectory(std::string_view directory) noexcept;
@@ -225,7 +239,10 @@ class Preprocessor {
   QNPP_EXPORT Result run(Source source, std::string_view name = {}) noexcept;
 
   /// Ends the run that is under way, and the next one if there is none, as Status::Cancelled. May be called from any
-  /// thread and from a signal handler; the run ends soon afterwards.
+  /// thread and from a signal handler; the run ends soon afterwards. Calls that come at the last moment end the run
+  /// too, even if all has been delivered, unless it has ended for another reason. So none is lost, and one that comes
+  /// too late ends the next run before it begins; that may be run again. For a deadline, Limits::time is the better
+  /// way.
   QNPP_EXPORT void cancel() noexcept;
 
  private:

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -90,6 +91,34 @@ TEST(ErrorPathTest, givesBackWhatItHoldsWhereverMemoryRunsOut) {
     }
   }
   EXPECT_GT(allocations, 20U) << "hardly any allocation failed";
+}
+
+// More files are open than the message has room for, and it says all the same where that was.
+TEST(ErrorPathTest, anEndlessIncludeSaysWhereMemoryRanOut) {
+  Preprocessor preprocessor;
+  preprocessor.setResolver([](const IncludeRequest& request) {
+    return Include{std::string(request.name), Source::borrowing("#include \"b.h\"\n")};
+  });
+  preprocessor.setOutputSink([](std::string_view) {});
+  std::string text;
+  text.reserve(100);
+  preprocessor.setDiagnosticSink([&text](const Diagnostic& diagnostic) {
+    text.append(diagnostic.text);
+    EXPECT_EQ(diagnostic.place.file, "b.h");
+    EXPECT_EQ(diagnostic.place.line, 1);
+    ASSERT_GT(diagnostic.includeChainSize, 1U);
+    EXPECT_EQ(diagnostic.includeChain[0].file, "b.h");
+    EXPECT_EQ(diagnostic.includeChain[0].line, 1);
+  });
+  std::optional<Result> result;
+  {
+    const LimitedAllocation limited({.bytes = 5'000'000});
+    result = preprocessor.run(Source::borrowing("#include \"b.h\"\n"), "a.c");
+  }
+  EXPECT_EQ(result->status, Status::OutOfMemory);
+  EXPECT_EQ(text, "b.h:1: FATAL ERROR: out of memory.\n");
+  EXPECT_EQ(result->endFile, "b.h");
+  EXPECT_EQ(result->endLine, 1);
 }
 
 TEST(ErrorPathTest, aSettingWithoutMemoryEndsAllLaterRuns) {

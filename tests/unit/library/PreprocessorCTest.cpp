@@ -123,6 +123,26 @@ TEST(PreprocessorC, MessagesSayWhatTheyAreAndHowTheirPlaceWasReached) {
   EXPECT_EQ(QnHasErrors(preprocessor.get()), 1);
 }
 
+TEST(PreprocessorC, TheEndOfARunSaysHowItWasReached) {
+  const Owner preprocessor = make();
+  QnSetResolver(
+      preprocessor.get(),
+      [](void*, const QnIncludeRequest* request, QnInclude* include) {
+        const std::string_view text = request->name == std::string_view("x") ? "\n#include <y>\n" : "#if 1/0\n";
+        QnIncludeText(include, request->name, text.data(), text.size());
+        return 0;
+      },
+      nullptr);
+  EXPECT_EQ(run(preprocessor, "#include <x>\n"), QnDivisionByZero);
+  EXPECT_STREQ(QnGetEnd(preprocessor.get()).file, "y");
+  EXPECT_STREQ(QnGetEndInclude(preprocessor.get(), 0).file, "x");
+  EXPECT_EQ(QnGetEndInclude(preprocessor.get(), 0).line, 2);
+  EXPECT_STREQ(QnGetEndInclude(preprocessor.get(), 1).file, "s");
+  EXPECT_EQ(QnGetEndInclude(preprocessor.get(), 1).line, 1);
+  EXPECT_STREQ(QnGetEndInclude(preprocessor.get(), 2).file, "");
+  EXPECT_EQ(QnGetEndInclude(preprocessor.get(), 2).line, 0);
+}
+
 TEST(PreprocessorC, LimitsEndARunAndTheLargestNumbersAreNone) {
   const Owner preprocessor = make();
   QnLimits limits = {0, 0, 3, 0};
@@ -156,6 +176,7 @@ TEST(PreprocessorC, WithoutAnObjectEveryRunLacksMemory) {
   EXPECT_EQ(QnHasErrors(nullptr), 1);
   EXPECT_EQ(QnGetLimit(nullptr), QnNoLimit);
   EXPECT_EQ(QnGetEnd(nullptr).line, 0);
+  EXPECT_EQ(QnGetEndInclude(nullptr, 0).line, 0);
   EXPECT_EQ(QnCountDependencies(nullptr), 0U);
   EXPECT_EQ(QnFindLine(nullptr, 1).line, 0);
   QnFreePreprocessor(nullptr);

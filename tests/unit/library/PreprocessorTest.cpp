@@ -4,12 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <optional>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -122,6 +125,48 @@ TEST(SourceTest, AFileIsOpenedWhenTheRunGetsToIt) {
   EXPECT_EQ(Preprocessor().run(std::move(source), "name").output, "#line 1 \"name\"\nx\n");
 }
 
+// ---- What the guide shows ----
+
+// "b.idl" in "folder/a.idl" is "folder/b.idl"; <b.idl> is "b.idl". `files` maps paths to texts.
+std::optional<Include> findFile(const Files& files, const IncludeRequest& request) {
+  const std::filesystem::path folder = std::filesystem::path(request.includerPath).parent_path();
+  const auto path = request.isQuoted ? folder / request.name : std::filesystem::path(request.name);
+  const auto found = files.find(path.lexically_normal().generic_string());
+  return found == files.end() ? std::nullopt : std::optional(Include{found->first, Source::borrowing(found->second)});
+}
+
+// When a block cannot be written, the run ends as Status::CallbackFailed.
+void writeTo(std::ostream& stream, Preprocessor& preprocessor) {
+  preprocessor.setOutputSink([&stream](std::string_view block) {
+    if (!stream.write(block.data(), static_cast<std::streamsize>(block.size()))) {
+      throw std::runtime_error("the output cannot be written");
+    }
+  });
+}
+
+TEST(GuideTest, FindsFilesBesideTheirIncluder) {
+  const Files files = {{"a/b.idl", "#include \"../c.idl\"\n#include \"d/e.idl\"\n"},
+                       {"c.idl", "c\n"},
+                       {"a/d/e.idl", "#include <c.idl>\n#include \"c.idl\"\n"}};
+  std::string messages;
+  Preprocessor preprocessor;
+  preprocessor.setLineDirectives(false);
+  preprocessor.setResolver([&files](const IncludeRequest& request) { return findFile(files, request); });
+  preprocessor.setDiagnosticSink([&messages](const Diagnostic& diagnostic) { messages += diagnostic.text; });
+  EXPECT_EQ(preprocessor.run(Source::ofText("#include \"a/b.idl\"\n"), "main.idl").output, "c\nc\n");
+  EXPECT_EQ(messages, "a/d/e.idl:2: Cannot open file: c.idl.\n");
+}
+
+TEST(GuideTest, WritesToAStreamUntilItFails) {
+  std::ostringstream stream;
+  Preprocessor preprocessor;
+  writeTo(stream, preprocessor);
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "a").status, Status::Clean);
+  EXPECT_EQ(stream.str(), "#line 1 \"a\"\nx\n");
+  stream.setstate(std::ios::badbit);
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "a").status, Status::CallbackFailed);
+}
+
 // ---- The object ----
 
 TEST(PreprocessorTest, LetsNoExceptionOut) {
@@ -192,6 +237,25 @@ TEST(PreprocessorTest, DefinitionsAreThoseOfTheProgram) {
   preprocessor.define("C=");
   preprocessor.define("A=2");
   EXPECT_EQ(preprocessor.run(Source::ofText("A B[C]\n"), "a").output, "#line 1 \"a\"\n1 x=y[]\n");
+}
+
+// It is put in the place of the name as it is, and what stands at the beginning of a line there is read as such.
+TEST(PreprocessorTest, DefinitionsMayHaveLineEnds) {
+  for (const char* definition : {"A=1\n#define B 2\nx", "A=1\r#define B 2\rx"}) {
+    Preprocessor preprocessor;
+    preprocessor.define(definition);
+    EXPECT_EQ(preprocessor.run(Source::ofText("B\nA\nB\n"), "a").output, "#line 1 \"a\"\nB\n1\n#line 2 \"a\"\nx\n2\n");
+  }
+}
+
+TEST(PreprocessorTest, DefinitionsOfWhatIsNoNameAreNeverUsed) {
+  Preprocessor preprocessor;
+  for (const char* definition : {"1A=2", "F(x)=x", "", "=3", "A B=4"}) {
+    preprocessor.define(definition);
+  }
+  const Result result = preprocessor.run(Source::ofText("1A F(x) A B\n"), "a");
+  EXPECT_EQ(result.status, Status::Clean);
+  EXPECT_EQ(result.output, "#line 1 \"a\"\n1A F(x) A B\n");
 }
 
 TEST(PreprocessorTest, DefinitionsOfASourceEndWithItsRun) {
@@ -370,6 +434,7 @@ TEST(DiagnosticTest, WithoutASinkErrorsStillCount) {
 
 TEST(StatusTest, NothingStopsAtAnError) {
   const Result result = run("#wrong\nx\n");
+  EXPECT_TRUE(result.endIncludes.empty());
   EXPECT_EQ(result.status, Status::Errors);
   EXPECT_EQ(result.output, "#line 1 \"main\"\n#line 2 \"main\"\nx\n");
   EXPECT_EQ(result.endFile, "");
@@ -390,6 +455,7 @@ TEST(StatusTest, ADivisionByZeroIsAStatus) {
   EXPECT_EQ(result.output, "#line 1 \"main\"\nx\n#line 1 \"a\"\nz\n");
   EXPECT_EQ(result.endFile, "a");
   EXPECT_EQ(result.endLine, 2);
+  EXPECT_EQ(result.endIncludes, (std::vector<std::pair<std::string, std::int32_t>>{{"main", 2}}));
 }
 
 TEST(StatusTest, ACallersExceptionComesBack) {
@@ -420,6 +486,19 @@ TEST(StatusTest, ACallersExceptionComesBack) {
   // And the object is as good as new.
   preprocessor.setOutputSink(nullptr);
   EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "main").output, "#line 1 \"main\"\nx\n");
+}
+
+TEST(StatusTest, TheFirstExceptionIsTheOneThatComesBack) {
+  Preprocessor preprocessor;
+  preprocessor.setDiagnosticSink([](const Diagnostic&) { throw std::runtime_error("first"); });
+  preprocessor.setOutputSink([](std::string_view) { throw std::runtime_error("while the rest is delivered"); });
+  const Result result = preprocessor.run(Source::ofText("x\n#wrong\n"), "main");
+  ASSERT_EQ(result.status, Status::CallbackFailed);
+  try {
+    std::rethrow_exception(result.exception);
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "first");
+  }
 }
 
 // ---- Memory ----
@@ -481,6 +560,20 @@ TEST(MemoryTest, DoesNotGrowFromRunToRun) {
   }
   if (kCountsMemory) {
     EXPECT_LT(mostMemory() - before, 0.5);
+  }
+}
+
+// A condition is kept as the tokens of its line, an argument as those of its text.
+TEST(MemoryTest, FollowsTheLongestConditionAndArgument) {
+  constexpr std::size_t kSize = 2'000'000;
+  for (const auto& [first, unit] : {std::pair("#if 1", "+1"), std::pair("#define F(x)\nF(", "a ")}) {
+    Preprocessor preprocessor;
+    preprocessor.setOutputSink([](std::string_view) {});
+    const double before = mostMemory();
+    preprocessor.run(Source::ofReader(endlessLines(first, unit, kSize)));
+    if (kCountsMemory) {
+      EXPECT_LT(mostMemory() - before, 40 * kSize / 1e6);
+    }
   }
 }
 
@@ -562,6 +655,96 @@ TEST(LimitsTest, Time) {
   EXPECT_EQ(preprocessor.run(Source::ofReader(blanks)).limit, Limit::Time);
   const std::string source = "#define f(x) x x\n" + repeat(40, "f(") + "a" + repeat(40, ")");
   EXPECT_EQ(preprocessor.run(Source::borrowing(source)).limit, Limit::Time);
+}
+
+TEST(LimitsTest, ATimeBelowZeroIsOver) {
+  using std::chrono::milliseconds;
+  for (const milliseconds time : {milliseconds(-1), milliseconds::min()}) {
+    int messages = 0;
+    Preprocessor preprocessor;
+    preprocessor.setLimits({0, 0, 0, time});
+    preprocessor.setDiagnosticSink([&messages](const Diagnostic&) { ++messages; });
+    const Result result = preprocessor.run(Source::ofFile("/none/at/all"), "main");
+    EXPECT_EQ(result.limit, Limit::Time);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.endLine, 0);
+    EXPECT_EQ(messages, 0);
+  }
+  Preprocessor preprocessor;
+  preprocessor.setLimits({0, 0, 0, milliseconds(0)});
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n")).status, Status::Clean);
+  preprocessor.setLimits({0, 0, 0, milliseconds::max()});
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n")).status, Status::Clean);
+}
+
+TEST(CancelTest, BeforeARunItDeliversNothing) {
+  int calls = 0;
+  Preprocessor preprocessor;
+  preprocessor.setOutputSink([&calls](std::string_view) { ++calls; });
+  preprocessor.cancel();
+  preprocessor.cancel();
+  const Result result = preprocessor.run(Source::ofText("x\n"), "main");
+  EXPECT_EQ(result.status, Status::Cancelled);
+  EXPECT_EQ(calls, 0);
+  EXPECT_EQ(result.endFile, "");
+  // However many there were, they are used up.
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "main").status, Status::Clean);
+  EXPECT_EQ(calls, 1);
+}
+
+// What follows the last call is over in no time, yet the caller has asked for the end in time.
+TEST(CancelTest, IsHeardInTheLastCall) {
+  Preprocessor preprocessor;
+  preprocessor.setOutputSink([&preprocessor](std::string_view) { preprocessor.cancel(); });
+  const Result result = preprocessor.run(Source::ofText("x\n"), "main");
+  EXPECT_EQ(result.status, Status::Cancelled);
+  EXPECT_EQ(result.endFile, "main");
+  EXPECT_EQ(result.endLine, 2);
+  // In a run that has failed too, and of no later run.
+  EXPECT_EQ(preprocessor.run(Source::ofText("#if 1/0\n"), "main").status, Status::DivisionByZero);
+  preprocessor.setOutputSink(nullptr);
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "main").status, Status::Clean);
+
+  const Result read = preprocessor.run(Source::ofReader([&preprocessor](char*, std::size_t) -> std::ptrdiff_t {
+                                         preprocessor.cancel();
+                                         return 0;
+                                       }),
+                                       "main");
+  EXPECT_EQ(read.status, Status::Cancelled);
+  EXPECT_EQ(read.output, "#line 1 \"main\"\n");
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n"), "main").status, Status::Clean);
+
+  preprocessor.setDiagnosticSink([&preprocessor](const Diagnostic&) { preprocessor.cancel(); });
+  const Result wrong = preprocessor.run(Source::ofText("#wrong"), "main");
+  EXPECT_EQ(wrong.status, Status::Cancelled);
+  EXPECT_TRUE(wrong.hasErrors);
+}
+
+// Calls from another thread come at any moment of a run, or between two. None is lost, and none counts twice.
+TEST(CancelTest, EachCallEndsOneRun) {
+  constexpr int kCalls = 2000;
+  Preprocessor preprocessor;
+  std::atomic<int> asked{0};
+  std::atomic<int> heard{0};
+  std::thread other([&] {
+    for (int call = 0; call < kCalls; ++call) {
+      while (heard != call) {
+        std::this_thread::yield();
+      }
+      ++asked;
+      preprocessor.cancel();
+    }
+  });
+  int cancelled = 0;
+  while (heard < kCalls) {
+    if (preprocessor.run(Source::ofText("x\n")).status == Status::Cancelled) {
+      ++cancelled;
+      ++heard;
+    }
+  }
+  other.join();
+  EXPECT_EQ(cancelled, asked);
+  EXPECT_EQ(preprocessor.run(Source::ofText("x\n")).status, Status::Clean);
 }
 
 TEST(CancelTest, EndsTheRunUnderWayOrTheNext) {

@@ -84,7 +84,8 @@ class Page {
 
   void write() {
     const std::string title = told_.files.size() > 1 ? escaped(told_.files[1].name) : "";
-    output_ << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+    output_ << kPageBeginning
+            << "<head>\n<meta charset=\"utf-8\">\n"
                "<meta name=\"viewport\" content=\"width=device-width\">\n<title>"
             << title << " - qnpp-explain</title>\n<style>\n"
             << kPageStyle << "</style>\n</head>\n<body>\n<a class=\"skip-link\" href=\"#text\">To the text</a>\n";

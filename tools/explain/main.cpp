@@ -58,6 +58,26 @@ std::size_t terminalWidth() {
   return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 20 ? size.ws_col : 100;
 }
 
+// A name that was not meant for the page, say that of the source, must not cost the file that is called so.
+void checkPage(const std::string& name, const qnpp::Explanation& explanation) {
+  std::error_code none;
+  if (!std::filesystem::is_regular_file(name, none)) {
+    return;
+  }
+  for (const qnpp::SourceFile& file : explanation.files) {
+    if (std::filesystem::equivalent(name, file.path.empty() ? "/dev/stdin" : file.path, none)) {
+      throw qnpp::Failure('\'' + name + "' would be overwritten, but it is read too");
+    }
+  }
+  std::ifstream old(name, std::ios::binary);
+  std::string beginning(qnpp::kPageBeginning.size(), '\0');
+  old.read(beginning.data(), static_cast<std::streamsize>(beginning.size()));
+  beginning.resize(static_cast<std::size_t>(old.gcount()));
+  if (!beginning.empty() && beginning != qnpp::kPageBeginning) {
+    throw qnpp::Failure('\'' + name + "' would be overwritten, but it is no page");
+  }
+}
+
 int show(const Options& options) {
   std::string standardInput;
   if (options.run.source.empty()) {
@@ -70,6 +90,7 @@ int show(const Options& options) {
   }
   const qnpp::Sources sources(*explanation, standardInput);
   if (!options.html.empty()) {
+    checkPage(options.html, *explanation);
     std::ofstream page(options.html, std::ios::binary);
     qnpp::writeHtml(*explanation, sources, options.mostUses, page);
     page.flush();

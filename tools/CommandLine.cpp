@@ -13,13 +13,26 @@
 namespace qnpp {
 namespace {
 
+bool isLikeOneOfCompilers(std::string_view name) { return name.starts_with("--M"); }
+
 std::string spellingOf(const CLI::Option& option) {
   const std::string name = option.get_name();
   const std::string value = option.get_type_name();
-  if (name.starts_with("--M")) {
+  if (isLikeOneOfCompilers(name)) {
     return name.substr(1) + (value.empty() ? "" : ' ' + value);
   }
   return name + (value.empty() ? "" : '=' + value);
+}
+
+// "--html=" has no value, but CLI11 would take the next word for one: a source, which would then be the page.
+void refuseEmptyValues(const CLI::App& app, const std::vector<std::string>& words) {
+  for (const std::string& word : words) {
+    const std::string name = word.ends_with('=') ? word.substr(0, word.size() - 1) : "";
+    const CLI::Option* const option = name.starts_with("--") ? app.get_option_no_throw(name) : nullptr;
+    if (option != nullptr && option->get_items_expected_max() > 0) {
+      throw Failure("missing value for '" + name.substr(isLikeOneOfCompilers(name) ? 1 : 0) + '\'');
+    }
+  }
 }
 
 bool take(const OptionParser& parser, std::string_view letter, std::vector<std::string>& to) {
@@ -104,6 +117,7 @@ bool CommandLine::readProgramOptions(const OptionParser& parser, RunOptions& opt
 
 bool CommandLine::read(const std::vector<std::string>& words, RunOptions& options, std::ostream& output,
                        std::ostream& messages) {
+  refuseEmptyValues(app_, words);
   try {
     app_.parse(std::vector<std::string>(words.rbegin(), words.rend()));
   } catch (const CLI::ParseError& error) {

@@ -267,6 +267,9 @@ class ProgramTest(unittest.TestCase):
         for words, message in (
                 (["-MP"], "qnpp-build: there is no dependency file without '-MD', '-MMD' or '-MF'"),
                 (["-MT"], "qnpp-build: missing value for '-MT'"),
+                (["-MD", "-MT", "", "a.in"], "qnpp-build: missing value for '-MT'"),
+                (["--source-name=", "b.in"], "qnpp-build: missing value for '--source-name'"),
+                (["--line-directives=glsl", "--file-table=", "a.in"], "qnpp-build: missing value for '--file-table'"),
                 (["-MX"], "qnpp: unknown option '-MX' ('-h' for help)"),
                 (["--prefix-map=x"], "qnpp-build: '--prefix-map' wants <old>=<new>, not 'x'"),
                 (["--depfile-format=nmake"], "qnpp-build: --depfile-format: nmake not in {make,ninja,cmake}"),
@@ -274,7 +277,7 @@ class ProgramTest(unittest.TestCase):
                 (["b.in"], "qnpp: cannot provide more than one source file")):
             self.run_program("-o", "a", "a.in", *words, status=2, stderr=message + "\n")
         self.run_program("-MD", "a.in", status=2, stderr="qnpp-build: without '-o', a dependency file wants '-MF' and '-MT' or '-MQ'\n")
-        self.assertEqual(self.read("a"), "old\n")
+        self.assertEqual((self.read("a"), self.read("a.in")), ("old\n", "x\n"))
 
 
 class AsQnppTest(unittest.TestCase):

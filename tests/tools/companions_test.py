@@ -201,6 +201,33 @@ class ExplainTest(Companion):
         self.assertEqual((done.returncode, done.stdout), (2, b""))
         self.assertEqual(done.stderr, b"qnpp-explain: cannot open none.txt\n")
 
+    def test_a_page_does_not_take_the_place_of_what_is_read_or_of_other_text(self):
+        texts = {"a.txt": '#include "h.h"\n', "h.h": "x\n", "other.txt": "precious\n", "page.html": "", "new.html": "<!DOCTYPE html>\n"}
+        (self.folder / "link").symlink_to("a.txt")
+        read, other = "would be overwritten, but it is read too", "would be overwritten, but it is no page"
+        for words, message in ((["--html=a.txt", "a.txt"], f"'a.txt' {read}"), (["--html=./h.h", "a.txt"], f"'./h.h' {read}"),
+                               (["--html=link", "a.txt:1"], f"'link' {read}"), (["--html", "a.txt"], f"'a.txt' {other}"),
+                               (["--html=new.html", "new.html"], f"'new.html' {read}"),
+                               (["--html=other.txt", "a.txt"], f"'other.txt' {other}"),
+                               (["--html=", "a.txt"], "missing value for '--html'")):
+            with self.subTest(words):
+                done = self.run_in([OPTIONS.explain, *words], texts)
+                self.assertEqual((done.returncode, done.stdout, done.stderr.decode()),
+                                 (2, b"", f"qnpp-explain: {message}\n"))
+                self.assertEqual({name: (self.folder / name).read_text() for name in texts}, texts)
+        with open(self.folder / "a.txt", "rb") as source:
+            done = subprocess.run([OPTIONS.explain, "--html=a.txt"], cwd=self.folder, stdin=source, capture_output=True, check=False)
+        self.assertEqual((done.returncode, done.stderr.decode()), (2, f"qnpp-explain: 'a.txt' {read}\n"))
+        for word in ("--html=page.html", "--html=page.html", "--html=none.html"):  # Empty, a page, and not there.
+            self.assertEqual(self.explain({}, word), "")
+            self.assertIn("</html>", (self.folder / word.partition("=")[2]).read_text())
+
+    def test_an_empty_value_does_not_take_the_next_word(self):
+        for program, word in ((OPTIONS.explain, "--macro="), (OPTIONS.explain, "--width="), (OPTIONS.check, "--format=")):
+            done = self.run_in([program, word, "a.txt"], {"a.txt": "A\n"}, stdin=b"#define A\nA\n")
+            self.assertEqual((done.returncode, done.stdout), (2, b""))
+            self.assertTrue(done.stderr.endswith(f": missing value for '{word[:-1]}'\n".encode()), done.stderr)
+
     def test_bytes_that_would_steer_the_terminal_are_not_written(self):
         self.assertNotIn("\x1b", self.explain("#define A \x1b[31m\nA\n", "a.txt:2"))
 

@@ -44,8 +44,9 @@ qnpp::Explanation record(const std::string& source, qnpp::RecordOptions options,
 }
 
 // Visits everything below the lines as the views do, but for the depth that they stop at.
-void putIntoWords(const qnpp::Explanation& told) {
-  const qnpp::Reasons reasons(told);
+void putIntoWords(const qnpp::Explanation& told, const std::string& source) {
+  const qnpp::Sources sources(told, source);
+  const qnpp::Reasons reasons(told, sources);
   for (std::size_t at = 1; at < told.lines.size(); ++at) {
     for (const qnpp::Reasons::Item& item : reasons.itemsOf(told.lines[at])) {
       static_cast<void>(reasons.involves(item, "f"));
@@ -77,8 +78,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Output output;
   const qnpp::Explanation whole = record(source, {}, &output);
   require(qnpp::textOf(whole.output()) == output.text(), "the record holds the output");
-  putIntoWords(whole);
-  putIntoWords(record(source, {.range = {2, 3}}));
-  putIntoWords(record(source, {.mostSteps = 20}));
+  putIntoWords(whole, source);
+  putIntoWords(record(source, {.range = {2, 3}}), source);
+  putIntoWords(record(source, {.mostSteps = 20}), source);
   return 0;
 }

@@ -105,6 +105,10 @@ class ExplainTest(Companion):
             ("LATE\n#define LATE 1\n", 1, "LATE is not a macro yet: defined at a.txt:2"),
             ("#define GONE 1\n#undef GONE\nGONE\n", 3,
              "GONE is no longer a macro: defined at a.txt:1, undefined at a.txt:2"),
+            ("#ifdef Q\n# define LOG_IT 1\n#endif\nLOG_IT\n", 4,
+             "LOG_IT is no macro: defined only in a skipped group, at a.txt:2"),
+            ("/* see\n#define HAS_LOG 1\n*/\n#if HAS_LOG\n#endif\n", 4,
+             'HAS_LOG is no macro, so it counts as 0 in a condition: the "#define" at a.txt:2 is not read as one'),
             ("#define WIDTH 1\nWITDH\n", 2, 'WITDH is no macro; the nearest is "WIDTH" (a.txt:1)'),
             ("#define S(x) #x\n#define A 1\nS(A)\n", 3, 'x = A is not expanded: operand of "#"'),
             ("#define J(x) x##1\n#define A 1\nJ(A)\n", 3, 'x = A is not expanded: operand of "##"'),
@@ -191,6 +195,9 @@ class ExplainTest(Companion):
         self.assertTrue(shown.startswith("a.txt:2: #define B A\n  used 1 time\n"), shown)
         self.assertIn("+ B -> 1", shown)
         self.assertNotIn("a.txt:3", shown)
+        self.assertEqual(self.explain("A\n", "--macro=B"), "B is never defined\n\n")
+        self.assertEqual(self.explain("#if 0\n#else\n#endif\n#if 0\n\n#define B\n#endif\n", "--macro=B", "a.txt:1"),
+                         "B is no macro: defined only in a skipped group, at a.txt:6\n\n")
 
     def test_standard_input(self):
         done = self.run_in([OPTIONS.explain], stdin=b"#define A 1\nA\n")
@@ -232,7 +239,12 @@ class ExplainTest(Companion):
         self.assertNotIn("\x1b", self.explain("#define A \x1b[31m\nA\n", "a.txt:2"))
 
     def test_a_division_by_zero_is_told(self):
-        self.assertIn("the run ends here: division by zero", self.explain("#if 1 / 0\n#endif\n"))
+        for source, line in (("#if 1 / 0\n#endif\n", 1), ("#if 0\n#elif 1 / 0\n#endif\n", 2)):
+            shown = self.explain(source, f"a.txt:{line}")
+            self.assertIn("the run ends here: division by zero", shown)
+            self.assertNotIn("what follows", shown)
+        self.assertIn("  the group at a.txt:1 was taken: what follows is skipped\n",
+                      self.explain("#if 1\n#elif 1 / 0\n#endif\n", "a.txt:2"))
 
     def most_memory(self, *words):
         # A process of its own, whose only child is measured.

@@ -150,6 +150,13 @@ struct Line {
   Id messagesEnd = 0;
 };
 
+/// Lines of a file that a conditional left out.
+struct SkippedLines {
+  Id file = 0;
+  std::int32_t first = 0;
+  std::int32_t last = 0;
+};
+
 struct RunMessage {
   std::string text;
   SourcePlace place;
@@ -165,8 +172,9 @@ struct Explanation {
   std::vector<Directive> directives;
   std::vector<Line> lines;
   std::vector<RunMessage> messages;
-  bool isCut = false;  ///< More happened than was to be recorded,
-  SourcePlace cutAt;   ///< from here on.
+  std::vector<SkippedLines> skipped;  ///< All of them, asked for or not; no entry stands for "none".
+  bool isCut = false;                 ///< More happened than was to be recorded,
+  SourcePlace cutAt;                  ///< from here on.
 
   const std::vector<Fragment>& output() const { return contexts.front().result; }
 };

@@ -61,7 +61,7 @@ std::string shortened(std::string text) {
 class Page {
  public:
   Page(const Explanation& explanation, const Sources& sources, std::size_t mostUses, std::ostream& output)
-      : told_(explanation), sources_(sources), output_(output), reasons_(explanation), mostUses_(mostUses) {
+      : told_(explanation), sources_(sources), output_(output), reasons_(explanation, sources), mostUses_(mostUses) {
     for (Id at = 1; at < told_.lines.size(); ++at) {
       const Line& line = told_.lines[at];
       linesAt_[line.place.file][line.place.line].push_back(&line);

@@ -178,7 +178,7 @@ Json toJson(const Line& line) {
 }  // namespace
 
 void writeJson(const Explanation& explanation, const Sources& sources, std::ostream& output) {
-  const Reasons reasons(explanation);
+  const Reasons reasons(explanation, sources);
   const auto plain = [](const auto& entry) { return toJson(entry); };
   Json all;
   all["format"] = "qnpp-explain";

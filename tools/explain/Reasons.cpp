@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <cctype>
+#include <set>
 
+#include "lexer/ByteSet.h"
 #include "tools/Nearness.h"
-#include "tools/explain/Sources.h"
 
 namespace qnpp {
 namespace {
@@ -44,16 +45,27 @@ std::string_view wordOf(CppTokenKind word) {
   }
 }
 
+// Without blanks at the beginning.
+std::string_view trimmed(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+  return text;
+}
+
 // Whether a word of the text looks as if its author meant a macro.
 bool looksLikeMacro(std::string_view name) {
   return name.size() >= 3 && std::none_of(name.begin(), name.end(), [](unsigned char c) { return std::islower(c); }) &&
          std::any_of(name.begin(), name.end(), [](unsigned char c) { return std::isupper(c); });
 }
 
+// A condition without a value either was not to be read, since what follows is skipped anyway, or ended the run.
+bool hasEndedRun(const Directive& directive) {
+  return (directive.word == TK_IF || directive.word == TK_ELIF) && !directive.isEvaluated && !directive.isSkipping;
+}
+
 }  // namespace
 
-Reasons::Reasons(const Explanation& explanation)
-    : told_(explanation), ofExpansion_(told_.expansions.size()), ofContext_(told_.contexts.size()) {
+Reasons::Reasons(const Explanation& explanation, const Sources& sources)
+    : told_(explanation), sources_(sources), ofExpansion_(told_.expansions.size()), ofContext_(told_.contexts.size()) {
   for (Id id = 1; id < told_.definitions.size(); ++id) {
     definitions_[told_.definitions[id].name].push_back(id);
   }
@@ -123,6 +135,56 @@ std::optional<std::string> Reasons::nearest(std::string_view name) const {
   return found;
 }
 
+// Finds the lines that look like definitions, whatever the run made of them.
+void Reasons::findWrittenDefinitions() const {
+  constexpr std::int32_t kAtOnce = 1000;  // A source may be longer than what memory should hold of it.
+  constexpr std::string_view kWord = "define";
+  std::set<std::string_view> seen;
+  for (Id file = 1; file < told_.files.size(); ++file) {
+    if (!seen.insert(told_.files[file].path).second) {
+      continue;
+    }
+    std::vector<Sources::SourceLine> lines;
+    std::int32_t number = 1;
+    do {
+      lines = sources_.lines(file, number, number + kAtOnce - 1);
+      for (const Sources::SourceLine& line : lines) {
+        std::string_view rest = trimmed(line.text);
+        if (rest.starts_with('#') && trimmed(rest.substr(1)).starts_with(kWord)) {
+          rest = trimmed(rest.substr(1)).substr(kWord.size());
+          const std::string_view name = trimmed(rest);
+          const auto end = std::find_if_not(name.begin(), name.end(), isWordByte);
+          if (name.size() < rest.size()) {
+            written_.try_emplace(std::string(name.begin(), end), SourcePlace{file, number});
+          }
+        }
+        ++number;
+      }
+    } while (lines.size() == kAtOnce);
+  }
+}
+
+std::string Reasons::whereUnread(const std::string& name) const {
+  if (definitions_.count(name) != 0) {
+    return "";
+  }
+  if (!isWrittenKnown_) {
+    isWrittenKnown_ = true;
+    findWrittenDefinitions();
+  }
+  const auto found = written_.find(name);
+  if (found == written_.end()) {
+    return "";
+  }
+  const SourcePlace& place = found->second;
+  const bool isSkipped = std::any_of(told_.skipped.begin(), told_.skipped.end(), [&](const SkippedLines& lines) {
+    return told_.files[lines.file].path == told_.files[place.file].path && lines.first <= place.line &&
+           place.line <= lines.last;
+  });
+  return isSkipped ? "defined only in a skipped group, at " + at(place)
+                   : "the \"#define\" at " + at(place) + " is not read as one";
+}
+
 std::string Reasons::why(const KeptName& name) const {
   switch (name.why) {
     case Kept::Hidden: {
@@ -152,11 +214,15 @@ std::string Reasons::why(const KeptName& name) const {
     return "is not a macro yet: defined at " + at(told_.definitions[*later].place);
   }
   const bool isOperand = told_.contexts[name.context].kind == Context::Kind::Operand;
+  const std::string isNone = isOperand ? "is no macro, so it counts as 0 in a condition" : "is no macro";
+  const std::string unread = whereUnread(name.name);
+  if (!unread.empty()) {
+    return isNone + ": " + unread;
+  }
   if (!isOperand && name.origin == 0 && !looksLikeMacro(name.name)) {
     return "";
   }
   const std::optional<std::string> meant = nearest(name.name);
-  const std::string isNone = isOperand ? "is no macro, so it counts as 0 in a condition" : "is no macro";
   if (meant) {
     return isNone + "; the nearest is " + *meant;
   }
@@ -169,7 +235,6 @@ std::string Reasons::whyUnexpanded(const Expansion& expansion, std::size_t argum
   if (!read.contexts.empty()) {
     return "";
   }
-  const auto isWordByte = [](unsigned char c) { return std::isalnum(c) || c == '_'; };
   const std::string text = qnpp::textOf(read.read);
   for (auto at = text.begin(); at != text.end();) {
     const auto end = std::find_if_not(at, text.end(), isWordByte);
@@ -272,7 +337,7 @@ std::vector<std::string> Reasons::outcomeOf(const Directive& directive) const {
                     (directive.isSigned ? std::to_string(static_cast<std::int32_t>(directive.value))
                                         : std::to_string(directive.value) + "u") +
                     ": " + follows);
-  } else if (directive.opener != 0 && directive.word != TK_ENDIF) {
+  } else if (directive.opener != 0 && directive.word != TK_ENDIF && !hasEndedRun(directive)) {
     const bool wasTaken = directive.taken != 0;
     lines.push_back((wasTaken ? "the group at " + at(told_.directives[directive.taken].place) + " was taken: " : "") +
                     follows);

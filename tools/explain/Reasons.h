@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tools/explain/Explanation.h"
+#include "tools/explain/Sources.h"
 
 namespace qnpp {
 
@@ -24,8 +25,8 @@ class Reasons {
     Id id = 0;
   };
 
-  /// Borrowed.
-  explicit Reasons(const Explanation& explanation);
+  /// Both are borrowed.
+  Reasons(const Explanation& explanation, const Sources& sources);
 
   /// "main.c:3"; "the command line" for none.
   std::string at(const SourcePlace& place) const;
@@ -36,6 +37,8 @@ class Reasons {
 
   /// Why the name stands as it is; empty for a word that nobody would take for a macro.
   std::string why(const KeptName& name) const;
+  /// Where a name without any definition seems to have one nevertheless, and why it has none; empty if it does not.
+  std::string whereUnread(const std::string& name) const;
   /// Why a line is skipped whose group was begun by this directive.
   std::string whySkipped(const Directive& directive) const;
   /// What came of a directive, a line for each thing.
@@ -62,11 +65,16 @@ class Reasons {
  private:
   std::optional<std::string> nearest(std::string_view name) const;
   void place(const Item& item, Id parent, Id context);
+  void findWrittenDefinitions() const;
 
   const Explanation& told_;
+  const Sources& sources_;
   std::unordered_map<std::string_view, std::vector<Id>> definitions_;
   std::vector<std::vector<Item>> ofExpansion_;
   std::vector<std::vector<Item>> ofContext_;
+  // All files are read for it, so it is found only when it is asked for.
+  mutable std::unordered_map<std::string, SourcePlace> written_;
+  mutable bool isWrittenKnown_ = false;
 };
 
 }  // namespace qnpp

@@ -116,6 +116,7 @@ void Recorder::endLine() {
   }
   isInLine_ = false;
   measureLine();
+  addSkipped();
   if (!isWanted(line_) || wasCut_) {
     forgetFrom(lineMark_);
     return;
@@ -125,6 +126,18 @@ void Recorder::endLine() {
   line_.namesEnd = static_cast<Id>(told_.keptNames.size());
   line_.messagesEnd = static_cast<Id>(told_.messages.size());
   told_.lines.push_back(line_);
+}
+
+void Recorder::addSkipped() {
+  if (!line_.isSkipped) {
+    return;
+  }
+  std::vector<SkippedLines>& skipped = told_.skipped;
+  if (!skipped.empty() && skipped.back().file == line_.place.file && line_.place.line <= skipped.back().last + 1) {
+    skipped.back().last = line_.endLine;
+  } else {
+    skipped.push_back({line_.place.file, line_.place.line, line_.endLine});
+  }
 }
 
 void Recorder::lineBegan(bool isSkipped) {

@@ -92,6 +92,7 @@ class Recorder final : public Observer {
   bool hasRoom();
   void measureLine();
   void endLine();
+  void addSkipped();
   Mark mark() const;
   void forgetFrom(const Mark& mark);
   Expansion* find(Origin expansion);

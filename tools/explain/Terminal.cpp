@@ -88,7 +88,7 @@ class TerminalView {
  public:
   TerminalView(const Explanation& explanation, const Sources& sources, const TerminalOptions& options,
                std::ostream& output)
-      : told_(explanation), sources_(sources), options_(options), output_(output), reasons_(explanation) {}
+      : told_(explanation), sources_(sources), options_(options), output_(output), reasons_(explanation, sources) {}
 
   void write() {
     if (!options_.macro.empty()) {
@@ -142,7 +142,8 @@ class TerminalView {
       }
     }
     if (!isDefined && !options_.macro.starts_with("__")) {
-      row().add(options_.macro, Style::Name).add(" is never defined", Style::Reason).write(output_);
+      const std::string unread = reasons_.whereUnread(options_.macro);
+      writeReason("", "  ", options_.macro, unread.empty() ? "is never defined" : "is no macro: " + unread);
     }
     output_ << '\n';
   }

@@ -86,8 +86,8 @@ std::optional<std::string_view> nearestDirective(std::string_view word) {
 
 class Checker {
  public:
-  Checker(const Explanation& explanation, const std::string& standardInput)
-      : told_(explanation), standardInput_(standardInput) {
+  Checker(const Explanation& explanation, const std::string& textReadOnce)
+      : told_(explanation), textReadOnce_(textReadOnce) {
     for (const Definition& definition : told_.definitions) {
       (definition.isFunctionLike ? functionLike_ : objectLike_).insert(definition.name);
     }
@@ -128,7 +128,7 @@ class Checker {
 
   void checkFile(const std::string& path, const std::vector<Id>& files) {
     name_ = told_.files[files.front()].name;
-    text_ = standardInput_;
+    text_ = textReadOnce_;
     if (!path.empty()) {
       std::ifstream input(path, std::ios::binary);
       text_.assign(std::istreambuf_iterator<char>(input), {});
@@ -138,11 +138,15 @@ class Checker {
     }
     skipped_.clear();
     read_.clear();
+    textRead_.clear();
     ties_.clear();
     calls_.clear();
     for (const Id file : files) {
       for (const Line* const line : linesOf_[file]) {
         (line->isSkipped && !line->isDirective ? skipped_ : read_).insert(line->place.line);
+        if (!line->isSkipped && !line->isDirective) {
+          textRead_.insert(line->place.line);
+        }
         if (!line->isSkipped && !line->isDirective && line->endLine > line->place.line) {
           ties_[line->place.line] = std::max(ties_[line->place.line], line->endLine);
         }
@@ -212,7 +216,7 @@ class Checker {
     switch (line[word].kind) {
       case TK_ELSE:
       case TK_ENDIF:
-        if (behind < line.size()) {
+        if (behind < line.size() && textRead_.count(number) > 0) {
           add("words-behind-else", number, "what stands behind #" + text + " goes to the output");
         }
         return;
@@ -390,7 +394,7 @@ class Checker {
   }
 
   const Explanation& told_;
-  const std::string& standardInput_;
+  const std::string& textReadOnce_;
   std::set<std::string> objectLike_;  // Names of macros.
   std::set<std::string> functionLike_;
   std::map<std::string, std::vector<Id>> instances_;  // By path.
@@ -403,6 +407,7 @@ class Checker {
   std::string text_;
   std::set<std::int32_t> skipped_;
   std::set<std::int32_t> read_;
+  std::set<std::int32_t> textRead_;            // Lines with text that is not skipped, behind #else too.
   std::map<std::int32_t, std::int32_t> ties_;  // Texts of several lines: the first and the last.
   std::map<std::uint64_t, Call> calls_;        // By the offsets of their names.
 };
@@ -416,8 +421,8 @@ Finding findingOf(std::string_view id, std::string file, std::int32_t line, std:
   return {std::move(file), line, &*rule, std::move(text)};
 }
 
-std::vector<Finding> check(const Explanation& explanation, const std::string& standardInput) {
-  return Checker(explanation, standardInput).run();
+std::vector<Finding> check(const Explanation& explanation, const std::string& textReadOnce) {
+  return Checker(explanation, textReadOnce).run();
 }
 
 }  // namespace qnpp

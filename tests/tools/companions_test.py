@@ -118,7 +118,18 @@ class ExplainTest(Companion):
                 self.assertIn(reason + "\n", self.explain(source, f"a.txt:{line}"))
 
     def test_ordinary_words_are_no_news(self):
-        self.assertEqual(self.explain("#define WIDTH 1\nwidth wide Width of it\n", "a.txt:2"), "")
+        self.assertEqual(self.explain("#define WIDTH 1\nwidth wide Width of it\n", "a.txt:2"),
+                         "nothing in line 2 is a directive or a macro\n")
+        for lines in ("9-12", "5-2"):
+            self.assertEqual(self.explain("#define A\nA\n", f"a.txt:{lines}"),
+                             f"nothing in lines {lines.replace('-', ' to ')} is a directive or a macro\n")
+        self.assertEqual(self.explain("words\n"), "nothing is a directive or a macro\n")
+
+    def test_a_negative_number_is_refused(self):
+        for option in ("--most", "--most-uses"):
+            done = self.run_in([OPTIONS.explain, option + "=-1", "a.txt"], {"a.txt": "x\n"})
+            self.assertEqual((done.returncode, done.stdout), (2, b""))
+            self.assertTrue(done.stderr.startswith(f"qnpp-explain: {option}: ".encode()), done.stderr)
 
     def test_conditions_show_their_values(self):
         source = "#define N 3\n#if N > 4 && defined(M)\nno\n#elif N\nyes\n#else\nno\n#endif\n"
@@ -195,6 +206,9 @@ class ExplainTest(Companion):
         self.assertTrue(shown.startswith("a.txt:2: #define B A\n  used 1 time\n"), shown)
         self.assertIn("+ B -> 1", shown)
         self.assertNotIn("a.txt:3", shown)
+        asked = "#define Q\n#ifdef Q\n#elif 1\n#endif\n#if defined(Q)\n#endif\n#ifdef R\n#endif\n"
+        self.assertEqual(re.findall(r"^a\.txt:(\d): #[ei]", self.explain(asked, "--macro=Q"), re.M), ["2", "5"])
+        self.assertTrue(self.explain("__LINE__\n", "--macro=__LINE__").startswith("a.txt:1: __LINE__\n"))
         self.assertEqual(self.explain("A\n", "--macro=B"), "B is never defined\n\n")
         self.assertEqual(self.explain("#if 0\n#else\n#endif\n#if 0\n\n#define B\n#endif\n", "--macro=B", "a.txt:1"),
                          "B is no macro: defined only in a skipped group, at a.txt:6\n\n")
@@ -202,6 +216,15 @@ class ExplainTest(Companion):
     def test_standard_input(self):
         done = self.run_in([OPTIONS.explain], stdin=b"#define A 1\nA\n")
         self.assertIn(b"stdin:2> 1\n", done.stdout)
+
+    def test_a_pipe_is_read_once(self):
+        for program, text, told in ((OPTIONS.explain, "#define A 1\nA\n", "pipe:2: A\npipe:2> 1\n"),
+                                    (OPTIONS.check, "x\n#pragma once\n", "pipe:2: pragma-once: ")):
+            os.mkfifo(self.folder / "pipe")
+            with subprocess.Popen([program, "pipe"], cwd=self.folder, stdout=subprocess.PIPE, env={**os.environ, "LC_ALL": "C"}) as run:
+                (self.folder / "pipe").write_text(text)
+                self.assertIn(told, run.communicate(timeout=20)[0].decode())
+            (self.folder / "pipe").unlink()
 
     def test_a_source_that_cannot_be_read(self):
         done = self.run_in([OPTIONS.explain, "none.txt:3"])
@@ -287,6 +310,7 @@ class CheckTest(Companion):
          '#define none(x)\nnone("a \\n  f")\n'),
         ("unknown-directive", 2, "#if 0\n#esle\n#endif\n", "#if 0\n#warning\n#endif\n"),
         ("words-behind-else", 3, "#if 1\nx\n#endif X\n", "#if 1\nx\n#endif // X\n"),
+        ("words-behind-else", 2, "#ifdef g\n#else foo\n#endif\n", "#define g\n#ifdef g\n#else foo\n#endif\n#if 0\n#if 1\n#endif X\n#endif\n"),
         ("unused-macro", 1, "#define A 1\n", "#define A 1\n#ifdef A\n#endif\n"),
     )
 

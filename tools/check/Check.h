@@ -33,8 +33,8 @@ struct Finding {
 };
 
 /// Looks through the files of a run, each once, with what happened there. The files are read again, but for a source
-/// without a path, whose text is `standardInput`. Findings come in the order of files, lines and rules.
-std::vector<Finding> check(const Explanation& explanation, const std::string& standardInput);
+/// without a path, whose text is `textReadOnce`. Findings come in the order of files, lines and rules.
+std::vector<Finding> check(const Explanation& explanation, const std::string& textReadOnce);
 
 /// What is to be said of the rule with this id; there must be one.
 Finding findingOf(std::string_view id, std::string file, std::int32_t line, std::string text);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <iostream>
-#include <iterator>
 #include <limits>
 
 #include "tools/CommandLine.h"
@@ -38,16 +37,13 @@ bool checkSource(const Options& options, const std::string& source, std::vector<
   if (run.result && std::filesystem::equivalent(*run.result, source, none)) {
     findings.push_back(qnpp::findingOf("output-is-source", source, 0, "-o names the source \"" + source + "\""));
   }
-  std::string standardInput;
-  if (source.empty()) {
-    standardInput.assign(std::istreambuf_iterator<char>(std::cin), {});
-  }
-  const std::optional<qnpp::Explanation> explanation = qnpp::record(run, standardInput);
+  const std::string textReadOnce = qnpp::textOfReadOnce(source);
+  const std::optional<qnpp::Explanation> explanation = qnpp::record(run, textReadOnce);
   if (!explanation) {
     std::cerr << "qnpp-check: cannot open " << source << '\n';
     return false;
   }
-  for (qnpp::Finding& finding : qnpp::check(*explanation, standardInput)) {
+  for (qnpp::Finding& finding : qnpp::check(*explanation, textReadOnce)) {
     findings.push_back(std::move(finding));
   }
   return true;

@@ -24,7 +24,7 @@ struct SourcePlace {
 /// A file that was read; one that was included twice is there twice.
 struct SourceFile {
   std::string name;  ///< As it was called when it was entered.
-  std::string path;  ///< As it was opened; empty for standard input.
+  std::string path;  ///< As it was opened; empty for a source that can be read only once.
   SourcePlace includedAt = {};
   Id include = 0;  ///< The directive that included it.
 };

@@ -1,6 +1,13 @@
 #include "tools/explain/RecordedRun.h"
 
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 #include "engine/CppPreprocessor.h"
@@ -48,20 +55,36 @@ void define(std::string_view definition, CppMacroTable& macros) {
                                equals == std::string_view::npos ? "1" : definition.substr(equals + 1));
 }
 
-bool open(const RunOptions& options, std::string_view standardInput, CppPreprocessor& preprocessor) {
-  if (!options.source.empty()) {
+bool open(const RunOptions& options, std::string_view textReadOnce, CppPreprocessor& preprocessor) {
+  if (!isReadOnce(options.source)) {
     return preprocessor.openSource(std::make_unique<InputFile>(options.source), options.source, options.sourceName);
   }
   auto text = std::make_unique<InputText>();
-  text->reset(standardInput);
-  return preprocessor.openSource(std::move(text), "stdin", options.sourceName);
+  text->reset(textReadOnce);
+  const std::string name = options.source.empty() ? "stdin" : options.source;
+  return preprocessor.openSource(std::move(text), name, options.sourceName);
 }
 
 }  // namespace
 
-std::optional<Explanation> record(const RunOptions& options, std::string_view standardInput,
+bool isReadOnce(const std::string& source) {
+  std::error_code none;
+  const std::filesystem::file_status status = std::filesystem::status(source, none);
+  const bool isStream = std::filesystem::is_fifo(status) || std::filesystem::is_character_file(status);
+  return source.empty() || (isStream && ::access(source.c_str(), R_OK) == 0);
+}
+
+std::string textOfReadOnce(const std::string& source) {
+  if (!isReadOnce(source)) {
+    return "";
+  }
+  std::ifstream file(source, std::ios::binary);
+  return {std::istreambuf_iterator<char>(source.empty() ? std::cin : file), {}};
+}
+
+std::optional<Explanation> record(const RunOptions& options, std::string_view textReadOnce,
                                   const RecordOptions& recordOptions, TextSink* output) {
-  Recorder recorder(options.source, recordOptions.range, recordOptions.mostSteps);
+  Recorder recorder(isReadOnce(options.source) ? "" : options.source, recordOptions.range, recordOptions.mostSteps);
   RecordingHost host(recorder, output);
   Budget budget;
   budget.setLimits(recordOptions.mostWork, {});
@@ -73,7 +96,7 @@ std::optional<Explanation> record(const RunOptions& options, std::string_view st
   for (const std::string& directory : options.includeDirectories) {
     preprocessor->addIncludeDirectory(directory);
   }
-  if (!open(options, standardInput, *preprocessor)) {
+  if (!open(options, textReadOnce, *preprocessor)) {
     return std::nullopt;
   }
   try {

@@ -17,7 +17,7 @@ std::vector<Sources::SourceLine> Sources::lines(Id file, std::int32_t first, std
   std::unique_ptr<std::istream> input;
   if (explanation_.files[file].path.empty()) {
     auto text = std::make_unique<InputText>();
-    text->reset(std::string_view(standardInput_).substr(reached_.offset));
+    text->reset(std::string_view(textReadOnce_).substr(reached_.offset));
     input = std::move(text);
   } else {
     input = std::make_unique<std::ifstream>(explanation_.files[file].path, std::ios::binary);
@@ -62,7 +62,7 @@ std::vector<Sources::SourceLine> Sources::lines(Id file, std::int32_t first, std
 std::string Sources::slice(Id file, std::uint64_t begin, std::uint64_t end) const {
   const std::string& path = explanation_.files[file].path;
   if (path.empty()) {
-    return begin < standardInput_.size() ? standardInput_.substr(begin, end - begin) : "";
+    return begin < textReadOnce_.size() ? textReadOnce_.substr(begin, end - begin) : "";
   }
   std::ifstream input(path, std::ios::binary);
   input.seekg(static_cast<std::streamoff>(begin));

@@ -14,9 +14,9 @@ namespace qnpp {
 /// Reads what is to be shown from the files once more.
 class Sources {
  public:
-  /// Both are borrowed. `standardInput` is the text of a source without a path.
-  Sources(const Explanation& explanation, const std::string& standardInput)
-      : explanation_(explanation), standardInput_(standardInput) {}
+  /// Both are borrowed. `textReadOnce` is the text of a source without a path.
+  Sources(const Explanation& explanation, const std::string& textReadOnce)
+      : explanation_(explanation), textReadOnce_(textReadOnce) {}
 
   struct SourceLine {
     std::uint64_t begin = 0;  ///< Offset in the file.
@@ -40,7 +40,7 @@ class Sources {
   };
 
   const Explanation& explanation_;
-  const std::string& standardInput_;
+  const std::string& textReadOnce_;
   mutable Reached reached_;
 };
 

@@ -99,6 +99,9 @@ class TerminalView {
       writeLine(told_.lines[at], told_.lines[last]);
       at = last;
     }
+    if (!hasLine_ && options_.macro.empty()) {
+      row().add("nothing " + options_.lines + "is a directive or a macro", Style::Reason).write(output_);
+    }
     if (told_.isCut) {
       row()
           .add("What follows from " + reasons_.at(told_.cutAt) +
@@ -141,7 +144,10 @@ class TerminalView {
             .write(output_);
       }
     }
-    if (!isDefined && !options_.macro.starts_with("__")) {
+    if (!isDefined && options_.macro.starts_with("__")) {
+      return;
+    }
+    if (!isDefined) {
       const std::string unread = reasons_.whereUnread(options_.macro);
       writeReason("", "  ", options_.macro, unread.empty() ? "is never defined" : "is no macro: " + unread);
     }
@@ -172,11 +178,14 @@ class TerminalView {
     std::vector<std::string> notes = notesOf(line);
     if (!options_.macro.empty()) {
       std::erase_if(items, [this](const Item& item) { return !reasons_.involves(item, options_.macro); });
-      notes.clear();
+      if (!asksFor(line, options_.macro)) {
+        notes.clear();
+      }
     }
     if (items.empty() && notes.empty()) {
       return;
     }
+    hasLine_ = true;
     const auto text = sources_.lines(line.place.file, line.place.line, line.endLine);
     for (std::size_t index = 0; index < text.size(); ++index) {
       const SourcePlace place{line.place.file, line.place.line + static_cast<std::int32_t>(index)};
@@ -201,6 +210,13 @@ class TerminalView {
     }
     writeItems(items, "", 0);
     output_ << '\n';
+  }
+
+  // Whether the line is a conditional that asks whether the name is defined.
+  bool asksFor(const Line& line, std::string_view name) const {
+    const auto& asked = told_.directives[line.directive].asked;
+    return line.isDirective && std::any_of(asked.begin(), asked.end(),
+                                           [name](const Directive::Asked& other) { return other.name == name; });
   }
 
   // The output of a line without its line directive.
@@ -379,6 +395,7 @@ class TerminalView {
   const TerminalOptions& options_;
   std::ostream& output_;
   const Reasons reasons_;
+  bool hasLine_ = false;
   std::set<std::string> saidOfNames_;  // What has been said about names of the line.
 };
 

@@ -15,6 +15,7 @@ struct TerminalOptions {
   bool isUnicode = true;
   std::size_t width = 100;
   std::string macro;  ///< Only what involves this macro; empty for all.
+  std::string lines;  ///< What was asked for, as "in lines 5 to 9 "; empty for the whole source.
 };
 
 /// Writes each line that something can be said about, and below it a tree of what happened there.

@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
 #include <optional>
 
 #include "tools/CommandLine.h"
@@ -53,6 +52,16 @@ void takeRange(Options& options) {
   }
 }
 
+// "in lines 5 to 9 "; empty for all lines.
+std::string wordsFor(const qnpp::LineRange& range) {
+  if (range.last == qnpp::LineRange().last) {
+    return "";
+  }
+  const std::string first = std::to_string(range.first);
+  return range.first == range.last ? "in line " + first + ' '
+                                   : "in lines " + first + " to " + std::to_string(range.last) + ' ';
+}
+
 std::size_t terminalWidth() {
   winsize size{};
   return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 20 ? size.ws_col : 100;
@@ -79,16 +88,13 @@ void checkPage(const std::string& name, const qnpp::Explanation& explanation) {
 }
 
 int show(const Options& options) {
-  std::string standardInput;
-  if (options.run.source.empty()) {
-    standardInput.assign(std::istreambuf_iterator<char>(std::cin), {});
-  }
+  const std::string textReadOnce = qnpp::textOfReadOnce(options.run.source);
   const std::optional<qnpp::Explanation> explanation =
-      qnpp::record(options.run, standardInput, {options.range, options.most});
+      qnpp::record(options.run, textReadOnce, {options.range, options.most});
   if (!explanation) {
     throw qnpp::Failure("cannot open " + options.run.source);
   }
-  const qnpp::Sources sources(*explanation, standardInput);
+  const qnpp::Sources sources(*explanation, textReadOnce);
   if (!options.html.empty()) {
     checkPage(options.html, *explanation);
     std::ofstream page(options.html, std::ios::binary);
@@ -106,7 +112,7 @@ int show(const Options& options) {
     const std::string charset = ::nl_langinfo(CODESET);
     const qnpp::TerminalOptions view{options.colour == "always" || (options.colour == "auto" && isTerminal),
                                      charset == "UTF-8", options.width > 0 ? options.width : terminalWidth(),
-                                     options.macro};
+                                     options.macro, wordsFor(options.range)};
     qnpp::writeTerminal(*explanation, sources, view, std::cout);
   }
   if (!std::cout.flush()) {
@@ -117,6 +123,7 @@ int show(const Options& options) {
 
 // The options that qnpp does not have.
 void addOptions(qnpp::CommandLine& line, Options& options) {
+  const auto isNoLess = CLI::NonNegativeNumber.description("");  // Than 0, which would become a very large number.
   line.addValue("--macro", "<name>", options.macro, "show only what involves this macro.");
   line.addValue("--html", "<file>", options.html, "write a page for a browser to <file> instead.");
   line.addFlag("--json", options.isJson, "write what happened as JSON instead.");
@@ -124,8 +131,10 @@ void addOptions(qnpp::CommandLine& line, Options& options) {
       ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
   line.addValue("--width", "<columns>", options.width, "cut lines there, not where the terminal ends.")
       ->check(CLI::Range(20, 10000).description(""));
-  line.addValue("--most", "<steps>", options.most, "stop writing down what happens after so many (10000000).");
-  line.addValue("--most-uses", "<uses>", options.mostUses, "let a page take apart so many uses of macros (10000).");
+  line.addValue("--most", "<steps>", options.most, "stop writing down what happens after so many (10000000).")
+      ->check(isNoLess);
+  line.addValue("--most-uses", "<uses>", options.mostUses, "let a page take apart so many uses of macros (10000).")
+      ->check(isNoLess);
 }
 
 }  // namespace

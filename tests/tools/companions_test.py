@@ -298,6 +298,7 @@ class CheckTest(Companion):
         ("directive-as-text", 3, "#define f(x) x\nf\n#define LOST\n", "#define f(x) x\nf;\n#define KEPT\n"),
         ("directive-as-text", 3, "#define f(x) x\nf(\n#ifdef A\n)\n", "#define f(x) x\nf(/*\n#ifdef A\n*/)\n"),
         ("divisor-in-condition", 2, "#define N 2\n#if defined(N) && 8 / N\n#endif\n", "#define N 2\n#if 8 / N\n#endif\n"),
+        ("divisor-in-condition", 2, "#if 0\n#elif 8 / (1 - 1)\n#endif\n", "#if 1\n#elif 8 / (1 - 1)\n#endif\n"),
         ("lone-hash", 2, "#if 0\n#\n#endif\n#endif\n", "#if 0\n#\nx\n#\n#undef A\n#endif\n"),
         ("number-with-macro", 2, "#define f 1\n1.0f\n", "#define f 1\n1.0 f 0xf\n"),
         ("number-with-macro", 2, "#define e5 1\n1e5\n", "#define e5 1\n1 e5\n"),

@@ -110,6 +110,11 @@ class Checker {
       checkFile(path, files);
     }
     checkUnused();
+    if (told_.hasDividedByZero) {
+      const SourcePlace& place = told_.directives.back().place;
+      name_ = told_.files[place.file].name;
+      add("divisor-in-condition", place.line, "a division by 0, or one that is out of range, ends the run");
+    }
     std::sort(found_.begin(), found_.end());
     found_.erase(std::unique(found_.begin(), found_.end()), found_.end());
     return std::move(found_);

@@ -173,6 +173,7 @@ struct Explanation {
   std::vector<Line> lines;
   std::vector<RunMessage> messages;
   std::vector<SkippedLines> skipped;  ///< All of them, asked for or not; no entry stands for "none".
+  bool hasDividedByZero = false;      ///< The last directive did, which ended the run.
   bool isCut = false;                 ///< More happened than was to be recorded,
   SourcePlace cutAt;                  ///< from here on.
 

@@ -99,17 +99,21 @@ std::optional<Explanation> record(const RunOptions& options, std::string_view te
   if (!open(options, textReadOnce, *preprocessor)) {
     return std::nullopt;
   }
+  bool hasDividedByZero = false;
   try {
     preprocessor->run();
   } catch (const FatalLexerError& error) {
     recorder.addMessage(error.what());
   } catch (const DivisionByZero& error) {
+    hasDividedByZero = true;
     recorder.addMessage(std::string("the run ends here: ") + error.what());
   } catch (const RunEnded&) {
     recorder.addMessage("the run ends here: it takes too much");
   }
   preprocessor->finishEarly();
-  return recorder.finish();
+  Explanation told = recorder.finish();
+  told.hasDividedByZero = hasDividedByZero;
+  return told;
 }
 
 }  // namespace qnpp

@@ -196,6 +196,12 @@ class PageTest(unittest.TestCase):
         self.open_page({"uses.txt": "#define A 1\nA\nA\n"}, "--most-uses=1")
         self.assertEqual(self.texts("details.u.top > summary"), ["A \u2192 1"])
         self.assertIn("Not taken apart here, for the size of the page. Ask for uses.txt:3 alone.", self.texts(".why"))
+        # E2, the first E1 in it, and the first E0 in that.
+        self.open_page({"doubled.txt": "#define E0 x\n#define E1 E0 E0\n#define E2 E1 E1\nE2\n"}, "--most-uses=3")
+        self.assertEqual(len(self.browser.find_elements(By.CSS_SELECTOR, "details.u")), 3)
+        notes = self.browser.find_elements(By.CSS_SELECTOR, "details.u p.faint")
+        self.assertEqual([note.get_attribute("textContent") for note in notes],
+                         ["Further uses are left out, for the size of the page: --most-uses shows more."] * 2)
         self.open_page({"steps.txt": "#define A 1\n" + "A\n" * 100}, "--most=50")
         said = self.browser.find_element(By.CSS_SELECTOR, "header .message").text
         self.assertRegex(said, r"^Nothing was written down from steps\.txt:\d+ on\. Ask for it by its lines, as in "

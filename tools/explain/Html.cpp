@@ -338,6 +338,11 @@ class Page {
       return;
     }
     for (const Item& item : items) {
+      if (!item.isName && usesWritten_ >= mostUses_) {
+        output_ << "<p class=\"faint\">Further uses are left out, for the size of the page: <code>--most-uses</code> "
+                   "shows more.</p>\n";
+        return;
+      }
       if (!item.isName) {
         writeUse(item.id, level);
         continue;

@@ -278,24 +278,24 @@ CppTokenKind CppLexer::passLineStart(std::string& leadingSpace) {
       passed = TK_SPACE;
       continue;
     }
-    if (*at == '#' && *passAllBlanks(at + 1) == '\n') {
-      at = passAllBlanks(at + 1) + 1;  // A directive that is none takes its line end and writes nothing.
-      leadingSpace.clear();
-      countLine();
-      passed = TK_NEWLINE;
-      continue;
-    }
     if (*at == '#' && next != '#' && next != '\0') {
-      passed = passDirectiveWord(at);
+      char* const word = passAllBlanks(at + 1);
+      if (*word == '\n') {
+        at = word + 1;  // A directive that is none takes its line end and writes nothing.
+        leadingSpace.clear();
+        countLine();
+        passed = TK_NEWLINE;
+        continue;
+      }
+      passed = passDirectiveWord(at, word);
     }
     endScan(at);
     return token(passed);
   }
 }
 
-// Moves `at`, a "#", behind the word of the directive, or only behind the "#" where none is sure to follow.
-CppTokenKind CppLexer::passDirectiveWord(char*& at) {
-  char* const word = passAllBlanks(at + 1);
+// Moves `at`, a "#", behind the word of the directive at `word`, or only behind the "#" where none is sure to follow.
+CppTokenKind CppLexer::passDirectiveWord(char*& at, char* word) {
   char* end = word;
   const CppTokenKind kind = passWordOfDirective(end);
   const bool isSure = kind != TK_END && *end != '\0';
@@ -1019,12 +1019,11 @@ class CppLexer::LineSkip {
 
   CppLexer& lexer_;
   NestedConditionals& conditionals_;
-  char* at_;         // The first byte that has not been looked at.
-  const char* end_;  // Of the buffer.
-  char* block_ =
-      nullptr;  // The block that is looked at; its line ends that are not counted; the bytes left that matter.
-  std::uint64_t ends_ = 0;
-  std::uint64_t stops_ = 0;
+  char* at_;                       // The first byte that has not been looked at.
+  const char* end_;                // Of the buffer.
+  char* block_ = nullptr;          // The block that is looked at;
+  std::uint64_t ends_ = 0;         // its line ends that are not counted;
+  std::uint64_t stops_ = 0;        // the bytes left that matter.
   bool areCommentsKnown_ = false;  // Then these are known: where "*/" ends, and the bytes that comments stumble over.
   std::uint64_t closings_ = 0;
   std::uint64_t breaks_ = 0;

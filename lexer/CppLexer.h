@@ -208,7 +208,7 @@ class CppLexer final : public yyCppFlexLexer {
   void countLines(std::size_t count) { line_ = addLines(line_, static_cast<std::int32_t>(count)); }
   CppTokenKind scanAt(char* at);
 
-  CppTokenKind passDirectiveWord(char*& at);
+  CppTokenKind passDirectiveWord(char*& at, char* word);
   void passBlanksInBuffer();
   Name* findMacroName(const char*& word, const char* end) const;
   bool isPlainUpToLineEnd(const char* at, bool (*accepts)(Name& name, const NameTable& names)) const;

@@ -9,9 +9,10 @@ namespace {
 
 // The functions that follow go from token to token; carryOutDefine asks them where the stream cannot read on in one go.
 
-// Reads the name behind #define or #undef, which a continuation may split. Empty, with nothing taken, when there is
-// none.
-std::string collectMacroName(TokenStream& stream) {
+// Reads the name behind #define or #undef, which a continuation may split. Empty, with nothing but blanks taken, when
+// there is none; that is reported.
+std::string collectMacroName(TokenStream& stream, MessageSink& messages) {
+  stream.skipBlanks();
   std::string name;
   while (isName(stream.peek())) {
     stream.get();
@@ -19,6 +20,9 @@ std::string collectMacroName(TokenStream& stream) {
     while (stream.peek() == TK_CONTINUATION) {
       stream.get();
     }
+  }
+  if (name.empty()) {
+    messages.report(Message::InvalidMacroName);
   }
   return name;
 }
@@ -85,10 +89,8 @@ void carryOutDefine(TokenStream& stream, CppMacroTable& macros, MessageSink& mes
   if (stream.readMacroHead(head)) {
     entry = macros.intern(head.name);
   } else {
-    stream.skipBlanks();
-    const std::string name = collectMacroName(stream);
+    const std::string name = collectMacroName(stream, messages);
     if (name.empty()) {
-      messages.report(Message::InvalidMacroName);
       return;
     }
     head.functionLike = stream.peek() == '(';
@@ -117,10 +119,8 @@ void carryOutUndef(TokenStream& stream, CppMacroTable& macros, MessageSink& mess
   if (stream.readMacroName(known)) {
     macros.undefine(known);
   } else {
-    stream.skipBlanks();
-    const std::string name = collectMacroName(stream);
+    const std::string name = collectMacroName(stream, messages);
     if (name.empty()) {
-      messages.report(Message::InvalidMacroName);
       return;
     }
     macros.undefine(name);

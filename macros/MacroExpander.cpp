@@ -71,7 +71,7 @@ void MacroExpander::expandInText() {
   } else if (name->macro->functionLike) {
     // A copy, since the cache's answer holds until its next question only.
     expandFunctionLikeInText(*name, HideSet(stream_.hideSets().with(stream_.hideSet(), *name)));
-  } else if (!kShortcuts || predefined_.isRefreshed(*name)) {
+  } else if (!kShortcuts || name->isRefreshed) {
     pushObjectLike(*name, HideSet(stream_.hideSets().with(stream_.hideSet(), *name)));
   } else {
     expandObjectLikeInText(*name);
@@ -123,7 +123,7 @@ void MacroExpander::expandFunctionLikeInText(const Name& name, const HideSet& hi
 void MacroExpander::pushObjectLike(const Name& name, const HideSet& hideSet) {
   const TokenStream::Hold hold(stream_);
   const Origin expansion = trace().begin(name);
-  if (!predefined_.isRefreshed(name)) {
+  if (!name.isRefreshed) {
     const SpellingRange tokens = trace().body(replacementOf(name).tokens(), expansion);
     context_.budget.spendOnExpansion(1 + tokens.size());
     trace().replaced(expansion, tokens);
@@ -164,7 +164,7 @@ const Replacement& MacroExpander::replacementOf(const Name& name) {
   auto made = macro.functionLike ? std::make_unique<const Replacement>(macro.text, macro.parameters, names_, lexer)
                                  : std::make_unique<const Replacement>(macro.text, names_, lexer);
   const Replacement& replacement = *made;
-  if (made->hasEffects() || predefined_.isRefreshed(name) || !kShortcuts) {
+  if (made->hasEffects() || name.isRefreshed || !kShortcuts) {
     stream_.retire(std::move(made));
   } else {
     macro.replacement = std::move(made);
@@ -441,7 +441,7 @@ void MacroExpander::expandNameInList(TokenList& result) {
   if (list.isSurelyHidden(*name)) {
     trace().kept(Observer::Kept::Hidden);
     list.appendCurrent(result, true);  // And it stays hidden: a token's set only grows.
-  } else if (name->macro->functionLike && !predefined_.isRefreshed(*name)) {
+  } else if (name->macro->functionLike && !name->isRefreshed) {
     // Such a name mostly stays for want of a "(", so that is looked for before all of the hide set.
     expandFunctionLikeInList(*name, result);
   } else if (list.isHidden(*name)) {

@@ -13,9 +13,6 @@ class PredefinedMacros {
   /// Defines them in `table`. Date and time are those of now.
   PredefinedMacros(CppMacroTable& table, NameTable& names);
 
-  /// Whether the text of macros of this name changes at each use.
-  static bool isRefreshed(const Name& name) { return name.isRefreshed; }
-
   /// Brings the text of the macro `name` up to date for a use in `file`, if it is one of those. It stays stored, so a
   /// later definition is compared with the value of the last use. Only the name counts: a definition of the source's
   /// own is overwritten too.

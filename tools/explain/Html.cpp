@@ -338,12 +338,12 @@ class Page {
       return;
     }
     for (const Item& item : items) {
-      if (!item.isName && usesWritten_ >= mostUses_) {
-        output_ << "<p class=\"faint\">Further uses are left out, for the size of the page: <code>--most-uses</code> "
-                   "shows more.</p>\n";
-        return;
-      }
       if (!item.isName) {
+        if (usesWritten_ >= mostUses_) {
+          output_ << "<p class=\"faint\">Further uses are left out, for the size of the page: <code>--most-uses</code> "
+                     "shows more.</p>\n";
+          return;
+        }
         writeUse(item.id, level);
         continue;
       }

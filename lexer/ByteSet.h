@@ -29,6 +29,9 @@ constexpr ByteSet allBytesBut(std::string_view bytes) {
 
 inline constexpr ByteSet kDigitBytes = bytesOf("0123456789");
 
+inline constexpr ByteSet kBlankBytes = bytesOf(" \t\v\f");
+inline constexpr ByteSet kQuotesAndBackslash = bytesOf("\"'\\");
+
 /// What names and numbers consist of.
 inline constexpr ByteSet kWordBytes = bytesOf("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789");
 

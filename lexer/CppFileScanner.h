@@ -97,6 +97,10 @@ class CppFileScanner final : public CppScanner {
     lexer_->readReplacementText(text);
     return true;
   }
+  template <typename Pass>
+  bool passInBuffer(Pass pass) {
+    return canPass() && lexer_->passInBuffer(pass);
+  }
   bool passLineEnd() {
     if (!canPass() || !lexer_->passPlainLineEnd()) {
       return false;

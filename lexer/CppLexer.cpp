@@ -12,7 +12,6 @@
 namespace qnpp {
 namespace {
 
-constexpr ByteSet kBlanks = bytesOf(" \t\v\f");
 // The first byte behind the blanks of a line that may be a directive line, or whose blanks are not over.
 constexpr ByteSet kUnsureLineStart = bytesOf(std::string_view("#/\\\r\0", 5));
 
@@ -53,7 +52,7 @@ char* passManyBlanks(char* at) {
 
 // Behind the blanks at `at`, of which there are mostly none or a few.
 inline char* passAllBlanks(char* at) {
-  for (const char* const few = at + 16; has(kBlanks, *at); ++at) {
+  for (const char* const few = at + 16; has(kBlankBytes, *at); ++at) {
     if (at == few) {
       return passManyBlanks(at);
     }
@@ -123,7 +122,7 @@ CppTokenKind passWordOfDirective(char*& at) {
 // Whether the word in the text that begins at `begin` stands behind `defined`, or behind a parenthesis there.
 bool isBehindDefined(const char* begin, const char* word) {
   const auto passBlanksBack = [begin, &word] {
-    while (word != begin && has(kBlanks, word[-1])) {
+    while (word != begin && has(kBlankBytes, word[-1])) {
       --word;
     }
   };
@@ -155,6 +154,16 @@ const char* passNumber(const char* at) {
     return isOneOf(at[1], 'u', 'U') ? at + 2 : at + 1;
   }
   return at;
+}
+
+Name* findMacroName(const NameTable& names, const char*& word, const char* end) {
+  while (word != end && has(kDigitBytes, *word)) {
+    const char* const rest = *word != '0' && end - word > 64 ? passManyDigits(word) : word;
+    word = passNumber(rest);
+  }
+  const std::string_view text(word, static_cast<std::size_t>(end - word));
+  Name* const name = text.empty() || !names.mayBeMacro(text) ? nullptr : names.find(text);
+  return name == nullptr || (name->macro == nullptr && name->spelling.kind != TK_PRAGMA_OP) ? nullptr : name;
 }
 
 namespace {
@@ -233,18 +242,6 @@ void CppLexer::passBlanksInBuffer() {
   yytext = beginScan();
   endScan(passAllBlanks(yytext));
   static_cast<void>(token(TK_SPACE));
-}
-
-// The name of a macro or `_Pragma` in the word from `word` to `end`, or null. Moves `word` to where the name begins.
-Name* CppLexer::findMacroName(const char*& word, const char* end) const {
-  while (word != end && has(kDigitBytes, *word)) {
-    const char* const rest = *word != '0' && end - word > 64 ? passManyDigits(word) : word;
-    word = passNumber(rest);  // Behind a number a name may follow directly.
-  }
-  const std::string_view text(word, static_cast<std::size_t>(end - word));
-  const NameTable& names = context_.names;
-  Name* const name = text.empty() || !names.mayBeMacro(text) ? nullptr : names.find(text);
-  return name == nullptr || (name->macro == nullptr && name->spelling.kind != TK_PRAGMA_OP) ? nullptr : name;
 }
 
 // ---- Directives ----
@@ -330,7 +327,7 @@ bool CppLexer::isPlainUpToLineEnd(const char* at, bool (*accepts)(Name& name, co
       if (!context_.names.mayHoldMacro(word)) {
         continue;
       }
-      Name* const name = findMacroName(word, passAll(kWordBytes, word));
+      Name* const name = findMacroName(context_.names, word, passAll(kWordBytes, word));
       if (name != nullptr && !isBehindDefined(begin, word) && !accepts(*name, context_.names)) {
         return false;
       }
@@ -414,7 +411,7 @@ class CppLexer::TextCopy {
   char* behindBlanks(char* at) const {
     const auto place = static_cast<std::size_t>(at - block_);
     const std::uint64_t others = place < 64 ? ~spaces_ & bitsFrom(place) : 0;
-    return others != 0 ? passAll(kBlanks, block_ + std::countr_zero(others)) : passAllBlanks(at);
+    return others != 0 ? passAll(kBlankBytes, block_ + std::countr_zero(others)) : passAllBlanks(at);
   }
 
   void writeUpTo(const char* to) { lexer_.context_.output.write(from_, static_cast<std::size_t>(to - from_)); }
@@ -468,7 +465,7 @@ class CppLexer::TextCopy {
   // If there is the name of a macro in the word, or `_Pragma`, its final text is written or it is handed out.
   char* replaceName(char* word, char* end) {
     const char* first = word;
-    Name* const name = lexer_.findMacroName(first, end);
+    Name* const name = findMacroName(lexer_.context_.names, first, end);
     if (name == nullptr) {
       return end;
     }
@@ -980,7 +977,7 @@ class CppLexer::LineSkip {
   // that is before it on its line; TK_NEWLINE at the start of a line; TK_END where nothing has been passed at all.
   CppTokenKind passedBefore(const char* at) const {
     const char* first = at;
-    while (first != resumed_ && has(kBlanks, first[-1])) {
+    while (first != resumed_ && has(kBlankBytes, first[-1])) {
       --first;
     }
     const CppTokenKind kind = first == resumed_ ? passed_ : first[-1] == '\n' ? TK_NEWLINE : TK_OTHER;

@@ -55,6 +55,10 @@ struct LexerContext {
 /// Behind the number that begins at `at`, by the rules of the tokens: the longest one. What ends it has to follow.
 const char* passNumber(const char* at);
 
+/// The name of a macro or `_Pragma` in the word from `word` to `end`, behind which three bytes may be read, or null.
+/// Moves `word` to where the name begins: a name may follow a number directly.
+Name* findMacroName(const NameTable& names, const char*& word, const char* end);
+
 /// What stands before the replacement list of a definition.
 struct MacroHead {
   std::string_view name;  ///< In the scanner's buffer: valid until the next token is asked for.
@@ -138,6 +142,20 @@ class CppLexer final : public yyCppFlexLexer {
   /// end is no white space, so it joins what stands before and behind it.
   void readReplacementText(std::string& text);
 
+  /// In the middle of a line: has `pass` look at the bytes behind the current token that are in the buffer, with a NUL
+  /// behind them, and passes over all before the place that it returns. Returns false, with nothing passed, where that
+  /// is null.
+  template <typename Pass>
+  bool passInBuffer(Pass pass) {
+    char* const at = beginScan();
+    const char* const behind = pass(static_cast<const char*>(at));
+    if (behind != nullptr) {
+      yytext = at + (behind - at);
+    }
+    endScan(behind != nullptr ? yytext : at);
+    return behind != nullptr;
+  }
+
   /// Passes over a line end if "\n" comes next; otherwise returns false.
   bool passPlainLineEnd() {
     if (yy_hold_char != '\n') {
@@ -210,7 +228,6 @@ class CppLexer final : public yyCppFlexLexer {
 
   CppTokenKind passDirectiveWord(char*& at, char* word);
   void passBlanksInBuffer();
-  Name* findMacroName(const char*& word, const char* end) const;
   bool isPlainUpToLineEnd(const char* at, bool (*accepts)(Name& name, const NameTable& names)) const;
 
   // Parts of copyText; see TextCopy.

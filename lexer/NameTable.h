@@ -44,6 +44,7 @@ struct Name {
   FinalText finalText;         ///< Of the macro.
   bool wasMacro = false;       ///< There is a definition, or has been.
   bool isRefreshed = false;    ///< The text of the macro changes at each use, see PredefinedMacros.
+  bool isBeingReplaced = false;  ///< See DirectExpansion.
 
   std::string_view text() const { return spelling.text(); }
 };

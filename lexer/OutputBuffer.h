@@ -4,11 +4,11 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 #include "lexer/LineNumber.h"
 #include "lexer/Observer.h"
+#include "lexer/ShortCopy.h"
 
 namespace qnpp {
 
@@ -49,18 +49,7 @@ class OutputBuffer {
     }
     char* const to = bytes_.data() + used_;
     used_ += size;
-    // Most texts are words of a few letters, for which the call of memcpy would cost more than the copy.
-    if (size > 16) {
-      std::memcpy(to, text, size);
-    } else if (size >= 8) {
-      copyEnds<8>(to, text, size);
-    } else if (size >= 4) {
-      copyEnds<4>(to, text, size);
-    } else if (size > 0) {
-      to[0] = text[0];
-      to[size / 2] = text[size / 2];
-      to[size - 1] = text[size - 1];
-    }
+    copyShort(to, text, size);
   }
   void write(std::string_view text, Origin origin = {}) { write(text.data(), text.size(), origin); }
   void write(char character) {
@@ -97,13 +86,6 @@ class OutputBuffer {
 
  private:
   static constexpr std::size_t kCapacity = std::size_t{64} * 1024;
-
-  // Copies Half to 2 * Half bytes by the first and the last Half of them, which may overlap.
-  template <std::size_t Half>
-  static void copyEnds(char* to, const char* from, std::size_t size) {
-    std::memcpy(to, from, Half);
-    std::memcpy(to + size - Half, from + size - Half, Half);
-  }
 
   void writeBlock(const char* text, std::size_t size);
   void deliver(const char* text, std::size_t size);

@@ -144,6 +144,11 @@ class TokenStream {
   bool readMacroName(std::string_view& name) { return isInFile_ && fileSource().readMacroName(name); }
   bool readMacroHead(MacroHead& head) { return isInFile_ && fileSource().readMacroHead(head); }
   bool readReplacementText(std::string& text) { return isInFile_ && fileSource().readReplacementText(text); }
+  /// In the middle of a line, if the current source is a file: see CppLexer::passInBuffer.
+  template <typename Pass>
+  bool passInBuffer(Pass pass) {
+    return isInFile_ && fileSource().passInBuffer(pass);
+  }
   /// Passes over blanks and one more token, normally a line end.
   void takeLineEnd() {
     if (!isInFile_ || !fileSource().passLineEnd()) {

@@ -1,5 +1,6 @@
 #include "macros/Arguments.h"
 
+#include <algorithm>
 #include <cassert>
 #include <utility>
 
@@ -27,6 +28,28 @@ bool areNormalized(SpellingRange tokens) {
 }
 
 }  // namespace
+
+void appendStringLiteral(std::string_view text, std::string& literal) {
+  literal.push_back('"');
+  if (std::none_of(text.begin(), text.end(), [](char byte) { return has(kQuotesAndBackslash, byte); })) {
+    literal.append(text);
+    literal.push_back('"');
+    return;
+  }
+  bool inLiteral = false;
+  char before = '\0';
+  for (const char byte : text) {
+    if (byte == '"' || (byte == '\\' && inLiteral)) {
+      literal.push_back('\\');
+    }
+    if ((byte == '"' || byte == '\'') && before != '\\') {
+      inLiteral = !inLiteral;
+    }
+    literal.push_back(byte);
+    before = byte;
+  }
+  literal.push_back('"');
+}
 
 void Arguments::appendText(std::size_t index, std::string& text) const {
   assert(index < count_);

@@ -97,6 +97,7 @@ class Arguments {
 /// second.
 struct MergingWays {
   static constexpr std::uint8_t kWord = 1;
+  static constexpr std::uint8_t kComment = 128;
   std::array<std::uint8_t, 256> ofLast{};
   std::array<std::uint8_t, 256> ofFirst{};
 };
@@ -122,7 +123,7 @@ inline constexpr MergingWays kMergingWays = [] {
   add("=!<>", "=");
   add("<", "<");
   add(">", ">");
-  add("/", "/*");
+  add("/", "/*");  // The way kComment.
   return ways;
 }();
 
@@ -135,6 +136,10 @@ inline bool mayMerge(const Spelling& before, const Spelling& token) {
   // No operator has more than two characters, and a literal is closed.
   return before.size == 1 ? ways != 0 : (ways & MergingWays::kWord) != 0;
 }
+
+/// Appends a string literal of the text of an argument. Within literals of the text backslashes are doubled, and every
+/// double quote gets one; a quote of either sort that no backslash precedes switches between inside and outside.
+void appendStringLiteral(std::string_view text, std::string& literal);
 
 /// Whether a quote stands alone, so that it may open a literal in another place.
 inline bool isLoneQuote(const Spelling& token) {

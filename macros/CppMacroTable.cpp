@@ -1,5 +1,7 @@
 #include "macros/CppMacroTable.h"
 
+#include <cassert>
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -41,6 +43,24 @@ void CppMacroTable::undefine(std::string_view name) {
     dropDefinition(*entry);
     stream_.observe([&](Observer& observer) { observer.undefined(*entry); });
   }
+}
+
+const Replacement& CppMacroTable::replacementOf(const Name& name) {
+  assert(stream_.isHolding() && name.macro != nullptr);
+  CppMacro& macro = *name.macro;
+  if (macro.replacement != nullptr) {
+    return *macro.replacement;
+  }
+  StoredTextLexer& lexer = stream_.storedTextLexer();
+  auto made = macro.functionLike ? std::make_unique<const Replacement>(macro.text, macro.parameters, names_, lexer)
+                                 : std::make_unique<const Replacement>(macro.text, names_, lexer);
+  const Replacement& replacement = *made;
+  if (made->hasEffects() || name.isRefreshed || !kShortcuts) {
+    stream_.retire(std::move(made));
+  } else {
+    macro.replacement = std::move(made);
+  }
+  return replacement;
 }
 
 void CppMacroTable::dropDefinition(Name& name) {

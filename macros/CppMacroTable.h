@@ -33,6 +33,10 @@ class CppMacroTable {
     return known == nullptr ? nullptr : known->macro;
   }
 
+  /// The lexed replacement list of the definition of `name`, as its text is now. To be called under a Hold of the
+  /// stream: what is good for one use lives only as long as that, or as the list that is pushed under it.
+  const Replacement& replacementOf(const Name& name);
+
   /// The entry for `name` in the name table.
   Name* intern(std::string_view name) { return names_.intern(name); }
 

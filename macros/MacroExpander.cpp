@@ -6,16 +6,10 @@
 #include <string_view>
 #include <utility>
 
-#include "lexer/ByteSet.h"
 #include "lexer/Shortcuts.h"
 #include "macros/ArgumentReading.h"
 
 namespace qnpp {
-namespace {
-
-constexpr ByteSet kQuotesAndBackslash = bytesOf("\"'\\");
-
-}  // namespace
 
 /// The replacement of an invocation.
 struct MacroExpander::Substitution {
@@ -51,7 +45,13 @@ struct MacroExpander::ListExpansion {
 
 MacroExpander::MacroExpander(const LexerContext& context, NameTable& names, TokenStream& stream, CppMacroTable& macros,
                              MessageSink& messages)
-    : context_(context), names_(names), stream_(stream), messages_(messages), predefined_(macros, names) {}
+    : context_(context),
+      names_(names),
+      stream_(stream),
+      messages_(messages),
+      macros_(macros),
+      predefined_(macros, names),
+      direct_(macros, names, context.budget) {}
 
 // Expansions are left only where memory ran out. Each closed source is above those of the expansions that wait for it.
 MacroExpander::~MacroExpander() {
@@ -69,8 +69,7 @@ void MacroExpander::expandInText() {
     trace().kept(name == nullptr || name->macro == nullptr ? Observer::Kept::NoMacro : Observer::Kept::Hidden);
     context_.output.write(stream_.text(), stream_.origin());
   } else if (name->macro->functionLike) {
-    // A copy, since the cache's answer holds until its next question only.
-    expandFunctionLikeInText(*name, HideSet(stream_.hideSets().with(stream_.hideSet(), *name)));
+    expandFunctionLikeInText(*name);
   } else if (!kShortcuts || name->isRefreshed) {
     pushObjectLike(*name, HideSet(stream_.hideSets().with(stream_.hideSet(), *name)));
   } else {
@@ -85,7 +84,7 @@ void MacroExpander::expandObjectLikeInText(Name& name) {
     return;
   }
   const TokenStream::Hold hold(stream_);
-  const SpellingRange tokens = replacementOf(name).tokens();
+  const SpellingRange tokens = macros_.replacementOf(name).tokens();
   context_.budget.spendOnExpansion(1 + tokens.size());
   if (stream_.isInFile() && findFinalText(name, names_)) {
     context_.output.write(name.finalText.text());
@@ -98,9 +97,22 @@ void MacroExpander::expandObjectLikeInText(Name& name) {
   }
 }
 
-void MacroExpander::expandFunctionLikeInText(const Name& name, const HideSet& hideSet) {
-  predefined_.refresh(name, *stream_.file());
+bool MacroExpander::expandDirectly(Name& name) {
+  if (!stream_.passInBuffer([this, &name](const char* at) { return direct_.expand(name, at); })) {
+    return false;
+  }
+  context_.output.write(direct_.text());
+  return true;
+}
+
+void MacroExpander::expandFunctionLikeInText(Name& name) {
   const TokenStream::Hold hold(stream_);
+  if (kShortcuts && expandDirectly(name)) {
+    return;
+  }
+  // A copy, since the cache's answer holds until its next question only.
+  const HideSet hideSet(stream_.hideSets().with(stream_.hideSet(), name));
+  predefined_.refresh(name, *stream_.file());
   std::unique_ptr<Substitution> substitution = spareSubstitutions_.take(stream_);
   const Origin origin = stream_.origin();
   substitution->expansion = trace().begin(name);
@@ -124,7 +136,7 @@ void MacroExpander::pushObjectLike(const Name& name, const HideSet& hideSet) {
   const TokenStream::Hold hold(stream_);
   const Origin expansion = trace().begin(name);
   if (!name.isRefreshed) {
-    const SpellingRange tokens = trace().body(replacementOf(name).tokens(), expansion);
+    const SpellingRange tokens = trace().body(macros_.replacementOf(name).tokens(), expansion);
     context_.budget.spendOnExpansion(1 + tokens.size());
     trace().replaced(expansion, tokens);
     stream_.push({tokens, hideSet});
@@ -145,31 +157,11 @@ bool MacroExpander::pushFinalTokens() {
     return false;
   }
   const TokenStream::Hold hold(stream_);
-  const SpellingRange tokens = replacementOf(*name).tokens();
+  const SpellingRange tokens = macros_.replacementOf(*name).tokens();
   context_.budget.spendOnExpansion(1 + tokens.size());
   stream_.get();
   stream_.push({tokens, stream_.hideSets().with(stream_.hideSet(), *name)});
   return true;
-}
-
-// The lexed replacement list of the macro's text as it is now. To be called under a Hold: what is good for one use
-// lives only as long as that, or as the list that is pushed under it.
-const Replacement& MacroExpander::replacementOf(const Name& name) {
-  assert(stream_.isHolding() && name.macro != nullptr);
-  CppMacro& macro = *name.macro;
-  if (macro.replacement != nullptr) {
-    return *macro.replacement;
-  }
-  StoredTextLexer& lexer = stream_.storedTextLexer();
-  auto made = macro.functionLike ? std::make_unique<const Replacement>(macro.text, macro.parameters, names_, lexer)
-                                 : std::make_unique<const Replacement>(macro.text, names_, lexer);
-  const Replacement& replacement = *made;
-  if (made->hasEffects() || name.isRefreshed || !kShortcuts) {
-    stream_.retire(std::move(made));
-  } else {
-    macro.replacement = std::move(made);
-  }
-  return replacement;
 }
 
 // ---- Both sorts of expansions ----
@@ -217,7 +209,7 @@ void MacroExpander::run() {
 // Puts the substitution of an invocation of `name`, whose arguments have been read, on the stack.
 void MacroExpander::beginSubstitution(std::unique_ptr<Substitution> substitution, const Name& name,
                                       const HideSet& hideSet) {
-  substitution->replacement = &replacementOf(name);
+  substitution->replacement = &macros_.replacementOf(name);
   context_.budget.spendOnExpansion(1 + substitution->replacement->tokens().size());
   substitution->step = 0;
   substitution->hideSet = hideSet;
@@ -300,33 +292,10 @@ bool MacroExpander::appendExpanded(Substitution& substitution, std::uint32_t arg
   return expanded != nullptr;
 }
 
-// A string literal of the argument's text. Within literals of the text backslashes are doubled, and every double quote
-// gets one; a quote of either sort that no backslash precedes switches between inside and outside.
 void MacroExpander::stringize(const Arguments& arguments, std::uint32_t argument, std::string& literal) {
-  // Mostly there is no quote and no backslash, and the text stands in the literal as it is.
-  const std::size_t begin = literal.size();
-  literal.push_back('"');
-  arguments.appendText(argument, literal);
-  if (std::none_of(literal.begin() + static_cast<std::ptrdiff_t>(begin) + 1, literal.end(),
-                   [](char character) { return has(kQuotesAndBackslash, character); })) {
-    literal.push_back('"');
-    return;
-  }
-  argumentText_.assign(literal, begin + 1);
-  literal.resize(begin + 1);
-  bool inLiteral = false;
-  char before = '\0';
-  for (const char character : argumentText_) {
-    if (character == '"' || (character == '\\' && inLiteral)) {
-      literal.push_back('\\');
-    }
-    if ((character == '"' || character == '\'') && before != '\\') {
-      inLiteral = !inLiteral;
-    }
-    literal.push_back(character);
-    before = character;
-  }
-  literal.push_back('"');
+  argumentText_.clear();
+  arguments.appendText(argument, argumentText_);
+  appendStringLiteral(argumentText_, literal);
 }
 
 // The texts of the operands from `begin` to before `end` as one element, which never merges with its neighbours.

@@ -34,6 +34,7 @@
 #include "lexer/TokenStream.h"
 #include "macros/Arguments.h"
 #include "macros/CppMacroTable.h"
+#include "macros/DirectExpansion.h"
 #include "macros/ExpansionTrace.h"
 #include "macros/Predefined.h"
 
@@ -67,10 +68,10 @@ class MacroExpander {
   struct ListExpansion;
   enum class Invocation : std::uint8_t { None, Malformed, Complete };  // What stands behind a function-like name.
 
-  void expandFunctionLikeInText(const Name& name, const HideSet& hideSet);
+  bool expandDirectly(Name& name);
+  void expandFunctionLikeInText(Name& name);
   void expandObjectLikeInText(Name& name);
   void pushObjectLike(const Name& name, const HideSet& hideSet);
-  const Replacement& replacementOf(const Name& name);
 
   template <typename Take, typename IsHidden>
   Invocation readInvocation(const CppMacro& macro, Substitution& substitution, Take take, IsHidden isHidden);
@@ -100,7 +101,9 @@ class MacroExpander {
   NameTable& names_;
   TokenStream& stream_;
   MessageSink& messages_;
+  CppMacroTable& macros_;
   PredefinedMacros predefined_;
+  DirectExpansion direct_;
 
   // Under way, innermost last: the two sorts take turns, each waiting for the next.
   std::vector<std::variant<std::unique_ptr<Substitution>, std::unique_ptr<ListExpansion>>> expansions_;

@@ -10,7 +10,11 @@
 
 namespace qnpp {
 
-Replacement::Replacement(std::string_view text, NameTable& names, StoredTextLexer& lexer) { lex(text, names, lexer); }
+Replacement::Replacement(std::string_view text, NameTable& names, StoredTextLexer& lexer) {
+  lex(text, names, lexer);
+  const Step all{Step::Kind::Tokens, 0, static_cast<std::uint32_t>(tokens_.size())};
+  findIsText({&all, 1});
+}
 
 void Replacement::lex(std::string_view text, NameTable& names, StoredTextLexer& lexer) {
   if (kShortcuts && isWordText(text)) {
@@ -205,6 +209,50 @@ Replacement::Replacement(std::string_view text, const std::vector<std::string>& 
   StepBuilder builder(*this, parameters, names);
   builder.build();
   builder.findWantedAgain();
+  if (parameters.size() <= 64) {
+    findIsText(steps_);
+  }
+}
+
+void Replacement::findIsText(std::span<const Step> steps) {
+  const auto isOrdinary = [](const Spelling* token) {
+    return token->kind != TK_NEWLINE && token->kind != TK_CONTINUATION && isWord(token->kind) == isName(token->kind) &&
+           (token->kind != TK_SPACE || token == blankSpelling()) &&
+           (token->kind != TK_OTHER || !has(kQuotesAndBackslash, *token->data));
+  };
+  if (hasEffects_ || !std::all_of(tokens_.begin(), tokens_.end(), isOrdinary)) {
+    return;
+  }
+  std::size_t depth = 0;
+  for (const Step& step : steps) {
+    const Spelling* before = nullptr;
+    switch (step.kind) {
+      case Step::Kind::Tokens:
+        for (const Spelling* const token : tokens().subspan(step.begin, step.end - step.begin)) {
+          if ((token->kind == ')' && depth-- == 0) || (token == blankSpelling() && before == token)) {
+            return;
+          }
+          before = token;
+          depth += token->kind == '(' ? 1U : 0U;
+          hasComma_ = hasComma_ || (token->kind == ',' && depth == 0);
+        }
+        break;
+      case Step::Kind::Expand:
+        expandedArguments_ |= std::uint64_t{1} << step.begin;
+        break;
+      case Step::Kind::Stringize:
+        textArguments_ |= std::uint64_t{1} << step.begin;
+        break;
+      case Step::Kind::Join:
+        for (const Item& item : std::span(operands_).subspan(step.begin, step.end - step.begin)) {
+          textArguments_ |= item.kind == Item::Kind::Token ? 0 : std::uint64_t{1} << item.index;
+        }
+        break;
+      case Step::Kind::Misuse:
+        return;
+    }
+  }
+  isText_ = depth == 0;
 }
 
 }  // namespace qnpp

@@ -1,7 +1,9 @@
 // Replacement lists, ready for use.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -65,6 +67,15 @@ class Replacement {
   /// it.
   bool isFixedText() const { return isFixedText_; }
 
+  /// What a DirectExpansion has to know. Whether all tokens are ordinary ones and white space is single blanks, whether
+  /// parentheses are balanced and no operator is misused;
+  bool isText() const { return isText_; }
+  /// then whether there is a comma outside of parentheses,
+  bool hasComma() const { return hasComma_; }
+  /// and whether an argument is wanted expanded, and as text for a "#" or "##".
+  bool usesExpansionOf(std::size_t argument) const { return (expandedArguments_ >> argument & 1U) != 0; }
+  bool usesTextOf(std::size_t argument) const { return (textArguments_ >> argument & 1U) != 0; }
+
   /// The message of a Misuse step.
   static Message misuse(const Step& step) { return static_cast<Message>(step.begin); }
 
@@ -72,10 +83,15 @@ class Replacement {
   class StepBuilder;
 
   void lex(std::string_view text, NameTable& names, StoredTextLexer& lexer);
+  void findIsText(std::span<const Step> steps);
 
   std::vector<const Spelling*> tokens_;
   bool hasEffects_ = false;
   bool isFixedText_ = false;
+  bool isText_ = false;
+  bool hasComma_ = false;
+  std::uint64_t expandedArguments_ = 0;
+  std::uint64_t textArguments_ = 0;
   std::vector<Step> steps_;
   std::vector<Item> operands_;
   std::string texts_;          // Texts of `own_`.

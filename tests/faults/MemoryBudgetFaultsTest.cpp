@@ -91,8 +91,8 @@ TEST_F(MemoryBudgetFaultsTest, withoutAWordFromTheSystemThereIsNoEnd) {
 
 // ---- The program ----
 
-// A source whose argument is a list that takes some 60 MB, twice what the program may have at first; and a system that
-// has less left than it reserves for others.
+// A source whose argument is a list that takes some 60 MB, twice what the program may have at first: a list of tokens,
+// since the invocation goes over two lines; and a system that has less left than it reserves for others.
 class ProgramsBudgetTest : public MemoryBudgetFaultsTest {
  protected:
   void SetUp() override {
@@ -102,7 +102,7 @@ class ProgramsBudgetTest : public MemoryBudgetFaultsTest {
       const std::string before = " A" + std::to_string(index - 1);
       source += "#define A" + std::to_string(index) + before + before + '\n';
     }
-    folder_.write("input.c", source + "#define f(x) x\nf(A18)\n");
+    folder_.write("input.c", source + "#define f(x) x\nf(A18\n)\n");
     folder_.write("meminfo", "MemTotal: 1048576 kB\nMemAvailable: 50000 kB\n");
   }
 
@@ -134,7 +134,7 @@ TEST_F(ProgramsBudgetTest, endsInOneLineBeforeTheMachineDoes) {
   const Outcome outcome = runWithLittleLeft("");
   EXPECT_EQ(outcome.killedBy, "");
   EXPECT_EQ(outcome.status, "1");
-  EXPECT_EQ(outcome.messages, "input.c:22: FATAL ERROR: out of memory.\n");
+  EXPECT_EQ(outcome.messages, "input.c:23: FATAL ERROR: out of memory.\n");
   EXPECT_TRUE(outcome.output.starts_with("#line 1 \"input.c\"\nfirst\n")) << shortened(outcome.output);
   EXPECT_LT(outcome.output.size(), 1'000U);
 }
@@ -158,7 +158,7 @@ TEST_F(ProgramsBudgetTest, aLimitOfTheUsersStandsInItsPlace) {
   }
   const Outcome outcome = runWith("ulimit -d 20000");
   EXPECT_EQ(outcome.status, "1");
-  EXPECT_EQ(outcome.messages, "input.c:22: FATAL ERROR: out of memory.\n");
+  EXPECT_EQ(outcome.messages, "input.c:23: FATAL ERROR: out of memory.\n");
 }
 
 }  // namespace

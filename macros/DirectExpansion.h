@@ -1,0 +1,110 @@
+// Invocations in text, replaced without tokens.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "lexer/Budget.h"
+#include "lexer/NameTable.h"
+#include "macros/CppMacroTable.h"
+#include "macros/Replacement.h"
+
+namespace qnpp {
+
+/// Replaces an invocation that stands in one line of a file, by building the text that it comes to. For most
+/// invocations tokens, hide sets and rescanning come down to that: every macro's name in the arguments and in the
+/// replacement lists is invoked completely in the argument or the list where it stands, and none within its own
+/// expansion. Then no macro's name is left in the result, and so nothing to be rescanned; and text that has none is the
+/// same whether it is read as tokens or as bytes, as long as no two tokens become one.
+///
+/// Whatever is not sure to be so is given up where it is met, with nothing reported, written or taken:
+///  - a name that stays, or may: because it is hidden, or for want of a "(". An argument may be such a name and nothing
+///    else, as lists of entries have it that take the name of the macro for an entry;
+///  - whatever is to be reported; `__LINE__` and `__FILE__`; `_Pragma`;
+///  - line ends, comments, backslashes and lone quotes;
+///  - texts that meet and would lex as one token, in the argument of another invocation, say;
+///  - arguments of an invocation in a replacement list that hold more or less than single blanks between tokens once
+///    parameters are replaced: they would have to be normalized anew;
+///  - too much work, and nesting too deep for functions that call each other.
+class DirectExpansion {
+ public:
+  /// All are borrowed and outlive the object. The budget pays for what is given up, too.
+  DirectExpansion(CppMacroTable& macros, const NameTable& names, Budget& budget)
+      : macros_(macros), names_(names), budget_(budget) {}
+
+  /// Replaces the invocation of `name`, a function-like macro, whose name ends at `at` in the scanner's buffer. Returns
+  /// the place behind its ")", or null when it has to be replaced token by token. To be called under a Hold of the
+  /// stream.
+  const char* expand(Name& name, const char* at);
+
+  /// What the invocation has come to; valid until the next.
+  std::string_view text() const { return {bytes_.get(), size_}; }
+
+ private:
+  // Bytes from `begin` on.
+  struct Part {
+    std::size_t begin = 0;
+    std::size_t size = 0;
+  };
+  struct Value {
+    Part expanded;
+    Part text;              // Not expanded; set where a "#" or "##" asks for it.
+    Name* macro = nullptr;  // The argument is the name of this function-like macro and nothing else.
+    bool isNormal = true;   // Not empty, and the white space in it is single blanks between two tokens.
+    bool hasComma = false;  // Outside of parentheses.
+  };
+  // Text that is being made, at the end of the bytes: an argument, or a result.
+  struct Making {
+    std::size_t begin;
+    bool isArgument;
+    bool isExpanded = true;
+    bool blankWaits = false;  // In an argument, a blank that is due if anything follows.
+    std::size_t depth = 0;    // Parentheses that are open in an argument,
+    char end = '\0';          // and what has ended it.
+    bool hasMacros = false;
+    Value value = {};
+  };
+  // Where a replacement list is read, and where the arguments begin that stand for its parameters.
+  struct Body;
+
+  void spend(std::size_t work);
+  const Replacement* enter(const Name& name);
+  template <typename Source>
+  bool replaceInvocation(Name& name, Source& source, Making& making);
+  bool replaceObjectLike(Name& name, Making& making);
+  bool appendResult(Name& name, Body& body, Making& result);
+  bool adoptResult(const Making& result, Making& making);
+  template <typename Source>
+  bool readArguments(Source& source, const CppMacro& macro, const Replacement& replacement);
+  bool readArgument(const char*& at, Making& argument);
+  bool readName(const char* word, const char*& at, Name& name, Making& argument);
+  bool readArgument(Body& body, Making& argument);
+  bool appendItems(Body& body, Making& making);
+  bool appendTokens(Body& body, Making& making);
+  bool appendValue(Body& body, const Value& value, Making& making);
+  bool appendLiteral(const Value& value, Making& making);
+  bool appendJoined(const Body& body, Making& making);
+  bool appendBlank(Making& making);
+  bool beginItem(char first, Making& making);
+  bool append(const char* text, std::size_t size);
+  bool append(std::string_view text) { return append(text.data(), text.size()); }
+  bool append(const Part& part);
+  bool makeRoom(std::size_t size);
+
+  CppMacroTable& macros_;
+  const NameTable& names_;
+  Budget& budget_;
+  std::unique_ptr<char[]> bytes_;
+  std::size_t size_ = 0;
+  std::size_t capacity_ = 0;
+  std::vector<Value> values_;  // Arguments of the invocations under way, those of the innermost last.
+  std::size_t depth_ = 0;
+  std::size_t work_ = 0;  // For this invocation.
+  std::string literal_;   // Scratch space.
+};
+
+}  // namespace qnpp

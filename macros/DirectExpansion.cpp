@@ -116,9 +116,19 @@ struct DirectExpansion::Body {
 
 // ---- Bytes ----
 
-// To be called before a token is appended: gives it the blank that waits. False if it may become one with that before.
-inline bool DirectExpansion::beginItem(char first, Making& making) {
-  return making.blankWaits ? appendBlank(making) : size_ == making.begin || !mayMeet(bytes_[size_ - 1], first);
+// Appends one or more tokens, and before them the blank that waits. False where they may become one with what is
+// before.
+inline bool DirectExpansion::appendItem(std::string_view text, Making& making) {
+  if (!appendBlank(making)) {
+    return false;
+  }
+  const std::size_t begin = size_;
+  return append(text) && standsApart(begin, making);
+}
+
+// Whether what has been appended behind `begin` does not become one token with what is before it.
+inline bool DirectExpansion::standsApart(std::size_t begin, const Making& making) const {
+  return begin == making.begin || begin == size_ || !mayMeet(bytes_[begin - 1], bytes_[begin]);
 }
 
 // Appends the blank that waits, if one does.
@@ -127,15 +137,15 @@ inline bool DirectExpansion::appendBlank(Making& making) {
     return true;
   }
   making.blankWaits = false;
-  return append(" ", 1);
+  return append(" ");
 }
 
-inline bool DirectExpansion::append(const char* text, std::size_t size) {
-  if (size > capacity_ - size_ && !makeRoom(size)) {
+inline bool DirectExpansion::append(std::string_view text) {
+  if (text.size() > capacity_ - size_ && !makeRoom(text.size())) {
     return false;
   }
-  copyShort(bytes_.get() + size_, text, size);
-  size_ += size;
+  copyShort(bytes_.get() + size_, text.data(), text.size());
+  size_ += text.size();
   return true;
 }
 
@@ -260,7 +270,7 @@ bool DirectExpansion::adoptResult(const Making& result, Making& making) {
   }
   making.value.isNormal = making.value.isNormal && isNormal;
   making.value.hasComma = making.value.hasComma || result.value.hasComma;
-  return size_ == result.begin || result.begin == making.begin || !mayMeet(text[result.begin - 1], text[result.begin]);
+  return standsApart(result.begin, making);
 }
 
 // ---- Arguments ----
@@ -309,7 +319,7 @@ bool DirectExpansion::readArgument(const char*& at, Making& argument) {
   at = passBlanks(at);
   const char* run = at;  // What has not been appended.
   const auto appendRun = [this, &run, &argument](const char* end) {
-    return end == run || (beginItem(*run, argument) && append(run, static_cast<std::size_t>(end - run)));
+    return end == run || appendItem({run, static_cast<std::size_t>(end - run)}, argument);
   };
   for (;;) {
     switch (kByteClasses[static_cast<unsigned char>(*at)]) {
@@ -394,7 +404,7 @@ bool DirectExpansion::readName(const char* word, const char*& at, Name& name, Ma
   const char* const behind = passBlanks(at);
   if (*behind != '(') {
     argument.value.macro = &name;
-    return size_ == argument.begin && append(word, static_cast<std::size_t>(at - word));
+    return size_ == argument.begin && append({word, static_cast<std::size_t>(at - word)});
   }
   at = behind + 1;
   argument.hasMacros = true;
@@ -446,10 +456,10 @@ bool DirectExpansion::appendTokens(Body& body, Making& making) {
   const std::size_t step = body.step;
   const SpellingRange tokens =
       body.replacement.tokens().subspan(body.steps[step].begin, body.steps[step].end - body.steps[step].begin);
-  const bool isWaitingForBlank = making.blankWaits;
-  if (!isWaitingForBlank && size_ != making.begin && body.token != tokens.size() &&
+  // Of these tokens no two become one, since they have been lexed as they stand here.
+  if (!making.blankWaits && size_ != making.begin && body.token != tokens.size() &&
       mayMeet(bytes_[size_ - 1], *tokens[body.token]->data)) {
-    return false;  // Of the tokens of a step no two become one: so they stand in the list.
+    return false;
   }
   const Spelling* const* at = tokens.data() + body.token;
   const Spelling* const* const end = tokens.data() + tokens.size();
@@ -517,14 +527,18 @@ bool DirectExpansion::appendValue(Body& body, const Value& value, Making& making
   making.value.isNormal = making.value.isNormal && value.isNormal;
   making.value.hasComma = making.value.hasComma || value.hasComma;
   spend(1 + value.expanded.size / kBytesLikeAToken);
-  return value.expanded.size == 0 || (beginItem(bytes_[value.expanded.begin], making) && append(value.expanded));
+  if (!appendBlank(making)) {
+    return false;
+  }
+  const std::size_t begin = size_;
+  return append(value.expanded) && standsApart(begin, making);
 }
 
 bool DirectExpansion::appendLiteral(const Value& value, Making& making) {
   literal_.clear();
   appendStringLiteral({bytes_.get() + value.text.begin, value.text.size}, literal_);
   spend(1 + literal_.size() / kBytesLikeAToken);
-  return beginItem('"', making) && append(literal_);
+  return appendItem(literal_, making);
 }
 
 // The operands of a "##" as one text, if it is a word without a macro's name.
@@ -548,7 +562,7 @@ bool DirectExpansion::appendJoined(const Body& body, Making& making) {
   const char* word = bytes_.get() + begin;
   const char* const end = bytes_.get() + size_;
   return size_ != begin && std::all_of(word, end, isWordByte) && findMacroName(names_, word, end) == nullptr &&
-         (begin == making.begin || !mayMeet(bytes_[begin - 1], bytes_[begin]));
+         standsApart(begin, making);
 }
 
 }  // namespace qnpp

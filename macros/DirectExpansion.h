@@ -89,9 +89,9 @@ class DirectExpansion {
   bool appendLiteral(const Value& value, Making& making);
   bool appendJoined(const Body& body, Making& making);
   bool appendBlank(Making& making);
-  bool beginItem(char first, Making& making);
-  bool append(const char* text, std::size_t size);
-  bool append(std::string_view text) { return append(text.data(), text.size()); }
+  bool appendItem(std::string_view text, Making& making);
+  bool standsApart(std::size_t begin, const Making& making) const;
+  bool append(std::string_view text);
   bool append(const Part& part);
   bool makeRoom(std::size_t size);
 

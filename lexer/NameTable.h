@@ -40,10 +40,10 @@ struct Name {
   HideSet alone;              ///< The set of this name only, once it has been asked for (see HideSetCache).
   mutable HideSet::Link* link = nullptr;  ///< What it has come with into a set that is kept as a line, see HideSet.cpp.
   std::uint32_t id = 0;                   ///< Position in the order of appearance, from 0.
-  std::uint32_t priority = 0;  ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
-  FinalText finalText;         ///< Of the macro.
-  bool wasMacro = false;       ///< There is a definition, or has been.
-  bool isRefreshed = false;    ///< The text of the macro changes at each use, see PredefinedMacros.
+  std::uint32_t priority = 0;    ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
+  FinalText finalText;           ///< Of the macro.
+  bool wasMacro = false;         ///< There is a definition, or has been.
+  bool isRefreshed = false;      ///< The text of the macro changes at each use, see PredefinedMacros.
   bool isBeingReplaced = false;  ///< See DirectExpansion.
 
   std::string_view text() const { return spelling.text(); }

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Other people's text: the C and C++ headers of this machine and every file of this repository go through the program.
+"""Other people's text: files of this repository and the C and C++ headers of this machine go through the program.
 
-    foreign_text_test.py --program PATH [--headers N] [--jobs N] [--seed N] [--only FILE]... [--time-limit S]
+    foreign_text_test.py --program PATH [--texts N] [--jobs N] [--seed N] [--only FILE]... [--time-limit S]
 
 Whatever they hold, the program must end by itself, in time, with status 0 or 1; and lines with marks that are put in
-between (see safe_places.py) must stand in the output under their own file and line. Which N of the headers are taken comes
-from the seed; without --headers it is all of them. For a program built with sanitizers give more time: their findings
-count as failures.
+between (see safe_places.py) must stand in the output under their own file and line. N of the files and N of the headers
+are taken, which ones comes from the seed; without --texts it is all of them. For a program built with sanitizers give more
+time: their findings count as failures.
 
 A mark of the output is not looked at in two cases, which line_truth.py explains: between a _Pragma and the next line
 directive, and behind white space with a continuation at the start of a text line.
@@ -130,12 +130,15 @@ def check(job):
     return result
 
 
+def sample(files, options):
+    random.Random(options.seed).shuffle(files)
+    return files[:options.texts]
+
+
 def jobs_of(options):
     """Every file twice, without and with folders to find headers in."""
-    headers = list(files_below(HEADER_FOLDER))
-    random.Random(options.seed).shuffle(headers)
+    files = options.only or sample(repository_files(), options) + sample(list(files_below(HEADER_FOLDER)), options)
     search = search_words()
-    files = options.only or repository_files() + headers[:options.headers]
     return [(path, words, options.seed) for path in files for words in ([], search)]
 
 
@@ -143,7 +146,7 @@ def main():
     global OPTIONS
     parser = argparse.ArgumentParser(description="Runs the program on the headers of this machine.")
     parser.add_argument("--program", required=True)
-    parser.add_argument("--headers", type=int, help="so many of the machine's, instead of all")
+    parser.add_argument("--texts", type=int, help="so many files of either sort, instead of all")
     parser.add_argument("--time-limit", type=int, default=5, help="seconds of processor time for one file")
     parser.add_argument("--jobs", type=int, default=1)
     parser.add_argument("--seed", type=int, default=1)

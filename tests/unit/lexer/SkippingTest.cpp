@@ -107,7 +107,7 @@ std::string writeText(Reading& reading, Take take) {
 
 TEST(SkippingTest, CopiedTextIsTheTextOfItsTokens) {
   std::mt19937 random(4711);
-  for (int round = 0; round < 30000; ++round) {
+  for (int round = 0; round < 10000; ++round) {
     const std::string text = makeText(random);
     Reading byTokens(text, text.size() + 1);
     Reading copied(text, 1 + random() % 40);
@@ -119,7 +119,7 @@ TEST(SkippingTest, CopiedTextIsTheTextOfItsTokens) {
 // Looking ahead, taking and copying in any order.
 TEST(SkippingTest, CopyingMayBeginAnywhere) {
   std::mt19937 random(4712);
-  for (int round = 0; round < 15000; ++round) {
+  for (int round = 0; round < 5000; ++round) {
     const std::string text = makeText(random);
     Reading byTokens(text, text.size() + 1);
     Reading copied(text, 1 + random() % 40);
@@ -183,7 +183,7 @@ TEST(SkippingTest, BlanksArePassedOverInTheMiddleOfALine) {
 
 TEST(SkippingTest, ASkippedLineIsGoneWithItsTokens) {
   std::mt19937 random(4713);
-  for (int round = 0; round < 30000; ++round) {
+  for (int round = 0; round < 10000; ++round) {
     const std::string text = makeText(random);
     Reading byTokens(text, text.size() + 1);
     Reading skipped(text, 1 + random() % 40);
@@ -259,7 +259,7 @@ std::string skipGroup(Reading& reading, bool areNested, PassPlainLines passPlain
 
 TEST(SkippingTest, WholeLinesLeaveEmptyLines) {
   std::mt19937 random(4714);
-  for (int round = 0; round < 60000; ++round) {
+  for (int round = 0; round < 20000; ++round) {
     const std::string text = makeText(random);
     const bool areNested = round % 2 == 0;
     Reading byTokens(text, text.size() + 1);

@@ -4,6 +4,7 @@
 #include <array>
 #include <cassert>
 #include <cstring>
+#include <new>
 #include <span>
 
 #include "lexer/ByteSet.h"
@@ -14,12 +15,14 @@
 namespace qnpp {
 namespace {
 
-constexpr std::size_t kDeepest = 100;
-constexpr std::size_t kMostWork = std::size_t{1} << 24;
-constexpr std::size_t kBytesLikeAToken = 16;
-constexpr std::size_t kMostText = std::size_t{1} << 25;
-constexpr std::size_t kTextToKeep = std::size_t{1} << 20;
+constexpr std::size_t kDeepest = 40;
+constexpr std::size_t kMostWork = std::size_t{1} << 21;
+constexpr std::size_t kLeastWork = std::size_t{1} << 10;
+constexpr std::size_t kBytesLikeAToken = 8;
+constexpr std::size_t kMostText = std::size_t{1} << 21;
 constexpr std::size_t kSlack = 4;  // Bytes behind a word that may be read.
+
+constexpr ByteSet kQuoteAndBackslash = bytesOf("\"\\");
 
 // What a byte of an argument is.
 enum class ByteClass : std::uint8_t { Other, Word, Blank, Parenthesis, Comma, Quote, Slash, Unsure };
@@ -75,6 +78,21 @@ bool mayMeet(char last, char first) {
   const unsigned ways =
       kMergingWays.ofLast[static_cast<unsigned char>(last)] & kMergingWays.ofFirst[static_cast<unsigned char>(first)];
   return (ways & (MergingWays::kWord | MergingWays::kComment)) != 0;
+}
+
+// Whether what "#" has made is a string to the lexer, which knows two escapes. Where an apostrophe stands in a string
+// of the argument, backslashes may be left that are none.
+bool isOneString(std::string_view literal) {
+  if (literal.find('\\') == std::string_view::npos) {
+    return true;
+  }
+  std::size_t at = 1;
+  for (; at + 1 < literal.size(); ++at) {
+    if (literal[at] == '"' || (literal[at] == '\\' && !has(kQuoteAndBackslash, literal[++at]))) {
+      return false;
+    }
+  }
+  return at + 1 == literal.size();
 }
 
 bool mayHoldComment(std::string_view text) {
@@ -159,11 +177,14 @@ inline bool DirectExpansion::append(const Part& part) {
 }
 
 bool DirectExpansion::makeRoom(std::size_t size) {
-  if (size > kMostText || size_ > kMostText) {
+  if (size_ + size > kMostText) {
     return false;
   }
   const std::size_t capacity = std::max<std::size_t>(4096, 2 * (size_ + size));
-  auto bytes = std::make_unique_for_overwrite<char[]>(capacity + kSlack);
+  std::unique_ptr<char[]> bytes(new (std::nothrow) char[capacity + kSlack]);
+  if (bytes == nullptr) {
+    return false;
+  }
   if (size_ > 0) {
     std::memcpy(bytes.get(), bytes_.get(), size_);
   }
@@ -174,31 +195,33 @@ bool DirectExpansion::makeRoom(std::size_t size) {
 
 // ---- Replacing ----
 
+DirectExpansion::DirectExpansion(CppMacroTable& macros, const NameTable& names, Budget& budget)
+    : macros_(macros), names_(names), budget_(budget), mostWork_(kMostWork) {}
+
 const char* DirectExpansion::expand(Name& name, const char* at) {
   at = passBlanks(at);
   if (*at++ != '(') {
     return nullptr;
-  }
-  if (capacity_ > kTextToKeep) {
-    bytes_.reset();
-    capacity_ = 0;
   }
   size_ = 0;
   values_.clear();
   depth_ = 0;
   work_ = 0;
   Making result{.begin = 0, .isArgument = false};
-  return replaceInvocation(name, at, result) ? at : nullptr;
+  if (!replaceInvocation(name, at, result)) {
+    mostWork_ -= std::min(work_, mostWork_ - kLeastWork);
+    return nullptr;
+  }
+  mostWork_ = std::min(kMostWork, mostWork_ + work_);
+  budget_.spendOnExpansion(work_);
+  return at;
 }
 
-void DirectExpansion::spend(std::size_t work) {
-  work_ += work;
-  budget_.spendOnExpansion(work);
-}
+void DirectExpansion::spendOnText(std::size_t size) { work_ += 1 + size / kBytesLikeAToken; }
 
 // The replacement list of the macro `name`, if it may be used here.
 const Replacement* DirectExpansion::enter(const Name& name) {
-  if (name.isBeingReplaced || name.isRefreshed || depth_ == kDeepest || work_ > kMostWork) {
+  if (name.isBeingReplaced || name.isRefreshed || depth_ == kDeepest || work_ > mostWork_) {
     return nullptr;
   }
   const CppMacro& macro = *name.macro;
@@ -207,7 +230,7 @@ const Replacement* DirectExpansion::enter(const Name& name) {
   }
   const Replacement& replacement = macros_.replacementOf(name);
   ++depth_;
-  spend(1 + replacement.tokens().size());
+  work_ += 1 + replacement.tokens().size();
   return replacement.isText() ? &replacement : nullptr;
 }
 
@@ -230,9 +253,11 @@ bool DirectExpansion::replaceInvocation(Name& name, Source& source, Making& maki
     return false;
   }
   values_.resize(firstValue);
-  // The arguments go.
-  std::memmove(bytes_.get() + begin, bytes_.get() + resultBegin, size_ - resultBegin);
-  size_ -= resultBegin - begin;
+  if (begin != resultBegin) {  // The arguments go.
+    spendOnText(size_ - resultBegin);
+    std::memmove(bytes_.get() + begin, bytes_.get() + resultBegin, size_ - resultBegin);
+    size_ -= resultBegin - begin;
+  }
   result.begin = begin;
   return adoptResult(result, making);
 }
@@ -526,7 +551,7 @@ bool DirectExpansion::appendValue(Body& body, const Value& value, Making& making
   }
   making.value.isNormal = making.value.isNormal && value.isNormal;
   making.value.hasComma = making.value.hasComma || value.hasComma;
-  spend(1 + value.expanded.size / kBytesLikeAToken);
+  spendOnText(value.expanded.size);
   if (!appendBlank(making)) {
     return false;
   }
@@ -537,8 +562,8 @@ bool DirectExpansion::appendValue(Body& body, const Value& value, Making& making
 bool DirectExpansion::appendLiteral(const Value& value, Making& making) {
   literal_.clear();
   appendStringLiteral({bytes_.get() + value.text.begin, value.text.size}, literal_);
-  spend(1 + literal_.size() / kBytesLikeAToken);
-  return appendItem(literal_, making);
+  spendOnText(literal_.size());
+  return isOneString(literal_) && appendItem(literal_, making);
 }
 
 // The operands of a "##" as one text, if it is a word without a macro's name.
@@ -558,7 +583,7 @@ bool DirectExpansion::appendJoined(const Body& body, Making& making) {
       return false;
     }
   }
-  spend(1 + (size_ - begin) / kBytesLikeAToken);
+  spendOnText(size_ - begin);
   const char* word = bytes_.get() + begin;
   const char* const end = bytes_.get() + size_;
   return size_ != begin && std::all_of(word, end, isWordByte) && findMacroName(names_, word, end) == nullptr &&

@@ -32,9 +32,8 @@ namespace qnpp {
 ///  - too much work, and nesting too deep for functions that call each other.
 class DirectExpansion {
  public:
-  /// All are borrowed and outlive the object. The budget pays for what is given up, too.
-  DirectExpansion(CppMacroTable& macros, const NameTable& names, Budget& budget)
-      : macros_(macros), names_(names), budget_(budget) {}
+  /// All are borrowed and outlive the object.
+  DirectExpansion(CppMacroTable& macros, const NameTable& names, Budget& budget);
 
   /// Replaces the invocation of `name`, a function-like macro, whose name ends at `at` in the scanner's buffer. Returns
   /// the place behind its ")", or null when it has to be replaced token by token. To be called under a Hold of the
@@ -71,7 +70,7 @@ class DirectExpansion {
   // Where a replacement list is read, and where the arguments begin that stand for its parameters.
   struct Body;
 
-  void spend(std::size_t work);
+  void spendOnText(std::size_t size);
   const Replacement* enter(const Name& name);
   template <typename Source>
   bool replaceInvocation(Name& name, Source& source, Making& making);
@@ -103,8 +102,11 @@ class DirectExpansion {
   std::size_t capacity_ = 0;
   std::vector<Value> values_;  // Arguments of the invocations under way, those of the innermost last.
   std::size_t depth_ = 0;
-  std::size_t work_ = 0;  // For this invocation.
-  std::string literal_;   // Scratch space.
+  std::size_t work_ = 0;  // For this invocation: tokens, or what compares to them;
+  // and the most that may be done. Work that is given up takes away from it, and work that is of use gives that back:
+  // so a source that is made to defeat all this cannot have much of it done in vain.
+  std::size_t mostWork_;
+  std::string literal_;  // Scratch space.
 };
 
 }  // namespace qnpp

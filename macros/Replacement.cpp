@@ -217,6 +217,7 @@ Replacement::Replacement(std::string_view text, const std::vector<std::string>& 
 void Replacement::findIsText(std::span<const Step> steps) {
   const auto isOrdinary = [](const Spelling* token) {
     return token->kind != TK_NEWLINE && token->kind != TK_CONTINUATION && isWord(token->kind) == isName(token->kind) &&
+           (token->name == nullptr || !token->name->isRefreshed) &&
            (token->kind != TK_SPACE || token == blankSpelling()) &&
            (token->kind != TK_OTHER || !has(kQuotesAndBackslash, *token->data));
   };

@@ -57,6 +57,7 @@ TEST(DirectExpansionTest, ArgumentsStandForParameters) {
       {{"F(x) [x]"}, "F( a\t+  b ) c", "[a + b]| c"},
       {{"F() f"}, "F()", "f|"},
       {{"F() f"}, "F( )", "f|"},
+      {{"F()"}, "F()", "|"},
       {{"F(x,y) y x"}, "F(a,b)", "b a|"},
       {{"F(x,y) y x"}, "F((a,b),c)", "c (a,b)|"},
       {{"F(x,y) <y x>"}, "F(,b)", "<b >|"},
@@ -86,6 +87,7 @@ TEST(DirectExpansionTest, TheTextOfAnArgumentIsNotExpanded) {
       {{"F(x) #x"}, "F(,)", "\"\"|"},
       {{"F(x,y) x##y##_t y", "A 1"}, "F(a,A)", "aA_t 1|"},
       {{"F(x) #x"}, "F(F)", "\"F\"|"},
+      {{"F(x) G(\"\\\\\")", "G(x) #x"}, "F(1)", "\"\\\"\\\\\\\\\\\"\"|"},
       {{"F(x) #x"}, "F(F(F))", "\"F(F)\"|"},
       {{"F(x) G(x, A)", "G(x,y) #x y##1 x", "A 2"}, "F(A + 1)", "\"2 + 1\" A1 2 + 1|"},
       {{"F(x) G(A(x) )", "G(x) #x x", "A(x) [x]"}, "F(1)", "\"A(1)\" [1]|"},
@@ -225,10 +227,29 @@ TEST(DirectExpansionTest, TextsOfTheCommandLineAreTakenAsTheyAre) {
   EXPECT_EQ(setting.expand("F(defined)"), "no");
 }
 
+// With an apostrophe in a string of the argument the rule for backslashes goes wrong, and what comes out is no string:
+// the "n" stands alone in it.
+TEST(DirectExpansionTest, ABrokenStringIsGivenUp) {
+  expectDirect({
+      {{"F(x) G(\"'\" '\\n')", "G(x) #x", "n 5"}, "F(1)", "no"},
+      {{"F(x) G('\\n')", "G(x) #x", "n 5"}, "F(1)", "\"'\\\\n'\"|"},
+  });
+}
+
+TEST(DirectExpansionTest, WhatChangesAtEachUseIsGivenUp) {
+  expectDirect({
+      {{"F(x) x __LINE__"}, "F(a)", "a __LINE__|"},  // Here nobody has defined it.
+  });
+  DirectSetting setting({"F(x) x", "G(x) x __LINE__", "__LINE__ 1"});
+  setting.streams.names.find("__LINE__")->isRefreshed = true;
+  EXPECT_EQ(setting.expand("F(__LINE__)"), "no");
+  EXPECT_EQ(setting.expand("G(1)"), "no");
+}
+
 // Functions that call each other nest as deep as invocations; and doubled thirty times a word would fill the memory.
 TEST(DirectExpansionTest, DepthAndSizeAreLimited) {
   DirectSetting setting({"F(x) (x)", "A0(x) x", "B0(x) x"});
-  EXPECT_EQ(setting.expand(repeat(90, "F(") + "1" + repeat(90, ")")), repeat(90, "(") + "1" + repeat(90, ")") + "|");
+  EXPECT_EQ(setting.expand(repeat(39, "F(") + "1" + repeat(39, ")")), repeat(39, "(") + "1" + repeat(39, ")") + "|");
   EXPECT_EQ(setting.expand(repeat(5000, "F(") + "1" + repeat(5000, ")")), "no");
   for (int level = 1; level < 30; ++level) {
     const std::string below = std::to_string(level - 1);
@@ -239,6 +260,22 @@ TEST(DirectExpansionTest, DepthAndSizeAreLimited) {
   EXPECT_EQ(setting.expand("A29(a)"), "no");
   EXPECT_EQ(setting.expand("B2(a)"), "a a a a|");
   EXPECT_EQ(setting.expand("B29(a)"), "no");
+}
+
+// A source that has much work given up has little done in vain: only what is of use lets more be done.
+TEST(DirectExpansionTest, WorkThatIsGivenUpHasToBeEarned) {
+  DirectSetting setting({"A0(x) x"});
+  for (int level = 1; level < 30; ++level) {
+    const std::string below = std::to_string(level - 1);
+    setting.define("A" + std::to_string(level) + "(x) A" + below + "(x) A" + below + "(x)");
+  }
+  EXPECT_NE(setting.expand("A9(a)"), "no");
+  EXPECT_EQ(setting.expand("A29(a)"), "no");
+  EXPECT_EQ(setting.expand("A9(a)"), "no");
+  for (int use = 0; use < 400; ++use) {
+    EXPECT_EQ(setting.expand("A2(a)"), "a a a a|");
+  }
+  EXPECT_NE(setting.expand("A9(a)"), "no");
 }
 
 }  // namespace

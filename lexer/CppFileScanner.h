@@ -65,16 +65,21 @@ class CppFileScanner final : public CppScanner {
   /// The name table's entry for the current token, if that is a name with one; null otherwise.
   Name* name() const { return name_; }
 
-  /// Text of the token that has been looked at.
-  std::string_view nextText() const { return lexer_->text(); }
-
   /// Passes over empty lines, and over leading space or the beginning of a directive, see CppLexer::passLineStart;
   /// TK_END where no directive is known to follow. At the start of a line, or behind a directive, like
   /// `skipWholeLines`.
   CppTokenKind passLineStart(std::string& leadingSpace);
   /// Whether the rest of the line may be read as it stands, see CppLexer::isRestPlain. Only in the middle of a line.
-  bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
-    return canPass() && lexer_->isRestPlain(accepts);
+  bool isRestPlain() { return canPass() && lexer_->isRestPlain(); }
+
+  /// The same as that of the lexer; false where nothing was passed. Only in the middle of a line.
+  template <typename Read>
+  bool readPlainLine(PlainLine::TextOf textOf, Read read) {
+    if (!canPass() || !lexer_->readPlainLine(textOf, read)) {
+      return false;
+    }
+    atLineStart_ = true;
+    return true;
   }
 
   /// Passes over blanks in the middle of a line, which become the current token; perhaps not over all. Returns whether

@@ -24,6 +24,7 @@
 #include "lexer/NameTable.h"
 #include "lexer/NestedConditionals.h"
 #include "lexer/OutputBuffer.h"
+#include "lexer/PlainLine.h"
 
 namespace qnpp {
 
@@ -127,9 +128,23 @@ class CppLexer final : public yyCppFlexLexer {
   CppTokenKind passLineStart(std::string& leadingSpace);
 
   /// Whether the rest of the line means what stands there and nothing else: all of it is in the buffer, without
-  /// comments and continued line ends, and ends in "\n"; and `accepts` holds for each macro whose name may be in it,
-  /// but for those behind `defined`.
-  bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names));
+  /// comments, continued line ends and macros, and ends in "\n".
+  bool isRestPlain();
+
+  /// Lets `read` read the rest of the line as a PlainLine, and passes over it with its line end if `read` says that
+  /// this was all; otherwise returns false, with nothing passed. Only in the middle of a line.
+  template <typename Read>
+  bool readPlainLine(PlainLine::TextOf textOf, Read read) {
+    char* const begin = beginScan();
+    PlainLine line(begin, context_.names, textOf);
+    const bool isRead = read(line) && line.behindEnd() != nullptr;
+    yytext = begin;
+    if (isRead) {
+      countLine();
+    }
+    endScan(isRead ? begin + (line.behindEnd() - begin) : begin);
+    return isRead;
+  }
 
   /// Passes over the name behind `#define` or `#undef` as if its tokens had been asked for, and the parameters as well
   /// if `head` wants them. Returns false, with nothing passed, unless there is no fault in them, nothing but blanks is
@@ -228,7 +243,7 @@ class CppLexer final : public yyCppFlexLexer {
 
   CppTokenKind passDirectiveWord(char*& at, char* word);
   void passBlanksInBuffer();
-  bool isPlainUpToLineEnd(const char* at, bool (*accepts)(Name& name, const NameTable& names)) const;
+  bool isPlainUpToLineEnd(const char* at) const;
 
   // Parts of copyText; see TextCopy.
   class TextCopy;

@@ -140,7 +140,7 @@ class CppPreprocessor {
   ConditionalStack conditionals_;
   ExpressionEvaluator evaluator_;
   IncludeSearch includes_;
-  GuardedFiles guardedFiles_;
+  GuardedFiles guardedFiles_{names_, lexerContext_.budget};
   FoundFile found_;           // By the search of an `#include`.
   TokenList operand_;         // Of the directive being carried out.
   std::string leadingSpace_;  // Of the line being read.

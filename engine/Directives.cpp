@@ -83,27 +83,34 @@ void CppPreprocessor::handleIfdef(bool wantDefined) {
   if (!openConditional()) {
     return;
   }
-  stream_.skipBlanks();
-  if (!isName(stream_.peek())) {
-    reportError(wantDefined ? Message::NameExpectedAfterIfdef : Message::NameExpectedAfterIfndef);
-    stream_.discardLine();
-    conditionals_.setGroup(false);
-    return;
-  }
-  stream_.get();
-  const Name* const name = stream_.name();
-  const bool isDefined = name != nullptr && name->macro != nullptr;
-  observe([&](Observer& observer) { observer.askedFor(stream_.text(), isDefined); });
-  conditionals_.setGroup(isDefined == wantDefined);
-  if (isDefined && !wantDefined) {
-    guardedFiles_.seeGuard(*name);
-  }
-  stream_.skipBlanks();
-  if (stream_.peek() == TK_NEWLINE) {
+  std::string_view word;
+  if (!stream_.readMacroName(word)) {
+    stream_.skipBlanks();
+    if (!isName(stream_.peek())) {
+      reportError(wantDefined ? Message::NameExpectedAfterIfdef : Message::NameExpectedAfterIfndef);
+      stream_.discardLine();
+      conditionals_.setGroup(false);
+      return;
+    }
     stream_.get();
-  } else if (stream_.peek() != TK_END) {
-    // What is left is the next line of the run loop: written when the group is taken.
-    reportError(Message::LeftOverTokens);
+    word = stream_.text();
+  }
+  const bool isGuard = guardedFiles_.isAtGuard();
+  const Name* const name = isGuard ? names_.intern(word) : names_.find(word);
+  const bool isDefined = name != nullptr && name->macro != nullptr;
+  observe([&](Observer& observer) { observer.askedFor(word, isDefined); });
+  conditionals_.setGroup(isDefined == wantDefined);
+  if (!stream_.passLineEnd()) {
+    stream_.skipBlanks();
+    if (stream_.peek() == TK_NEWLINE) {
+      stream_.get();
+    } else if (stream_.peek() != TK_END) {
+      // What is left is the next line of the run loop: written when the group is taken.
+      reportError(Message::LeftOverTokens);
+    }
+  }
+  if (isGuard) {
+    guardedFiles_.seeGuard(*name, isDefined, traces(), stream_.isInFile() ? stream_.file() : nullptr);
   }
 }
 

@@ -33,6 +33,7 @@ class CppFileScanner final : public CppScanner {
 
   /// To be told the stamp that the file had when it was opened, if it has one.
   void setStamp(const std::optional<FileStamp>& stamp) { stamp_ = stamp; }
+  bool hasStamp() const { return stamp_.has_value(); }
   /// The stamp of the file if it is surely that of the bytes read, all of them; to be asked at the end of the input.
   std::optional<FileStamp> stamp() const {
     return stamp_ && stamp_->size == lexer_->bytesRead() ? stamp_ : std::nullopt;
@@ -54,6 +55,13 @@ class CppFileScanner final : public CppScanner {
 
   /// How many bytes of the file have been read as tokens, one that has been looked at included.
   std::uint64_t offset() const { return lexer_->endOffset(); }
+
+  /// What has been read from `from`, an offset, and one byte behind it, see CppLexer::withTextFrom. Nothing may have
+  /// been looked at.
+  template <typename Use>
+  auto withTextFrom(std::uint64_t from, Use use) {
+    return lexer_->withTextFrom(from, use);
+  }
 
   CppTokenKind peek() override;
   CppTokenKind get() override;

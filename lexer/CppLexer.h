@@ -92,6 +92,18 @@ class CppLexer final : public yyCppFlexLexer {
   /// How much of the input it and the tokens before it are.
   std::uint64_t endOffset() const { return offsetOf(yytext) + static_cast<std::uint64_t>(yyleng); }
 
+  /// Calls `use` with the input from `from`, an offset, up to one byte behind the token handed out last; with an empty
+  /// text if not all of that is in the buffer. Valid during the call.
+  template <typename Use>
+  auto withTextFrom(std::uint64_t from, Use use) {
+    char* const at = beginScan();
+    const std::uint64_t size = offsetOf(at) - from;
+    const bool isThere = size <= static_cast<std::uint64_t>(at - bufferBegin()) && !atBufferEnd(at);
+    const auto used = use(isThere ? std::string_view(at - size, size + 1) : std::string_view());
+    endScan(at);
+    return used;
+  }
+
   /// How much of the input has been read into the buffer.
   std::uint64_t bytesRead() const { return bytesRead_; }
 
@@ -212,10 +224,11 @@ class CppLexer final : public yyCppFlexLexer {
   }
   // True for the NUL behind the last byte that is in the buffer, as against a NUL of the input.
   bool atBufferEnd(const char* at) const { return at == bufferEnd(); }
-  // In CppLexer.l, where the buffer's type is known: the place of that NUL; and getting more input behind `at`, which
-  // has to be that place. Everything from `yytext` on is kept, and `at` and `yytext` move with it. False: no more
-  // input.
+  // In CppLexer.l, where the buffer's type is known: the place of that NUL; where the buffer begins; and getting more
+  // input behind `at`, which has to be that place. Everything from `yytext` on is kept, and `at` and `yytext` move with
+  // it. False: no more input.
   char* bufferEnd() const;
+  char* bufferBegin() const;
   bool refill(char*& at);
   // Forgets the bytes before `at`, then refills.
   bool refillFrom(char*& at) {

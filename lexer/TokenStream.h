@@ -152,9 +152,10 @@ class TokenStream {
   bool passInBuffer(Pass pass) {
     return isInFile_ && fileSource().passInBuffer(pass);
   }
+  bool passLineEnd() { return isInFile_ && fileSource().passLineEnd(); }
   /// Passes over blanks and one more token, normally a line end.
   void takeLineEnd() {
-    if (!isInFile_ || !fileSource().passLineEnd()) {
+    if (!passLineEnd()) {
       skipBlanks();
       get();
     }

@@ -12,9 +12,11 @@
 // own, so nesting is limited by memory alone.
 #include "directives/ExpressionEvaluator.h"
 
-#include <charconv>
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <system_error>
+#include <initializer_list>
+#include <string_view>
 
 #include "directives/CharacterLiteral.h"
 #include "directives/Operand.h"
@@ -22,41 +24,30 @@
 namespace qnpp {
 namespace {
 
-// Binding strength of a binary operator; 0 for any other token.
-int precedenceOf(CppTokenKind kind) {
-  switch (kind) {
-    case TK_OROR:
-      return 1;
-    case TK_ANDAND:
-      return 2;
-    case '|':
-      return 3;
-    case '^':
-      return 4;
-    case '&':
-      return 5;
-    case TK_EQ:
-    case TK_NE:
-      return 6;
-    case '<':
-    case '>':
-    case TK_LE:
-    case TK_GE:
-      return 7;
-    case TK_SHL:
-    case TK_SHR:
-      return 8;
-    case '+':
-    case '-':
-      return 9;
-    case '*':
-    case '/':
-    case '%':
-      return 10;
-    default:
-      return 0;
-  }
-}
+// Binding strength of the binary operators; 0 for any other token.
+constexpr auto kPrecedences = [] {
+  std::array<std::uint8_t, TK_PRAGMA_OP + 1> precedences{};
+  std::uint8_t precedence = 0;
+  const auto addTighter = [&](std::initializer_list<CppTokenKind> operators) {
+    ++precedence;
+    for (const CppTokenKind op : operators) {
+      precedences[static_cast<std::size_t>(op)] = precedence;
+    }
+  };
+  addTighter({TK_OROR});
+  addTighter({TK_ANDAND});
+  addTighter({'|'});
+  addTighter({'^'});
+  addTighter({'&'});
+  addTighter({TK_EQ, TK_NE});
+  addTighter({'<', '>', TK_LE, TK_GE});
+  addTighter({TK_SHL, TK_SHR});
+  addTighter({'+', '-'});
+  addTighter({'*', '/', '%'});
+  return precedences;
+}();
+
+int precedenceOf(CppTokenKind kind) { return kPrecedences[static_cast<std::size_t>(kind)]; }
 
 bool isUnaryOperator(CppTokenKind kind) { return kind == '!' || kind == '~' || kind == '-' || kind == '+'; }
 
@@ -83,12 +74,13 @@ int compare(CppExprValue a, CppExprValue b) {
   return (a.value > b.value) - (a.value < b.value);
 }
 
-std::uint32_t divide(CppTokenKind op, CppExprValue a, CppExprValue b) {
+bool canDivide(CppExprValue a, CppExprValue b) {
   const bool isSigned = a.isSigned && b.isSigned;
-  if (b.value == 0 || (isSigned && a.value == 0x80000000U && b.value == 0xFFFFFFFFU)) {
-    throw DivisionByZero();
-  }
-  if (isSigned) {
+  return b.value != 0 && !(isSigned && a.value == 0x80000000U && b.value == 0xFFFFFFFFU);
+}
+
+std::uint32_t divide(CppTokenKind op, CppExprValue a, CppExprValue b) {
+  if (a.isSigned && b.isSigned) {
     const auto left = static_cast<std::int32_t>(a.value);
     const auto right = static_cast<std::int32_t>(b.value);
     return static_cast<std::uint32_t>(op == '/' ? left / right : left % right);
@@ -140,23 +132,101 @@ CppExprValue applyBinary(CppTokenKind op, CppExprValue a, CppExprValue b) {
 }
 
 // The digits up to the suffix; the largest 32-bit number when they are too many.
-std::uint32_t parseInteger(std::string_view text, int base) {
-  if (base == 16) {
-    text.remove_prefix(2);  // "0x"
+std::uint32_t parseInteger(std::string_view text, unsigned base) {
+  constexpr std::uint32_t kLargest = 0xFFFFFFFFU;
+  std::uint64_t number = 0;
+  for (const char byte : base == 16 ? text.substr(2) : text) {  // Behind "0x".
+    const bool isDigit = byte >= '0' && byte <= '9';
+    const unsigned digit = static_cast<unsigned>(isDigit ? byte - '0' : (byte | 0x20) - 'a' + 10);
+    if (digit >= base) {
+      break;  // The suffix.
+    }
+    number = number * base + digit;
+    if (number > kLargest) {
+      return kLargest;
+    }
   }
-  std::uint32_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
-  return error == std::errc::result_out_of_range ? 0xFFFFFFFFU : number;
+  return static_cast<std::uint32_t>(number);
 }
 
-}  // namespace
+// The tokens of an expression from the current source of the stream.
+class StreamTokens {
+ public:
+  StreamTokens(TokenStream& stream, MessageSink& messages) : stream_(stream), messages_(messages) {}
 
-ExpressionEvaluator::Result ExpressionEvaluator::evaluate(bool isInLine) {
-  expandsNames_ = isInLine;
-  isProtected_ = isBehindDefined_ = false;
-  hasPeek_ = false;
-  isOk_ = true;
-  waiting_.clear();
+  CppTokenKind look(bool /*isBehindDefined*/) { return peekOperandToken(stream_); }
+  void take(CppTokenKind kind) {
+    if (kind != TK_END) {
+      stream_.get();
+    }
+  }
+  std::string_view text() { return stream_.text(); }
+  bool isMacro() {
+    const Name* const name = stream_.name();
+    const bool isMacro = name != nullptr && name->macro != nullptr;
+    stream_.observe([&](Observer& observer) { observer.askedFor(stream_.text(), isMacro); });
+    return isMacro;
+  }
+  void report(Message message) { messages_.report(message); }
+  [[noreturn]] void refuseDivision() { throw DivisionByZero(); }
+
+ private:
+  TokenStream& stream_;
+  MessageSink& messages_;
+};
+
+// Those of a plain line, which is given up where there would be something to report.
+class LineTokens {
+ public:
+  explicit LineTokens(PlainLine& line) : line_(line) {}
+
+  CppTokenKind look(bool isBehindDefined) { return line_.next(isBehindDefined); }
+  void take(CppTokenKind /*kind*/) {}
+  std::string_view text() { return line_.text(); }
+  bool isMacro() { return line_.isMacro(); }
+  void report(Message /*message*/) { line_.giveUp(); }
+  void refuseDivision() { line_.giveUp(); }
+
+ private:
+  PlainLine& line_;
+};
+
+// One evaluation.
+template <typename Tokens>
+class Evaluation {
+ public:
+  Evaluation(Tokens tokens, Budget& budget, std::vector<WaitingOperator>& waiting)
+      : tokens_(tokens), budget_(budget), waiting_(waiting) {
+    waiting_.clear();
+  }
+
+  ExpressionEvaluator::Result run();
+  // Kind of the token behind what has been read.
+  CppTokenKind peek(bool isBehindDefined = false);
+
+ private:
+  CppTokenKind get(bool isBehindDefined = false);
+  CppExprValue fail(Message message);
+  CppExprValue readOperand();
+  bool readOperator(CppExprValue& value);
+  void applyOperators(CppExprValue& value, int precedence);
+  CppExprValue applyBinary(const WaitingOperator& binary, CppExprValue right);
+  CppExprValue closeParenthesis(CppExprValue value);
+  void refuseCall();
+  CppExprValue readPrimary(CppTokenKind kind);
+  CppExprValue readDefined();
+  CppExprValue readCharacter(std::string_view literal);
+
+  Tokens tokens_;
+  Budget& budget_;
+  std::vector<WaitingOperator>& waiting_;
+  CppTokenKind peekKind_ = TK_END;
+  bool hasPeek_ = false;
+  bool isOk_ = true;
+};
+
+template <typename Tokens>
+ExpressionEvaluator::Result Evaluation<Tokens>::run() {
   for (;;) {
     CppExprValue value = readOperand();
     if (!readOperator(value)) {
@@ -166,39 +236,35 @@ ExpressionEvaluator::Result ExpressionEvaluator::evaluate(bool isInLine) {
 }
 
 // No step is taken without a look at the next token, so this is where an expression without end is paid for.
-CppTokenKind ExpressionEvaluator::peek() {
-  if (hasPeek_) {
-    return peekKind_;
+template <typename Tokens>
+CppTokenKind Evaluation<Tokens>::peek(bool isBehindDefined) {
+  if (!hasPeek_) {
+    budget_.spend();
+    peekKind_ = tokens_.look(isBehindDefined);
+    hasPeek_ = true;
   }
-  budget_.spend();
-  do {
-    peekKind_ = peekOperandToken(stream_);
-  } while (expandsNames_ && !isProtected_ && isName(peekKind_) && names_->expandNext());
-  hasPeek_ = true;
   return peekKind_;
 }
 
-// Takes what has been looked at. A name behind `defined`, or behind a parenthesis there, is not expanded: not even
-// where that is no operand, as in `defined defined A`.
-CppTokenKind ExpressionEvaluator::get() {
-  const CppTokenKind kind = peek();
-  if (kind != TK_END) {
-    stream_.get();
-  }
+// Takes what has been looked at.
+template <typename Tokens>
+CppTokenKind Evaluation<Tokens>::get(bool isBehindDefined) {
+  const CppTokenKind kind = peek(isBehindDefined);
+  tokens_.take(kind);
   hasPeek_ = false;
-  isProtected_ = kind == TK_DEFINED || (kind == '(' && isBehindDefined_);
-  isBehindDefined_ = kind == TK_DEFINED;
   return kind;
 }
 
-CppExprValue ExpressionEvaluator::fail(Message message) {
-  messages_.report(message);
+template <typename Tokens>
+CppExprValue Evaluation<Tokens>::fail(Message message) {
+  tokens_.report(message);
   isOk_ = false;
   return {};
 }
 
 // Reads unary operators and open parentheses, then a primary.
-CppExprValue ExpressionEvaluator::readOperand() {
+template <typename Tokens>
+CppExprValue Evaluation<Tokens>::readOperand() {
   for (;;) {
     const CppTokenKind kind = peek();
     if (isUnaryOperator(kind)) {
@@ -214,7 +280,8 @@ CppExprValue ExpressionEvaluator::readOperand() {
 
 // Behind an operand: finishes what the next token does not bind into, and reads that token if it wants another
 // operand. Returns false when the expression is complete; `value` is then its value.
-bool ExpressionEvaluator::readOperator(CppExprValue& value) {
+template <typename Tokens>
+bool Evaluation<Tokens>::readOperator(CppExprValue& value) {
   for (;;) {
     const CppTokenKind kind = peek();
     const int precedence = precedenceOf(kind);
@@ -248,20 +315,31 @@ bool ExpressionEvaluator::readOperator(CppExprValue& value) {
 }
 
 // Applies the waiting operators that bind at least as tightly as one of `precedence`.
-void ExpressionEvaluator::applyOperators(CppExprValue& value, int precedence) {
+template <typename Tokens>
+void Evaluation<Tokens>::applyOperators(CppExprValue& value, int precedence) {
   for (; !waiting_.empty(); waiting_.pop_back()) {
     const WaitingOperator& innermost = waiting_.back();
     if (innermost.kind == WaitingOperator::Kind::Unary) {
       value = applyUnary(innermost.op, value);
     } else if (innermost.kind == WaitingOperator::Kind::Binary && precedenceOf(innermost.op) >= precedence) {
-      value = applyBinary(innermost.op, innermost.left, value);
+      value = applyBinary(innermost, value);
     } else {
       return;
     }
   }
 }
 
-CppExprValue ExpressionEvaluator::closeParenthesis(CppExprValue value) {
+template <typename Tokens>
+CppExprValue Evaluation<Tokens>::applyBinary(const WaitingOperator& binary, CppExprValue right) {
+  if ((binary.op == '/' || binary.op == '%') && !canDivide(binary.left, right)) {
+    tokens_.refuseDivision();
+    return {};
+  }
+  return qnpp::applyBinary(binary.op, binary.left, right);
+}
+
+template <typename Tokens>
+CppExprValue Evaluation<Tokens>::closeParenthesis(CppExprValue value) {
   if (peek() != ')') {
     return fail(Message::ParenthesisExpected);
   }
@@ -271,19 +349,21 @@ CppExprValue ExpressionEvaluator::closeParenthesis(CppExprValue value) {
 }
 
 // A "(" behind an operand looks like a call of a function; it stays, and the operand keeps its value.
-void ExpressionEvaluator::refuseCall() {
+template <typename Tokens>
+void Evaluation<Tokens>::refuseCall() {
   if (peek() == '(') {
     fail(Message::CallInExpression);
   }
 }
 
-CppExprValue ExpressionEvaluator::readPrimary(CppTokenKind kind) {
+template <typename Tokens>
+CppExprValue Evaluation<Tokens>::readPrimary(CppTokenKind kind) {
   get();
   if (isName(kind)) {
     refuseCall();
     return {};  // What macro expansion has left of a name is 0.
   }
-  const std::string_view text = stream_.text();
+  const std::string_view text = tokens_.text();
   switch (kind) {
     case TK_DEFINED:
       return readDefined();
@@ -306,17 +386,16 @@ CppExprValue ExpressionEvaluator::readPrimary(CppTokenKind kind) {
   }
 }
 
-CppExprValue ExpressionEvaluator::readDefined() {
-  const bool isParenthesized = peek() == '(';
+template <typename Tokens>
+CppExprValue Evaluation<Tokens>::readDefined() {
+  const bool isParenthesized = peek(true) == '(';
   if (isParenthesized) {
     get();
   }
   CppExprValue value;
   // Only an identifier will do here, unlike behind #ifdef, where a directive word is a name too.
-  if (get() == TK_IDENTIFIER) {
-    const Name* const name = stream_.name();
-    value.value = name != nullptr && name->macro != nullptr ? 1U : 0U;
-    stream_.observe([&](Observer& observer) { observer.askedFor(stream_.text(), value.value != 0); });
+  if (get(true) == TK_IDENTIFIER) {
+    value.value = tokens_.isMacro() ? 1U : 0U;
   } else {
     fail(Message::NameExpectedAfterDefined);
   }
@@ -330,12 +409,33 @@ CppExprValue ExpressionEvaluator::readDefined() {
   return value;
 }
 
-CppExprValue ExpressionEvaluator::readCharacter(std::string_view literal) {
+template <typename Tokens>
+CppExprValue Evaluation<Tokens>::readCharacter(std::string_view literal) {
   const CharacterLiteral read = evaluateCharacterLiteral(literal);
   if (read.isTooLong) {
-    messages_.report(Message::TooManyCharacters);  // The value so far serves.
+    tokens_.report(Message::TooManyCharacters);  // The value so far serves.
   }
   return read.value;
+}
+
+}  // namespace
+
+ExpressionEvaluator::Result ExpressionEvaluator::evaluate() {
+  return Evaluation(StreamTokens(stream_, messages_), budget_, waiting_).run();
+}
+
+std::optional<CppExprValue> ExpressionEvaluator::evaluateLine(PlainLine::TextOf textOf) {
+  CppExprValue value;
+  const bool isRead = stream_.readPlainLine(textOf, [&](PlainLine& line) {
+    Evaluation evaluation(LineTokens(line), budget_, waiting_);
+    value = evaluation.run().value;
+    if (evaluation.peek() != TK_END || line.behindEnd() == nullptr) {
+      return false;
+    }
+    budget_.spendOnExpansion(line.expansionWork());
+    return true;
+  });
+  return isRead ? std::optional(value) : std::nullopt;
 }
 
 }  // namespace qnpp

@@ -2,13 +2,14 @@
 #pragma once
 
 #include <exception>
-#include <string_view>
+#include <optional>
 #include <vector>
 
 #include "directives/CppExprValue.h"
 #include "directives/WaitingOperator.h"
 #include "lexer/Budget.h"
 #include "lexer/Messages.h"
+#include "lexer/PlainLine.h"
 #include "lexer/TokenStream.h"
 
 namespace qnpp {
@@ -18,17 +19,6 @@ namespace qnpp {
 class DivisionByZero : public std::exception {
  public:
   const char* what() const noexcept override { return "division by zero in a constant expression"; }
-};
-
-/// Expands names in an expression that is read from the line itself.
-class NameExpander {
- public:
-  /// The next token of the stream is a name. If it is a macro that is to be expanded, takes it, makes its expansion the
-  /// current source and returns true.
-  virtual bool expandNext() = 0;
-
- protected:
-  ~NameExpander() = default;
 };
 
 /// Evaluates constant expressions. Values have 32 bits and a sign or none; every operand is evaluated, there is no
@@ -41,38 +31,22 @@ class ExpressionEvaluator {
   };
 
   /// All are borrowed and outlive the object.
-  ExpressionEvaluator(TokenStream& stream, MessageSink& messages, Budget& budget, NameExpander* names = nullptr)
-      : stream_(stream), messages_(messages), budget_(budget), names_(names) {}
+  ExpressionEvaluator(TokenStream& stream, MessageSink& messages, Budget& budget)
+      : stream_(stream), messages_(messages), budget_(budget) {}
 
-  /// Reads one expression from the current source and evaluates it. What is behind it is left. Evaluation goes on
-  /// behind errors. Throws DivisionByZero. Its macros have been expanded already, unless `isInLine`: then names are
-  /// expanded as they are met.
-  Result evaluate(bool isInLine = false);
+  /// Reads one expression, whose macros have been expanded, from the current source and evaluates it. What is behind it
+  /// is left. Evaluation goes on behind errors. Throws DivisionByZero.
+  Result evaluate();
+
+  /// Takes the rest of the line of a file, with its line end, if that is an expression without fault and can be read
+  /// as a PlainLine. Otherwise there is no value, and nothing has been taken.
+  std::optional<CppExprValue> evaluateLine(PlainLine::TextOf textOf);
 
  private:
-  CppTokenKind peek();
-  CppTokenKind get();
-  CppExprValue fail(Message message);
-  CppExprValue readOperand();
-  bool readOperator(CppExprValue& value);
-  void applyOperators(CppExprValue& value, int precedence);
-  CppExprValue closeParenthesis(CppExprValue value);
-  void refuseCall();
-  CppExprValue readPrimary(CppTokenKind kind);
-  CppExprValue readDefined();
-  CppExprValue readCharacter(std::string_view literal);
-
   TokenStream& stream_;
   MessageSink& messages_;
   Budget& budget_;
-  NameExpander* const names_;
-  bool expandsNames_ = false;
-  bool isProtected_ = false;      // The next token, if it is a name.
-  bool isBehindDefined_ = false;  // That was the last token taken.
-  CppTokenKind peekKind_ = TK_END;
-  bool hasPeek_ = false;
-  bool isOk_ = true;
-  std::vector<WaitingOperator> waiting_;  // What waits for an operand, innermost last.
+  std::vector<WaitingOperator> waiting_;  // What waits for an operand, innermost last; empty between evaluations.
 };
 
 }  // namespace qnpp

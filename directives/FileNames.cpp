@@ -13,15 +13,18 @@ bool isAbsoluteName(std::string_view name) {
 }
 
 std::string directoryOf(std::string_view path) {
-  constexpr std::string_view kSeparators = "/\\";
-  if (path.size() > 1 && kSeparators.find(path.back()) != std::string_view::npos) {
+  const auto isSeparator = [](char byte) { return byte == '/' || byte == '\\'; };
+  if (path.size() > 1 && isSeparator(path.back())) {
     path.remove_suffix(1);
   }
-  const std::size_t last = path.find_last_of(kSeparators);
-  if (last == std::string_view::npos) {
+  std::size_t size = path.size();
+  while (size > 0 && !isSeparator(path[size - 1])) {
+    --size;
+  }
+  if (size == 0) {
     return ".";
   }
-  return std::string(path.substr(0, last == 0 ? 1 : last));
+  return std::string(path.substr(0, size == 1 ? 1 : size - 1));
 }
 
 }  // namespace qnpp

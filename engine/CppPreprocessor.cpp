@@ -6,7 +6,7 @@
 namespace qnpp {
 
 // Tells the end of files, and opens them for the search.
-class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOpener, public NameExpander {
+class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOpener {
  public:
   explicit Hooks(CppPreprocessor& preprocessor) : preprocessor_(preprocessor) {}
 
@@ -18,8 +18,6 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     preprocessor_.observe([](Observer& observer) { observer.fileEnded(); });
   }
   void fileResumed() override { preprocessor_.markLine(LineMark::Returned); }
-
-  bool expandNext() override { return preprocessor_.expander_.pushFinalTokens(); }
 
   bool open(const std::string& path) override {
     const std::size_t depth = preprocessor_.stream_.files().size() + 1;
@@ -57,7 +55,7 @@ CppPreprocessor::CppPreprocessor(Host& host, Budget& budget)
       hooks_(std::make_unique<Hooks>(*this)),
       stream_(names_, lexerContext_, *hooks_),
       diagnostics_(host, stream_),
-      evaluator_(stream_, diagnostics_, budget, hooks_.get()),
+      evaluator_(stream_, diagnostics_, budget),
       includes_(*hooks_) {
   output_.attach(host);
 }
@@ -89,8 +87,8 @@ FilePlace CppPreprocessor::place() const {
   return file == nullptr ? FilePlace() : FilePlace{file->fileName(), file->line()};
 }
 
-void CppPreprocessor::evaluate(CppExprValue& result, bool& ok, bool isInLine) {
-  const ExpressionEvaluator::Result evaluated = evaluator_.evaluate(isInLine);
+void CppPreprocessor::evaluate(CppExprValue& result, bool& ok) {
+  const ExpressionEvaluator::Result evaluated = evaluator_.evaluate();
   result = evaluated.value;
   ok = ok && evaluated.isOk;
 }

@@ -71,10 +71,9 @@ class CppPreprocessor {
   FilePlace place() const;
   std::span<const FilePlace> findIncludeChain() { return diagnostics_.findIncludeChain(); }
 
-  /// Evaluates the tokens of a conditional expression from the current source, in which macros have been expanded
-  /// unless `isInLine`. Clears `ok` when anything in it is wrong; the errors are reported and evaluation goes on.
-  /// Throws DivisionByZero.
-  void evaluate(CppExprValue& result, bool& ok, bool isInLine = false);
+  /// Evaluates the tokens of a conditional expression, in which macros have been expanded, from the current source.
+  /// Clears `ok` when anything in it is wrong; the errors are reported and evaluation goes on. Throws DivisionByZero.
+  void evaluate(CppExprValue& result, bool& ok);
 
  private:
   class Hooks;
@@ -141,7 +140,7 @@ class CppPreprocessor {
   ConditionalStack conditionals_;
   ExpressionEvaluator evaluator_;
   IncludeSearch includes_;
-  GuardedFiles guardedFiles_;
+  GuardedFiles guardedFiles_{names_, lexerContext_.budget};
   FoundFile found_;           // By the search of an `#include`.
   TokenList operand_;         // Of the directive being carried out.
   std::string leadingSpace_;  // Of the line being read.

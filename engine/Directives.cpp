@@ -21,13 +21,12 @@ void CppPreprocessor::handleUndef() { carryOutUndef(stream_, macroTable_, diagno
 // Lets `read` read the rest of the line as an operand, macros expanded, and takes the line end.
 //
 // In general the tokens of the line are collected with their white space, expanded, and read back from a closed source.
-// Where nothing but reading the operand can be noticed, because the line is plain and so are the macros in it, the
-// operand is read right from the line: `read` is told so, since it has to expand the names of a condition then.
+// Where nothing but reading the operand can be noticed, because the line is plain and without macros, the operand is
+// read right from the line. A condition is not: when it comes here, that has been tried (see evaluateCondition).
 template <typename Read>
 void CppPreprocessor::readOperand(bool isCondition, Read read) {
-  const auto acceptNone = [](Name& /*name*/, const NameTable& /*names*/) { return false; };
-  if (stream_.isRestPlain(isCondition ? findFinalText : acceptNone)) {
-    read(true);
+  if (!isCondition && stream_.isRestPlain()) {
+    read();
     stream_.discardLine();
     return;
   }
@@ -42,7 +41,7 @@ void CppPreprocessor::readOperand(bool isCondition, Read read) {
   observe([this](Observer& observer) { observer.operandExpanded(operand_.spellings()); });
   {
     const TokenStream::Closed source(stream_, operand_);
-    read(false);
+    read();
   }
   stream_.get();  // The line end has been looked at, and is taken only now, so that messages show this line.
 }
@@ -64,10 +63,14 @@ void CppPreprocessor::handleIf() {
 }
 
 void CppPreprocessor::evaluateCondition() {
-  readOperand(true, [this](bool isInLine) {
+  if (const std::optional<CppExprValue> value = evaluator_.evaluateLine(findTextInPlace)) {
+    conditionals_.setGroup(value->value != 0);
+    return;
+  }
+  readOperand(true, [this] {
     CppExprValue value;
     bool isOk = true;
-    evaluate(value, isOk, isInLine);
+    evaluate(value, isOk);
     observe([&](Observer& observer) { observer.evaluated(value.value, value.isSigned, isOk); });
     conditionals_.setGroup(isOk && value.value != 0);
     if (isOk) {
@@ -80,27 +83,34 @@ void CppPreprocessor::handleIfdef(bool wantDefined) {
   if (!openConditional()) {
     return;
   }
-  stream_.skipBlanks();
-  if (!isName(stream_.peek())) {
-    reportError(wantDefined ? Message::NameExpectedAfterIfdef : Message::NameExpectedAfterIfndef);
-    stream_.discardLine();
-    conditionals_.setGroup(false);
-    return;
-  }
-  stream_.get();
-  const Name* const name = stream_.name();
-  const bool isDefined = name != nullptr && name->macro != nullptr;
-  observe([&](Observer& observer) { observer.askedFor(stream_.text(), isDefined); });
-  conditionals_.setGroup(isDefined == wantDefined);
-  if (isDefined && !wantDefined) {
-    guardedFiles_.seeGuard(*name);
-  }
-  stream_.skipBlanks();
-  if (stream_.peek() == TK_NEWLINE) {
+  std::string_view word;
+  if (!stream_.readMacroName(word)) {
+    stream_.skipBlanks();
+    if (!isName(stream_.peek())) {
+      reportError(wantDefined ? Message::NameExpectedAfterIfdef : Message::NameExpectedAfterIfndef);
+      stream_.discardLine();
+      conditionals_.setGroup(false);
+      return;
+    }
     stream_.get();
-  } else if (stream_.peek() != TK_END) {
-    // What is left is the next line of the run loop: written when the group is taken.
-    reportError(Message::LeftOverTokens);
+    word = stream_.text();
+  }
+  const bool isGuard = guardedFiles_.isAtGuard();
+  const Name* const name = isGuard ? names_.intern(word) : names_.find(word);
+  const bool isDefined = name != nullptr && name->macro != nullptr;
+  observe([&](Observer& observer) { observer.askedFor(word, isDefined); });
+  conditionals_.setGroup(isDefined == wantDefined);
+  if (!stream_.passLineEnd()) {
+    stream_.skipBlanks();
+    if (stream_.peek() == TK_NEWLINE) {
+      stream_.get();
+    } else if (stream_.peek() != TK_END) {
+      // What is left is the next line of the run loop: written when the group is taken.
+      reportError(Message::LeftOverTokens);
+    }
+  }
+  if (isGuard) {
+    guardedFiles_.seeGuard(*name, isDefined, traces(), stream_.isInFile() ? stream_.file() : nullptr);
   }
 }
 
@@ -141,7 +151,7 @@ void CppPreprocessor::checkEndOfFile() {
 
 void CppPreprocessor::handleInclude() {
   bool isFound = false;
-  readOperand(false, [this, &isFound](bool /*isInLine*/) {
+  readOperand(false, [this, &isFound] {
     const std::optional<IncludeName> name = readIncludeName(stream_, diagnostics_);
     stream_.file()->setIncludeLine(stream_.file()->line());
     if (name) {
@@ -174,7 +184,7 @@ void CppPreprocessor::enterFile() {
 }
 
 void CppPreprocessor::handleLine() {
-  readOperand(false, [this](bool /*isInLine*/) { renumber(); });
+  readOperand(false, [this] { renumber(); });
 }
 
 // The number is in force at once, even if what follows is wrong. It is that of this very line: its line end counts.

@@ -91,7 +91,10 @@ void CppPreprocessor::processDirective() {
 }
 
 void CppPreprocessor::carryOutDirective(CppTokenKind kind) {
-  guardedFiles_.seeDirective(kind, conditionals_.isSkipping(), conditionals_.depth(), effectCount_);
+  if (guardedFiles_.isFollowing()) {
+    guardedFiles_.seeDirective(kind, conditionals_.isSkipping(), conditionals_.depth(), traces(),
+                               stream_.isInFile() ? stream_.file() : nullptr);
+  }
   if (conditionals_.isSkipping() && !isConditional(kind)) {
     // One token is read whatever it is. Behind a "#" that stands alone, whose line end has just been taken, it is the
     // first of the next line, and that line goes with it even if it is a directive.

@@ -28,6 +28,10 @@ constexpr ByteSet allBytesBut(std::string_view bytes) {
 }
 
 inline constexpr ByteSet kDigitBytes = bytesOf("0123456789");
+inline constexpr ByteSet kHexDigits = bytesOf("0123456789ABCDEFabcdef");
+
+/// Behind a backslash in a character literal. Behind an "x" a hexadecimal digit has to follow.
+inline constexpr ByteSet kCharacterEscapes = bytesOf("\"'?\\abfnrtv01234567");
 
 inline constexpr ByteSet kBlankBytes = bytesOf(" \t\v\f");
 inline constexpr ByteSet kQuotesAndBackslash = bytesOf("\"'\\");

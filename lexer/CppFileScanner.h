@@ -33,6 +33,7 @@ class CppFileScanner final : public CppScanner {
 
   /// To be told the stamp that the file had when it was opened, if it has one.
   void setStamp(const std::optional<FileStamp>& stamp) { stamp_ = stamp; }
+  bool hasStamp() const { return stamp_.has_value(); }
   /// The stamp of the file if it is surely that of the bytes read, all of them; to be asked at the end of the input.
   std::optional<FileStamp> stamp() const {
     return stamp_ && stamp_->size == lexer_->bytesRead() ? stamp_ : std::nullopt;
@@ -55,6 +56,13 @@ class CppFileScanner final : public CppScanner {
   /// How many bytes of the file have been read as tokens, one that has been looked at included.
   std::uint64_t offset() const { return lexer_->endOffset(); }
 
+  /// What has been read from `from`, an offset, and one byte behind it, see CppLexer::withTextFrom. Nothing may have
+  /// been looked at.
+  template <typename Use>
+  auto withTextFrom(std::uint64_t from, Use use) {
+    return lexer_->withTextFrom(from, use);
+  }
+
   CppTokenKind peek() override;
   CppTokenKind get() override;
   const HideSet& hideSet() override { return emptyHideSet_; }
@@ -65,16 +73,21 @@ class CppFileScanner final : public CppScanner {
   /// The name table's entry for the current token, if that is a name with one; null otherwise.
   Name* name() const { return name_; }
 
-  /// Text of the token that has been looked at.
-  std::string_view nextText() const { return lexer_->text(); }
-
   /// Passes over empty lines, and over leading space or the beginning of a directive, see CppLexer::passLineStart;
   /// TK_END where no directive is known to follow. At the start of a line, or behind a directive, like
   /// `skipWholeLines`.
   CppTokenKind passLineStart(std::string& leadingSpace);
   /// Whether the rest of the line may be read as it stands, see CppLexer::isRestPlain. Only in the middle of a line.
-  bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
-    return canPass() && lexer_->isRestPlain(accepts);
+  bool isRestPlain() { return canPass() && lexer_->isRestPlain(); }
+
+  /// The same as that of the lexer; false where nothing was passed. Only in the middle of a line.
+  template <typename Read>
+  bool readPlainLine(PlainLine::TextOf textOf, Read read) {
+    if (!canPass() || !lexer_->readPlainLine(textOf, read)) {
+      return false;
+    }
+    atLineStart_ = true;
+    return true;
   }
 
   /// Passes over blanks in the middle of a line, which become the current token; perhaps not over all. Returns whether

@@ -15,9 +15,7 @@ namespace {
 // The first byte behind the blanks of a line that may be a directive line, or whose blanks are not over.
 constexpr ByteSet kUnsureLineStart = bytesOf(std::string_view("#/\\\r\0", 5));
 
-constexpr ByteSet kCharacterEscapes = bytesOf("\"'?\\abfnrtv01234567");
 constexpr ByteSet kOctalDigits = bytesOf("01234567");
-constexpr ByteSet kHexDigits = bytesOf("0123456789ABCDEFabcdef");
 
 template <typename Byte>
 Byte* passAll(const ByteSet& set, Byte* at) {
@@ -117,24 +115,6 @@ CppTokenKind passWordOfDirective(char*& at) {
     default:
       return TK_END;
   }
-}
-
-// Whether the word in the text that begins at `begin` stands behind `defined`, or behind a parenthesis there.
-bool isBehindDefined(const char* begin, const char* word) {
-  const auto passBlanksBack = [begin, &word] {
-    while (word != begin && has(kBlankBytes, word[-1])) {
-      --word;
-    }
-  };
-  passBlanksBack();
-  if (word != begin && word[-1] == '(') {
-    --word;
-    passBlanksBack();
-  }
-  constexpr std::string_view kDefined = "defined";
-  const std::string_view before(begin, static_cast<std::size_t>(word - begin));
-  return before.ends_with(kDefined) &&
-         (before.size() == kDefined.size() || !isWordByte(before[before.size() - kDefined.size() - 1]));
 }
 
 }  // namespace
@@ -301,15 +281,14 @@ CppTokenKind CppLexer::passDirectiveWord(char*& at, char* word) {
   return isSure ? kind : '#';
 }
 
-bool CppLexer::isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
+bool CppLexer::isRestPlain() {
   char* const at = beginScan();
-  const bool isPlain = isPlainUpToLineEnd(at, accepts);
+  const bool isPlain = isPlainUpToLineEnd(at);
   endScan(at);
   return isPlain;
 }
 
-bool CppLexer::isPlainUpToLineEnd(const char* at, bool (*accepts)(Name& name, const NameTable& names)) const {
-  const char* const begin = at;
+bool CppLexer::isPlainUpToLineEnd(const char* at) const {
   std::uint64_t wordBefore = 0;  // 1 when the byte before `at` belongs to a word that has been looked at.
   for (;; at += 64) {
     const Block block(at);
@@ -324,11 +303,8 @@ bool CppLexer::isPlainUpToLineEnd(const char* at, bool (*accepts)(Name& name, co
     std::uint64_t begins = words & ~(words << 1U | wordBefore) & beforeEnd;
     for (; begins != 0; begins &= begins - 1) {
       const char* word = at + std::countr_zero(begins);
-      if (!context_.names.mayHoldMacro(word)) {
-        continue;
-      }
-      Name* const name = findMacroName(context_.names, word, passAll(kWordBytes, word));
-      if (name != nullptr && !isBehindDefined(begin, word) && !accepts(*name, context_.names)) {
+      if (context_.names.mayHoldMacro(word) &&
+          findMacroName(context_.names, word, passAll(kWordBytes, word)) != nullptr) {
         return false;
       }
     }

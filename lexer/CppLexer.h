@@ -24,6 +24,7 @@
 #include "lexer/NameTable.h"
 #include "lexer/NestedConditionals.h"
 #include "lexer/OutputBuffer.h"
+#include "lexer/PlainLine.h"
 
 namespace qnpp {
 
@@ -91,6 +92,18 @@ class CppLexer final : public yyCppFlexLexer {
   /// How much of the input it and the tokens before it are.
   std::uint64_t endOffset() const { return offsetOf(yytext) + static_cast<std::uint64_t>(yyleng); }
 
+  /// Calls `use` with the input from `from`, an offset, up to one byte behind the token handed out last; with an empty
+  /// text if not all of that is in the buffer. Valid during the call.
+  template <typename Use>
+  auto withTextFrom(std::uint64_t from, Use use) {
+    char* const at = beginScan();
+    const std::uint64_t size = offsetOf(at) - from;
+    const bool isThere = size <= static_cast<std::uint64_t>(at - bufferBegin()) && !atBufferEnd(at);
+    const auto used = use(isThere ? std::string_view(at - size, size + 1) : std::string_view());
+    endScan(at);
+    return used;
+  }
+
   /// How much of the input has been read into the buffer.
   std::uint64_t bytesRead() const { return bytesRead_; }
 
@@ -127,9 +140,23 @@ class CppLexer final : public yyCppFlexLexer {
   CppTokenKind passLineStart(std::string& leadingSpace);
 
   /// Whether the rest of the line means what stands there and nothing else: all of it is in the buffer, without
-  /// comments and continued line ends, and ends in "\n"; and `accepts` holds for each macro whose name may be in it,
-  /// but for those behind `defined`.
-  bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names));
+  /// comments, continued line ends and macros, and ends in "\n".
+  bool isRestPlain();
+
+  /// Lets `read` read the rest of the line as a PlainLine, and passes over it with its line end if `read` says that
+  /// this was all; otherwise returns false, with nothing passed. Only in the middle of a line.
+  template <typename Read>
+  bool readPlainLine(PlainLine::TextOf textOf, Read read) {
+    char* const begin = beginScan();
+    PlainLine line(begin, context_.names, textOf);
+    const bool isRead = read(line) && line.behindEnd() != nullptr;
+    yytext = begin;
+    if (isRead) {
+      countLine();
+    }
+    endScan(isRead ? begin + (line.behindEnd() - begin) : begin);
+    return isRead;
+  }
 
   /// Passes over the name behind `#define` or `#undef` as if its tokens had been asked for, and the parameters as well
   /// if `head` wants them. Returns false, with nothing passed, unless there is no fault in them, nothing but blanks is
@@ -197,10 +224,11 @@ class CppLexer final : public yyCppFlexLexer {
   }
   // True for the NUL behind the last byte that is in the buffer, as against a NUL of the input.
   bool atBufferEnd(const char* at) const { return at == bufferEnd(); }
-  // In CppLexer.l, where the buffer's type is known: the place of that NUL; and getting more input behind `at`, which
-  // has to be that place. Everything from `yytext` on is kept, and `at` and `yytext` move with it. False: no more
-  // input.
+  // In CppLexer.l, where the buffer's type is known: the place of that NUL; where the buffer begins; and getting more
+  // input behind `at`, which has to be that place. Everything from `yytext` on is kept, and `at` and `yytext` move with
+  // it. False: no more input.
   char* bufferEnd() const;
+  char* bufferBegin() const;
   bool refill(char*& at);
   // Forgets the bytes before `at`, then refills.
   bool refillFrom(char*& at) {
@@ -228,7 +256,7 @@ class CppLexer final : public yyCppFlexLexer {
 
   CppTokenKind passDirectiveWord(char*& at, char* word);
   void passBlanksInBuffer();
-  bool isPlainUpToLineEnd(const char* at, bool (*accepts)(Name& name, const NameTable& names)) const;
+  bool isPlainUpToLineEnd(const char* at) const;
 
   // Parts of copyText; see TextCopy.
   class TextCopy;

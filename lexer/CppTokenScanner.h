@@ -58,8 +58,6 @@ class CppTokenScanner final : public CppScanner {
 
   /// Spelling of the current token, always of a single token.
   const Spelling* spelling() const { return spelling_; }
-  /// The same of the token that has been looked at.
-  const Spelling* nextSpelling() const { return peek_; }
 
   /// True when nothing is left to read, not even a token that has been looked at.
   bool isExhausted() const { return at_ == end_ && peek_ == nullptr && isBetweenElements(); }

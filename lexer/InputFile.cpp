@@ -80,12 +80,14 @@ FileBuffer::~FileBuffer() {
 
 std::streamsize FileBuffer::xsgetn(char* to, std::streamsize size) {
   std::streamsize got = 0;
-  while (got < size) {
+  while (got < size && !hasEnded_) {
     // The scanner asks for no more than an int can count.
     const ssize_t count = ::read(descriptor_, to + got, static_cast<unsigned>(size - got));
     if (count > 0) {
       got += count;
-    } else if (count == 0 || (errno != EINTR && got > 0)) {
+    } else if (count == 0) {
+      hasEnded_ = true;  // To be asked again would take another call of the system.
+    } else if (errno != EINTR && got > 0) {
       break;  // What came before an error is delivered; the error comes back with the next call.
     } else if (errno != EINTR) {
       throw std::ios_base::failure("read error");

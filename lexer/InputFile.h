@@ -48,6 +48,7 @@ class FileBuffer : public std::streambuf {
   void open(const std::string& path);
 
   int descriptor_ = -1;
+  bool hasEnded_ = false;
   std::optional<FileStamp> stamp_;
 };
 

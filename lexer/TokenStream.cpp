@@ -21,10 +21,6 @@ Name* TokenStream::name() {
   return found != nullptr ? found : context_.names.find(text());
 }
 
-Name* TokenStream::nextName() {
-  return isInFile_ ? context_.names.find(fileSource().nextText()) : listSource().nextSpelling()->name;
-}
-
 CppTokenKind TokenStream::skipBlanks() {
   passBlanks();
   CppTokenKind kind = peek();

@@ -91,8 +91,6 @@ class TokenStream {
   }
   /// The name table's entry for the current token, which is a name; null when no definition mentions it.
   Name* name();
-  /// The same for a name that has been looked at.
-  Name* nextName();
   /// A spelling of the current token, whose kind is `kind`. Valid as long as the list that it stands in, or a Hold
   /// taken before.
   const Spelling* spelling(CppTokenKind kind) {
@@ -136,8 +134,13 @@ class TokenStream {
   }
   /// Behind the word of a directive: whether the rest of the line may be read from the current source as it stands, see
   /// CppLexer::isRestPlain.
-  bool isRestPlain(bool (*accepts)(Name& name, const NameTable& names)) {
-    return isInFile_ && fileSource().isRestPlain(accepts);
+  bool isRestPlain() { return isInFile_ && fileSource().isRestPlain(); }
+
+  /// Behind the word of a directive: reads the rest of the line, if the current source is a file; see
+  /// CppLexer::readPlainLine.
+  template <typename Read>
+  bool readPlainLine(PlainLine::TextOf textOf, Read read) {
+    return isInFile_ && fileSource().readPlainLine(textOf, read);
   }
 
   /// Behind the word of a directive, if the current source is a file: see CppLexer.
@@ -149,9 +152,10 @@ class TokenStream {
   bool passInBuffer(Pass pass) {
     return isInFile_ && fileSource().passInBuffer(pass);
   }
+  bool passLineEnd() { return isInFile_ && fileSource().passLineEnd(); }
   /// Passes over blanks and one more token, normally a line end.
   void takeLineEnd() {
-    if (!isInFile_ || !fileSource().passLineEnd()) {
+    if (!passLineEnd()) {
       skipBlanks();
       get();
     }

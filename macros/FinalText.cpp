@@ -109,4 +109,9 @@ bool findFinalText(Name& name, const NameTable& names) {
   return true;
 }
 
+std::optional<std::string_view> findTextInPlace(const Name& macro) {
+  const bool isSimple = macro.macro != nullptr && !macro.macro->functionLike && !macro.isRefreshed;
+  return isSimple ? std::optional<std::string_view>(macro.macro->text) : std::nullopt;
+}
+
 }  // namespace qnpp

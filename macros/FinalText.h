@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "lexer/NameTable.h"
 
@@ -22,12 +24,16 @@ struct FinalTextSearch {
 /// and the lexer writes it without handing the name out. It is sought when a macro is used for the second time, so that
 /// definitions and uses that take turns do not pay for it.
 ///
-/// To be called at each use of `name`, the name of a macro, in a text line or a condition. Returns whether
+/// To be called at each use of `name`, the name of a macro, in a text line. Returns whether
 /// `name.finalText` holds; it never does for a function-like macro.
 bool findFinalText(Name& name, const NameTable& names);
 
 /// The text of most macros has no name in it, and is final as long as the definition stands: known with the definition,
 /// and without lexing it. An empty one where that takes more to tell.
 FinalText findLastingText(const CppMacro& macro);
+
+/// The text of an object-like macro, of which an expansion is nothing but reading it in the place of the name; none of
+/// any other, and of one whose text changes at each use.
+std::optional<std::string_view> findTextInPlace(const Name& macro);
 
 }  // namespace qnpp

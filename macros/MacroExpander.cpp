@@ -151,19 +151,6 @@ void MacroExpander::pushObjectLike(const Name& name, const HideSet& hideSet) {
   stream_.push(tokens);
 }
 
-bool MacroExpander::pushFinalTokens() {
-  Name* const name = stream_.nextName();
-  if (name == nullptr || name->macro == nullptr || stream_.isHidden(*name)) {
-    return false;
-  }
-  const TokenStream::Hold hold(stream_);
-  const SpellingRange tokens = macros_.replacementOf(*name).tokens();
-  context_.budget.spendOnExpansion(1 + tokens.size());
-  stream_.get();
-  stream_.push({tokens, stream_.hideSets().with(stream_.hideSet(), *name)});
-  return true;
-}
-
 // ---- Both sorts of expansions ----
 
 // Behind a function-like name: reads the white space that follows, of which each token is handed to `take`, and behind

@@ -54,10 +54,6 @@ class MacroExpander {
   /// source, so that rescanning is reading on. A function-like name takes its arguments from the stream.
   void expandInText();
 
-  /// The stream has looked at a name; if it is that of a macro, this has a final text, see findFinalText. Unless it is
-  /// hidden, it is taken then, and the tokens of its replacement list become the current source. Returns whether.
-  bool pushFinalTokens();
-
   /// Takes the tokens out of the list and leaves their expansion there. To be called under a Hold of the stream.
   /// Nothing in the list takes a "(" or an argument from outside. In a condition the operand of `defined` stays as it
   /// is.

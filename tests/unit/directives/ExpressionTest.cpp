@@ -2,12 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
 
 #include "directives/ExpressionEvaluator.h"
 #include "macros/CppMacro.h"
+#include "macros/FinalText.h"
 #include "tests/support/Preprocess.h"
 #include "tests/support/Text.h"
 #include "tests/unit/support/Streams.h"
@@ -74,6 +76,92 @@ TEST(ExpressionTest, ValuesAndSignednessAreThoseOfTheTable) {
     EXPECT_EQ(result.messages, "") << expression;
   }
   EXPECT_GE(evaluated, static_cast<int>(std::size(kValues)) - 3);
+}
+
+// Read right from its line, with ONE and F as they are.
+struct LineEvaluated {
+  std::optional<CppExprValue> value;
+  std::string messages;
+  std::string rest;
+};
+
+LineEvaluated evaluateLine(const std::string& expression) {
+  const std::string text = "x " + expression + "\nnext\n";
+  StreamSetting setting(text);
+  CppMacro one{"1", {}, false};
+  CppMacro function{"x", {"x"}, true};
+  setting.name("ONE").macro = &one;
+  setting.name("F").macro = &function;
+  setting.names.noteMacro(setting.name("ONE"));
+  setting.names.noteMacro(setting.name("F"));
+  setting.stream.get();
+  MessageList messages;
+  ExpressionEvaluator evaluator(setting.stream, messages, setting.budget);
+  const std::optional<CppExprValue> value = evaluator.evaluateLine(findTextInPlace);
+  return {value, messages.identifiers, setting.takeAll()};
+}
+
+TEST(ExpressionTest, LinesHaveTheValuesOfTheTable) {
+  int evaluated = 0;
+  for (const ValueRow& row : kValues) {
+    const LineEvaluated result = evaluateLine(std::string(row.expression));
+    if (!result.value) {
+      continue;  // For the name of a function-like macro, and a continued line end.
+    }
+    ++evaluated;
+    EXPECT_EQ(hexadecimal(result.value->value), hexadecimal(row.value)) << row.expression;
+    EXPECT_EQ(result.value->isSigned, row.isSigned) << row.expression;
+    EXPECT_EQ(result.rest, "next|<LF>") << row.expression;
+  }
+  EXPECT_GE(evaluated, static_cast<int>(std::size(kValues)) - 3);
+}
+
+// Where something would be reported, or the program would end, the line is left as it is.
+TEST(ExpressionTest, LinesWithFaultsAreLeft) {
+  for (const char* const expression : {"",
+                                       "1 +",
+                                       "(",
+                                       ")",
+                                       "1 2",
+                                       "(1",
+                                       "(1 2)",
+                                       "1 ? 2",
+                                       "1 ? : 2",
+                                       "foo(1)",
+                                       "(1)(2)",
+                                       "1(2)",
+                                       "defined",
+                                       "defined 1",
+                                       "defined if",
+                                       "defined defined",
+                                       "defined ()",
+                                       "defined (ONE",
+                                       "defined ((ONE))",
+                                       "defined ONE ONE",
+                                       "_Pragma",
+                                       "'abcde'",
+                                       "F",
+                                       "F(1)",
+                                       "1 / F(0)",
+                                       "1/0",
+                                       "1%0",
+                                       "1u/0u",
+                                       "0 && 1/0",
+                                       "1 ? 2 : 1/0",
+                                       "1 / unknown",
+                                       "(-2147483647-1) / -1",
+                                       "(-2147483647-1) % -1",
+                                       "1 / (",
+                                       "1 / '",
+                                       "1 ;",
+                                       "ONE = 1"}) {
+    const LineEvaluated result = evaluateLine(expression);
+    EXPECT_FALSE(result.value) << expression;
+    EXPECT_EQ(result.messages, "") << expression;
+    const std::string whole = std::string(" ") + expression + "\nnext\n";
+    StreamSetting untouched(whole);
+    EXPECT_EQ(result.rest, untouched.takeAll()) << expression;
+  }
 }
 
 // The same through the directive: the value by comparison, the signedness by the sign of -1.

@@ -3,13 +3,16 @@
 
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "directives/GuardedFiles.h"
 #include "macros/CppMacro.h"
 #include "tests/support/Files.h"
+#include "tests/unit/support/TokenDump.h"
 
 namespace qnpp {
 namespace {
@@ -25,7 +28,10 @@ struct Step {
 const std::vector<Step> kGuarded = {{TK_IFNDEF, false, 0}, {TK_ENDIF, true, 1}};
 
 struct GuardedFilesTest : testing::Test {
-  GuardedFilesTest() { guard.macro = &macro; }
+  GuardedFilesTest() {
+    guard.macro = &macro;
+    file.get();
+  }
 
   // A file is read with these steps; between entering and leaving it `written` comes on top.
   void read(const std::vector<Step>& steps, GuardedFiles::Traces written = {4, 0, 0}) {
@@ -34,20 +40,47 @@ struct GuardedFilesTest : testing::Test {
       if (step.kind == TK_END) {
         files.seeText();
       } else {
-        files.seeDirective(step.kind, step.isSkipped, step.conditionals, 1);
+        files.seeDirective(step.kind, step.isSkipped, step.conditionals, {100, 10, 1}, &file);
       }
-      if (step.kind == TK_IFNDEF && !step.isSkipped) {
-        files.seeGuard(guard);
+      if (files.isAtGuard()) {
+        files.seeGuard(guard, true, {100, 10, 1}, &file);
       }
     }
     files.leave(path, stampOf(path), kOpenFiles,
                 {100 + written.outputSize, 10 + written.messages, 1 + written.effects});
   }
+  // A file is read that consists of a group whose guard is not defined yet: how many line ends the group is known to
+  // stand for then. The last "#endif" is that of the guard; what is before it is not followed.
+  std::optional<std::uint64_t> lineEndsOfTaken(const std::string& group) {
+    const std::string text = "#ifndef G\n" + group + "#endif\n";
+    auto input = std::make_unique<InputText>();
+    input->reset(text);
+    CppFileScanner scanner("a.h", std::move(input), setting.context);
+    scanner.setStamp(stampOf(path));
+    files.enter({100, 10, 1});
+    while (scanner.get() != TK_IFNDEF) {
+    }
+    files.seeDirective(TK_IFNDEF, false, 0, {100, 10, 1}, &scanner);
+    while (scanner.get() != TK_NEWLINE) {
+    }
+    files.seeGuard(guard, false, {100, 10, 1}, &scanner);
+    while (scanner.offset() + 1 != text.size()) {
+      scanner.get();
+    }
+    files.seeDirective(TK_ENDIF, false, 1, {500, 10, 1}, &scanner);
+    files.leave(path, stampOf(path), kOpenFiles, {500, 10, 1});
+    const std::optional<std::uint64_t> lineEnds = files.find(path, kOpenFiles);
+    path = folder.write(std::to_string(++readCount) + ".h", "12345");  // The next one is another file.
+    return lineEnds;
+  }
   bool isKnown() const { return files.find(path, kOpenFiles).has_value(); }
 
   TemporaryFolder folder;
+  int readCount = 0;
   std::string path = folder.write("a.h", "12345");
-  GuardedFiles files;
+  LexerSetting setting;
+  CppFileScanner file{"a.h", std::make_unique<std::istringstream>("x\n"), setting.context};
+  GuardedFiles files{setting.names, setting.budget};
   Name guard;
   CppMacro macro;
 };
@@ -107,12 +140,76 @@ TEST_F(GuardedFilesTest, AMessageOrACommentBehindTheGroupIsADoubt) {
   EXPECT_FALSE(isKnown());
 }
 
-TEST_F(GuardedFilesTest, AFileWithinTheGuardedOneIsADoubtForIt) {
+TEST_F(GuardedFilesTest, EachFileIsFollowedByItself) {
   files.enter({});
-  files.seeDirective(TK_IFNDEF, false, 0, 0);
-  files.enter({});  // The other file, which ends at once.
+  files.seeDirective(TK_IFNDEF, false, 0, {}, &file);
+  files.seeGuard(guard, true, {}, &file);
+  files.enter({});  // Another file, which is no guarded one and ends at once.
+  files.seeText();
   files.leave("other.h", stampOf(path), kOpenFiles + 1, {});
-  files.seeDirective(TK_ENDIF, true, 1, 0);
+  files.seeDirective(TK_ENDIF, true, 1, {}, &file);
+  files.leave(path, stampOf(path), kOpenFiles, {});
+  EXPECT_TRUE(isKnown());
+  EXPECT_FALSE(files.find("other.h", kOpenFiles).has_value());
+}
+
+// ---- Groups that were not skipped ----
+
+struct TakenGroup {
+  std::string group;
+  std::optional<std::uint64_t> lineEnds;
+};
+
+TEST_F(GuardedFilesTest, AGroupThatWasTakenIsSkippedAsTheNextReadingWould) {
+  const TakenGroup rows[] = {
+      {"", 0},
+      {"#define G\nint x;\n\n", 3},
+      {"x \\\n y\n", 1},
+      {"/* a\n b */ x\n// it's\n", 3},
+      {"\"/*\"\n'\"'\n'\n", 3},
+      {"a\rb\r\nc\n", 3},
+      // The line of a conditional leaves none, but what is behind #else and #endif is a line.
+      {"#if A\nx\n#elif B\ny\n#else\nz\n#endif\n", 5},
+      {"# ifdef A // why\n  #  endif\n", 1},
+      {"#include \"other.h\"\n#error no\n#line 7\n", 3},
+      {"/* c */ ", 0},
+      {std::string(kReadSize / 2, 'x') + "\n", 1},
+      // What takes the next line with it, what may be no directive, and what is no longer in the buffer.
+      {"#\n", std::nullopt},
+      {"# /* c */\n", std::nullopt},
+      {"#/**/if A\n", std::nullopt},
+      {std::string(kReadSize + 1, 'x') + "\n", std::nullopt},
+  };
+  for (const TakenGroup& row : rows) {
+    EXPECT_EQ(lineEndsOfTaken(row.group), row.lineEnds) << visible(row.group).substr(0, 80);
+  }
+}
+
+TEST_F(GuardedFilesTest, AGroupThatEndsElsewhereForTheNextReadingIsADoubt) {
+  // Where the tokens were arguments, the next reading sees directives.
+  EXPECT_EQ(lineEndsOfTaken("M(\n#endif\n)\n"), std::nullopt);
+  EXPECT_EQ(lineEndsOfTaken("M(\n#if A\n)\n"), std::nullopt);
+  EXPECT_EQ(lineEndsOfTaken("M(\n#else\n)\n"), std::nullopt);
+  EXPECT_EQ(lineEndsOfTaken("M(\n#if A\n#endif\n)\n"), 3U);
+}
+
+TEST_F(GuardedFilesTest, AnElseBesideATakenGroupIsADoubt) {
+  for (const CppTokenKind kind : {TK_ELSE, TK_ELIF}) {
+    files.enter({});
+    files.seeDirective(TK_IFNDEF, false, 0, {}, &file);
+    files.seeGuard(guard, false, {}, &file);
+    files.seeDirective(kind, false, 1, {}, &file);
+    EXPECT_FALSE(files.isFollowing());
+    files.leave(path, stampOf(path), kOpenFiles, {});
+  }
+  EXPECT_FALSE(isKnown());
+}
+
+TEST_F(GuardedFilesTest, ADirectiveFromAMacroIsADoubt) {
+  files.enter({});
+  files.seeDirective(TK_IFNDEF, false, 0, {}, &file);
+  files.seeGuard(guard, false, {}, nullptr);
+  EXPECT_FALSE(files.isFollowing());
   files.leave(path, stampOf(path), kOpenFiles, {});
   EXPECT_FALSE(isKnown());
 }
@@ -165,9 +262,9 @@ TEST_F(GuardedFilesTest, ALinkThatLeadsElsewhereIsNotKnown) {
 
 TEST_F(GuardedFilesTest, WithoutAStampNothingIsRemembered) {
   files.enter({});
-  files.seeDirective(TK_IFNDEF, false, 0, 0);
-  files.seeGuard(guard);
-  files.seeDirective(TK_ENDIF, true, 1, 0);
+  files.seeDirective(TK_IFNDEF, false, 0, {}, &file);
+  files.seeGuard(guard, true, {}, &file);
+  files.seeDirective(TK_ENDIF, true, 1, {}, &file);
   files.leave(path, std::nullopt, kOpenFiles, {});
   EXPECT_FALSE(isKnown());
 }

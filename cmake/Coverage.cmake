@@ -1,4 +1,4 @@
-# QNPP_COVERAGE: clang's instrumentation of the engine and of everything that is linked with it, for scripts/coverage.
+# QNPP_COVERAGE: clang's instrumentation of the program and of everything that is linked with it, for scripts/coverage.
 #
 # The counters of a program are a file that is mapped into it (%c), so what a process has counted is kept if it ends by a
 # signal or without its exit handlers; clang wants counters that can be moved for that. All processes of one program share
@@ -17,5 +17,8 @@ set(countingOptions
   "SHELL:-mllvm -runtime-counter-relocation")
 
 target_compile_options(qnpp_lexer_generated PRIVATE ${countingOptions})
-target_compile_options(qnpp_engine PUBLIC ${countingOptions})
-target_link_options(qnpp_engine PUBLIC -fprofile-instr-generate)
+# The driver sees nothing of the engine.
+foreach(part qnpp_engine qnpp_process)
+  target_compile_options(${part} PUBLIC ${countingOptions})
+  target_link_options(${part} PUBLIC -fprofile-instr-generate)
+endforeach()

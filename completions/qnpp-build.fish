@@ -12,7 +12,7 @@ complete -c qnpp-build -o MMD -d 'The same, as there are no system headers to be
 complete -c qnpp-build -o MF -r -d 'Name the dependency file'
 complete -c qnpp-build -o MT -r -d 'Name the result in it, as it stands'
 complete -c qnpp-build -o MQ -r -d 'The same, with escapes'
-complete -c qnpp-build -o MP -d 'An empty rule for each included file'
+complete -c qnpp-build -o MP -d 'Write an empty rule for each included file'
 complete -c qnpp-build -l depend-on-program -d 'Name qnpp-build in the dependency file too'
 complete -c qnpp-build -l depfile-format -x -a 'make ninja cmake' -d 'Whose spelling of names to use'
 complete -c qnpp-build -l keep-unchanged -d 'Leave a result alone that holds the same already'

@@ -11,7 +11,7 @@ using ByteSet = std::array<bool, 256>;
 
 constexpr bool has(const ByteSet& set, char byte) { return set[static_cast<unsigned char>(byte)]; }
 
-constexpr ByteSet bytesOf(std::string_view bytes) {
+consteval ByteSet bytesOf(std::string_view bytes) {
   ByteSet set{};
   for (const char byte : bytes) {
     set[static_cast<unsigned char>(byte)] = true;
@@ -19,7 +19,7 @@ constexpr ByteSet bytesOf(std::string_view bytes) {
   return set;
 }
 
-constexpr ByteSet allBytesBut(std::string_view bytes) {
+consteval ByteSet allBytesBut(std::string_view bytes) {
   ByteSet set = bytesOf(bytes);
   for (bool& member : set) {
     member = !member;

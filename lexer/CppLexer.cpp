@@ -73,7 +73,7 @@ char* behindLineEnd(char* at) {
 constexpr std::uint64_t addToNumber(std::uint64_t number, char byte) {
   return number << 8U | static_cast<unsigned char>(byte);
 }
-constexpr std::uint64_t numberOf(std::string_view word) {
+consteval std::uint64_t numberOf(std::string_view word) {
   std::uint64_t number = 0;
   for (const char byte : word) {
     number = addToNumber(number, byte);

@@ -67,7 +67,7 @@ constexpr std::array<MessageEntry, kCount> kTable = {{
     {Message::ScannerFailed, Grade::Failure, "scanner-failed", "%s"},
 }};
 
-constexpr bool isInOrder() {
+consteval bool isInOrder() {
   for (std::size_t index = 0; index < kCount; ++index) {
     if (static_cast<std::size_t>(kTable[index].message) != index) {
       return false;

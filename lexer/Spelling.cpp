@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::string_view kOperatorCharacters = "!#%&()*+,-/:<>?^|~";
 
-constexpr std::int16_t kindOfCharacter(char character) {
+consteval std::int16_t kindOfCharacter(char character) {
   if (character == '\n') {
     return TK_NEWLINE;
   }
@@ -27,7 +27,7 @@ constexpr std::array<char, 256> kBytes = [] {
   return bytes;
 }();
 
-constexpr std::array<Spelling, 256> makeSpellings() {
+consteval std::array<Spelling, 256> makeSpellings() {
   std::array<Spelling, 256> spellings{};
   for (std::size_t code = 0; code < spellings.size(); ++code) {
     spellings[code] = Spelling{&kBytes[code], 1, kindOfCharacter(kBytes[code]), nullptr};

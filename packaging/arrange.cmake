@@ -59,8 +59,8 @@ if(CPACK_GENERATOR STREQUAL "DEB")
   endforeach()
 endif()
 
-# Folders can be entered whatever the umask of the maker.
-run(find "${root}" -type d -exec chmod 755 "{}" +)
+# Everybody can enter the folders and read the files, whatever the umask of the maker.
+run(chmod -R u=rwX,go=rX "${root}")
 if(NOT epoch STREQUAL "")
   run(find "${root}" -exec touch -h -d "@${epoch}" "{}" +)
 endif()

@@ -6,6 +6,7 @@
 
 #include "driver/MemoryBudget.h"
 #include "driver/Process.h"
+#include "tools/Utf8.h"
 
 namespace qnpp {
 
@@ -15,9 +16,9 @@ int runCompanion(const char* name, const std::function<int()>& work) {
   try {
     return work();
   } catch (const Failure& failure) {
-    std::cerr << name << ": " << failure.what() << '\n';
+    std::cerr << name << ": " << withEscapes(failure.what()) << '\n';
   } catch (const std::filesystem::filesystem_error& error) {
-    std::cerr << name << ": " << error.what() << '\n';
+    std::cerr << name << ": " << withEscapes(error.what()) << '\n';
   } catch (const std::bad_alloc&) {
     std::cerr << "FATAL ERROR: out of memory.\n";
   }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace qnpp {
@@ -23,6 +24,25 @@ inline std::size_t utf8Size(std::string_view text) {
   const bool isWellFormed =
       byte(0) < 0xF5U && (byte(0) != 0xF0U || byte(1) >= 0x90U) && (byte(0) != 0xF4U || byte(1) < 0x90U);
   return byte(0) >= 0xF0U && isWellFormed && follows(1) && follows(2) && follows(3) ? 4 : 0;
+}
+
+/// Control characters as C writes them, so that a name with line ends makes no lines of its own, and steers no
+/// terminal.
+inline std::string withEscapes(std::string_view text) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  constexpr std::string_view kLetters = "abtnvfr";  // From 7 on.
+  std::string shown;
+  for (const char character : text) {
+    const auto code = static_cast<unsigned char>(character);
+    if (code >= 7 && code < 7 + kLetters.size()) {
+      shown.append({'\\', kLetters[code - 7U]});
+    } else if (code < 0x20U || code == 0x7fU) {
+      shown.append({'\\', 'x', kDigits[code / 16U], kDigits[code % 16U]});
+    } else {
+      shown.push_back(character);
+    }
+  }
+  return shown;
 }
 
 }  // namespace qnpp

@@ -11,7 +11,7 @@ import os
 import re
 import sys
 
-FOLDERS = ("driver", "lexer", "engine", "macros", "directives")
+FOLDERS = ("driver", "library", "engine", "macros", "directives", "lexer")
 GENERATED = "generated/CppLexer.cpp"
 RULES = "lexer/CppLexer.l"
 

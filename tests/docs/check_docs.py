@@ -4,6 +4,7 @@
     check_docs.py commands   --source DIR --build DIR [--long]    run what they show, and compare what it prints
     check_docs.py references --source DIR                         do the things exist that they mention, and do they
                                                                   mention all folders and messages?
+                                                                  Is the changelog in order?
 
 Commands are run in a copy of the checkout, with the tested build in the places where a build lies, the programs on the PATH
 and an empty home folder. Which blocks are run, and how, is told in CONTRIBUTING.md.
@@ -293,6 +294,31 @@ def check_messages(source, problems):
                 problems.add(case.path, f"the manual does not explain: {line}")
 
 
+def check_changelog(source, problems):
+    """Each release has its version and its day, the newest first. What came behind a release belongs to a version of
+    its own, so that no build of it calls itself by the name of the release."""
+    path = source / "CHANGELOG.md"
+    title, *sections = re.split(r"^## ", path.read_text(), flags=re.MULTILINE)
+    if not sections or not sections[0].startswith("Unreleased\n"):
+        problems.add(path, 'the first section is not "Unreleased"')
+        return
+    releases = []
+    for section in sections[1:]:
+        heading = section.split("\n")[0]
+        found = re.fullmatch(r"(\d+)\.(\d+)\.(\d+) - (\d{4}-\d\d-\d\d)", heading)
+        if not found:
+            problems.add(path, f'"{heading}" is not like "1.2.3 - 2026-01-31"')
+            return
+        releases.append((tuple(int(number) for number in found.groups()[:3]), found[4]))
+    if releases != sorted(releases, reverse=True) or len({version for version, _ in releases}) < len(releases):
+        problems.add(path, "the newest release does not come first")
+    numbers = re.search(r'QNPP_VERSION "(\d+)\.(\d+)\.(\d+)"', (source / "cmake/Version.cmake").read_text())
+    version = tuple(int(number) for number in numbers.groups())
+    newest = max((version for version, _ in releases), default=(0, 0, 0))
+    if version < newest or (version == newest and sections[0].strip() != "Unreleased"):
+        problems.add(path, "cmake/Version.cmake has no higher version than the newest release")
+
+
 def check_references(source, problems):
     words = words_of_sources(source)
     for path in documents(source):
@@ -304,6 +330,7 @@ def check_references(source, problems):
         if path.name == "architecture.md":
             check_folder_tables(source, path, prose, problems)
     check_messages(source, problems)
+    check_changelog(source, problems)
 
 
 def main():

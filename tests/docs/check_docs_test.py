@@ -82,10 +82,11 @@ class References(Folder):
         super().setUp()
         self.write(".gitignore", "/build-*/\n")
         self.write("lexer/a.h", "class CppLexer { int rightName_; };\n")
-        self.write("CHANGELOG.md")
+        self.write("CHANGELOG.md", "## Unreleased\n\n## 1.9.0 - 2026-01-31\n\n- It runs.\n")
+        self.write("cmake/Version.cmake", 'set(QNPP_VERSION "1.9.0")\n')
         self.write("CONTRIBUTING.md")
         self.write("README.md")
-        self.write("docs/architecture.md", "| `lexer/` | x |\n| `docs/` | x |\n| `tests/` | x |\n")
+        self.write("docs/architecture.md", "| `lexer/` | x |\n| `docs/` | x |\n| `tests/` | x |\n| `cmake/` | x |\n")
         (self.folder / "tests/golden").mkdir(parents=True)
 
     def problems(self, name="", text=""):
@@ -128,9 +129,28 @@ class References(Folder):
     def test_folders_within_folders(self):
         self.write("lexer/one/a")
         self.write("lexer/two/a")
-        table = "| `lexer/` | x |\n| `docs/` | x |\n| `tests/` | x |\n"
+        table = "| `lexer/` | x |\n| `docs/` | x |\n| `tests/` | x |\n| `cmake/` | x |\n"
         self.assertEqual("", self.problems("docs/architecture.md", table))
         self.assertIn("lexer/two/ is missing", self.problems("docs/architecture.md", table + "| `lexer/one/` | x |\n"))
+
+    def test_a_change_behind_a_release_raises_the_version(self):
+        text = "## Unreleased\n\n- It walks.\n\n## 1.9.0 - 2026-01-31\n"
+        self.assertIn("no higher version", self.problems("CHANGELOG.md", text))
+        self.write("cmake/Version.cmake", 'set(QNPP_VERSION "1.10.0")\n')
+        self.assertEqual("", self.problems())
+        self.write("cmake/Version.cmake", 'set(QNPP_VERSION "1.8.9")\n')
+        self.assertIn("no higher version", self.problems("CHANGELOG.md", "## Unreleased\n\n## 1.9.0 - 2026-01-31\n"))
+
+    def test_before_the_first_release(self):
+        self.assertEqual("", self.problems("CHANGELOG.md", "## Unreleased\n\n- It runs.\n"))
+
+    def test_releases_are_in_order(self):
+        releases = ["## 1.9.0 - 2026-01-31\n", "## 1.2.3 - 2025-12-01\n"]
+        self.assertEqual("", self.problems("CHANGELOG.md", "## Unreleased\n\n" + "".join(releases)))
+        self.assertIn("first", self.problems("CHANGELOG.md", "## Unreleased\n\n" + "".join(reversed(releases))))
+        self.assertIn("first", self.problems("CHANGELOG.md", "## Unreleased\n\n" + releases[0] * 2))
+        self.assertIn('not "Unreleased"', self.problems("CHANGELOG.md", releases[0]))
+        self.assertIn('"1.9.0" is not like', self.problems("CHANGELOG.md", "## Unreleased\n\n## 1.9.0\n"))
 
     def test_messages(self):
         manual = ("## DIAGNOSTICS\n- `qnpp: `*message*\n### Messages\n- `Cannot open file: `*name*\\\n  Why.\n"

@@ -323,7 +323,7 @@ def make_parser(description):
     parser = argparse.ArgumentParser(description=description)
     parser.add_argument("--program", required=True)
     parser.add_argument("--seed", type=int, default=1)
-    parser.add_argument("--cases", type=int, default=1000)
+    parser.add_argument("--cases", type=int, help="stop after so many; 1000 without a time")
     parser.add_argument("--first", type=int, default=0, help="number of the first case")
     parser.add_argument("--seconds", type=float, default=0, help="stop after this time")
     parser.add_argument("--differences", type=int, default=1, help="stop after this many differences")
@@ -334,11 +334,18 @@ def make_parser(description):
     return parser
 
 
+def read_options(parser, words=None):
+    options = parser.parse_args(words)
+    if options.cases is None:
+        options.cases = sys.maxsize if options.seconds else 1000
+    options.program = os.path.abspath(options.program)
+    return options
+
+
 def main():
     parser = make_parser("Compares the program with the model on random projects.")
     parser.add_argument("--jobs", type=int, default=1, help="cases to run at the same time")
-    options = parser.parse_args()
-    options.program = os.path.abspath(options.program)
+    options = read_options(parser)
     return compare_in_process(options, 0) if options.case else compare(options)
 
 

@@ -25,8 +25,8 @@ import zlib
 sys.dont_write_bytecode = True
 
 import model  # noqa: E402
-from compare import (Runner, Skipped, keep, load, make_parser, minimise, run_with_large_stack, show_case,  # noqa: E402
-                     show_results)
+from compare import (Runner, Skipped, keep, load, make_parser, minimise, read_options, run_with_large_stack,  # noqa: E402
+                     show_case, show_results)
 from generator import Case, Generator  # noqa: E402
 
 
@@ -616,8 +616,8 @@ def main():
     parser.add_argument("--without-shortcuts", help="the program built without its shortcuts")
     parser.add_argument("--sanitized", help="the program built with sanitizers")
     parser.add_argument("--relation", action="append", help="only this relation; may be repeated")
-    options = parser.parse_args()
-    for name in ("program", "without_shortcuts", "sanitized"):
+    options = read_options(parser)
+    for name in ("without_shortcuts", "sanitized"):
         if getattr(options, name):
             setattr(options, name, os.path.abspath(getattr(options, name)))
     with tempfile.TemporaryDirectory(prefix="qnpp-paths-") as folder:

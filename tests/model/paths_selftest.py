@@ -18,7 +18,7 @@ from types import SimpleNamespace
 sys.dont_write_bytecode = True
 
 import paths  # noqa: E402
-from compare import run_with_large_stack  # noqa: E402
+from compare import make_parser, read_options, run_with_large_stack  # noqa: E402
 from generator import Case  # noqa: E402
 from model import TK_NEWLINE  # noqa: E402
 
@@ -86,6 +86,10 @@ def check_counts(checks):
     checks.check("the program itself passes", status == 0 and "12 cases run" in seen, seen)
     status, seen = checks.run("--program", checks.program, "--cases", "0")
     checks.check("a run without a case fails", status == 1, seen)
+    for words, cases in (((), 1000), (("--cases", "7"), 7), (("--seconds", "9"), sys.maxsize),
+                         (("--seconds", "9", "--cases", "7"), 7)):
+        options = read_options(make_parser(""), ["--program", "x", *words])
+        checks.check("a time alone sets no number of cases: %r" % (words,), options.cases == cases, str(options.cases))
     # What a relation leaves out is not counted for it.
     tester = make_tester(checks)
     relation = tester.relations[0]

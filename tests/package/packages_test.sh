@@ -48,9 +48,10 @@ build() { # build <checkout> <release build> <folder>
   { configure "$here" "$here/build" "$2" && cmake --build "$here/build" --target qnpp_man qnpp-build_man qnpp-explain_man qnpp-check_man &&
     cp "$2"/{qnpp,qnpp-build,qnpp-explain,qnpp-check,libqnpp.a} "$here/build" && (cd "$here/build" && cpack); } >"$3/log.1" 2>&1 ||
     failed 'the packages can be made' "$(tail -n 30 "$3/log.1")"
-  # The programs are the same with the shared library.
+  # The programs are the same with the shared library. The umask of the maker does not show in a package.
   { configure "$here" "$3/shared" "$2" -DQNPP_SHARED_LIBRARY=ON &&
-    cp -P "$2"/{qnpp,qnpp-build,qnpp-explain,qnpp-check} "$2"/libqnpp.so* "$here"/build/*.1 "$3/shared" && (cd "$3/shared" && cpack -G DEB); } \
+    cp -P "$2"/{qnpp,qnpp-build,qnpp-explain,qnpp-check} "$2"/libqnpp.so* "$here"/build/*.1 "$3/shared" &&
+    (umask 077 && cd "$3/shared" && cpack -G DEB); } \
     >"$3/log.3" 2>&1 || failed 'the packages with the shared library can be made' "$(tail -n 30 "$3/log.3")"
   export TZ=Pacific/Honolulu
   # The companions, compiled by the same options, would take twice as long again.
@@ -163,6 +164,7 @@ shared() { # shared <folder>
     $(PKG_CONFIG_PATH=$lib/pkgconfig pkg-config --cflags --libs libqnpp) || failed 'C is built with the packages'
   same 'a program runs with the package of the library' 'void ping(void); // strange.idl:1
 no request: skip; // strange.idl:3' "$(LD_LIBRARY_PATH=there${lib#here} ./compiler strange.idl)"
+  same 'everybody can read what is in the packages' '' "$(find here there ! -perm -444)"
   same 'what is in that package' "libqnpp.so.$major libqnpp.so.$version" \
     "$(find there -name '*.so*' -printf '%f\n' | LC_ALL=C sort | paste -sd ' ' -)"
 }

@@ -27,6 +27,7 @@ ODD_NAMES += [b"x\\ y", b"x\\\\ y", b"x\\#y", b"x\\:y", b"x\\$y", b"x\\%y", b"$(
 RANDOM = random.Random(1)
 ODD_NAMES += [bytes(RANDOM.choices([*BYTES, *b"\\\\\\  $$##%%::xy."], k=RANDOM.randint(2, 7))) for _ in range(200)]
 ODD_NAMES = [name for name in dict.fromkeys(ODD_NAMES) if name not in (b".", b"..")]
+ESCAPES = dict(zip(b"\a\b\t\n\v\f\r", "abtnvfr"))
 OLD = 1_000_000_000
 # make does not like times to come; Ninja holds inputs against the time at which it ran a command, which is now.
 NEW = {"make": OLD + 2, "ninja": 4_000_000_000}[TOOL]
@@ -54,6 +55,12 @@ def run(words, folder):
 
 def for_ninja(name):
     return name.replace(b"$", b"$$").replace(b" ", b"$ ").replace(b":", b"$:")
+
+
+def with_escapes(name):
+    """The name as it is shown in a message."""
+    return b"".join(b"\\" + ESCAPES.get(byte, f"x{byte:02x}").encode() if byte < 32 or byte == 127 else bytes([byte])
+                    for byte in name)
 
 
 class NamesTest(unittest.TestCase):
@@ -122,7 +129,7 @@ class NamesTest(unittest.TestCase):
         for name in names:
             done = self.build(name, "depfile", "source")
             self.assertEqual(done.returncode, 2, name)
-            self.assertIn(b"cannot name the result '" + name + b"'", done.stderr)
+            self.assertIn(b"cannot name the result '" + with_escapes(name) + b"'", done.stderr)
         self.assertEqual(os.listdir(self.folder), [b"source"])
 
 

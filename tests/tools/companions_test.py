@@ -261,6 +261,18 @@ class ExplainTest(Companion):
     def test_bytes_that_would_steer_the_terminal_are_not_written(self):
         self.assertNotIn("\x1b", self.explain("#define A \x1b[31m\nA\n", "a.txt:2"))
 
+    def test_a_name_with_a_line_end_stays_on_its_line(self):
+        name, shown = "a\n\x1bb.txt", "a\\n\\x1bb.txt"
+        (self.folder / name).write_text('#define A 1\nA\n#include "none"\n#pragma once\n')
+        text = self.run_in([OPTIONS.explain, name]).stdout.decode()
+        self.assertIn(f"{shown}:2: A\n{shown}:2> 1\n+ A -> 1\n| {shown}:1: #define A 1\n", text)
+        self.assertEqual(json.loads(self.run_in([OPTIONS.explain, "--json", name]).stdout)["files"][0]["name"], name)
+        done = self.run_in([OPTIONS.check, name, "c\nd"])
+        self.assertEqual(done.stdout.decode().split(" ")[:2], [f"{shown}:4:", "pragma-once:"])
+        self.assertEqual(done.stderr, b"qnpp-check: cannot open c\\nd\n")
+        self.assertEqual(json.loads(self.run_in([OPTIONS.check, "--format=json", name]).stdout)[0]["file"], name)
+        self.assertEqual(self.run_in([OPTIONS.explain, "c\nd"]).stderr, b"qnpp-explain: cannot open c\\nd\n")
+
     def test_a_division_by_zero_is_told(self):
         for source, line in (("#if 1 / 0\n#endif\n", 1), ("#if 0\n#elif 1 / 0\n#endif\n", 2)):
             shown = self.explain(source, f"a.txt:{line}")
@@ -349,6 +361,14 @@ class CheckTest(Companion):
 
     def test_an_output_that_is_the_source(self):
         self.assertIn(b"output-is-source: -o names the source", self.check("x\n", "-o", "./a.txt").stdout)
+
+    def test_one_name_is_not_for_several_sources(self):
+        files = {"a.txt": "#pragma once\n", "b.txt": "#pragma once\n"}
+        self.assertEqual(self.run_in([OPTIONS.check, "a.txt", "b.txt"], files).stdout.count(b"\n"), 2)
+        self.assertTrue(self.run_in([OPTIONS.check, "-s", "c", "a.txt"]).stdout.startswith(b"c:1: pragma-once: "))
+        done = self.run_in([OPTIONS.check, "-s", "c", "a.txt", "b.txt"])
+        self.assertEqual((done.returncode, done.stdout, done.stderr),
+                         (2, b"", b"qnpp-check: '-s' names one source, and there are several\n"))
 
     def test_an_ordinary_source_is_passed_in_silence(self):
         done = self.run_in([OPTIONS.check, "--error", "a.txt"], {"a.txt": (

@@ -35,7 +35,7 @@ void addOptions(CommandLine& line, Options& options, Wishes& wishes) {
   line.addValues("--MT", "<target>", options.spelledTargets,
                  "name of the result in the dependency file, as it stands.");
   line.addValues("--MQ", "<target>", options.targets, "the same, with escapes for what is special there.");
-  line.addFlag("--MP", options.hasEmptyRules, "an empty rule for each included file, in case it goes away.");
+  line.addFlag("--MP", options.hasEmptyRules, "write an empty rule for each included file, in case it goes away.");
   line.addFlag("--depend-on-program", options.dependsOnProgram, "name qnpp-build in the dependency file too.");
   line.addValue("--depfile-format", "<tool>", wishes.format, "make, ninja or cmake: whose spelling of names to use.")
       ->check(CLI::IsMember({"make", "ninja", "cmake"}).description(""));

@@ -54,9 +54,9 @@ Json placeOf(const Finding& finding) {
 void writeText(const std::vector<Finding>& findings, std::ostream& output) {
   for (const Finding& finding : findings) {
     if (finding.line > 0) {
-      output << finding.file << ':' << finding.line << ": ";
+      output << withEscapes(finding.file) << ':' << finding.line << ": ";
     }
-    output << finding.rule->id << ": " << finding.text << ". " << finding.rule->advice << '\n';
+    output << finding.rule->id << ": " << withEscapes(finding.text) << ". " << finding.rule->advice << '\n';
   }
 }
 

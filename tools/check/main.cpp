@@ -7,6 +7,7 @@
 
 #include "tools/CommandLine.h"
 #include "tools/Companion.h"
+#include "tools/Utf8.h"
 #include "tools/check/Check.h"
 #include "tools/check/Report.h"
 #include "tools/explain/RecordedRun.h"
@@ -40,7 +41,7 @@ bool checkSource(const Options& options, const std::string& source, std::vector<
   const std::string textReadOnce = qnpp::textOfReadOnce(source);
   const std::optional<qnpp::Explanation> explanation = qnpp::record(run, textReadOnce);
   if (!explanation) {
-    std::cerr << "qnpp-check: cannot open " << source << '\n';
+    std::cerr << "qnpp-check: cannot open " << qnpp::withEscapes(source) << '\n';
     return false;
   }
   for (qnpp::Finding& finding : qnpp::check(*explanation, textReadOnce)) {
@@ -50,6 +51,9 @@ bool checkSource(const Options& options, const std::string& source, std::vector<
 }
 
 int checkAll(const Options& options) {
+  if (!options.run.sourceName.empty() && options.sources.size() > 1) {
+    throw qnpp::Failure("'-s' names one source, and there are several");
+  }
   std::vector<qnpp::Finding> findings;
   bool areAllRead = true;
   for (const std::string& source : options.sources.empty() ? std::vector<std::string>{""} : options.sources) {
@@ -92,7 +96,7 @@ int main(int argc, char** argv) {
   return qnpp::runCompanion("qnpp-check", [argc, argv] {
     Options options;
     qnpp::CommandLine line("qnpp-check", "[source_file...]", std::numeric_limits<std::size_t>::max());
-    line.addNote("Nothing is written to the output file.");
+    line.addNote("Nothing is written to the output file. With -s, there can be only one source file.");
     addOptions(line, options);
     if (!line.read(qnpp::wordsOf(argc, argv), options.run, std::cout, std::cerr)) {
       return line.status();

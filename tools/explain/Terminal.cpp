@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/Utf8.h"
 #include "tools/explain/Reasons.h"
 
 namespace qnpp {
@@ -60,14 +61,12 @@ class Row {
         return "2";
     }
   }
-  // The source may hold bytes that would steer the terminal.
+  // The source may hold bytes that would steer the terminal, and so may the name of a file.
   static std::string printable(std::string_view text) {
-    std::string shown;
-    for (const char character : text) {
-      const auto code = static_cast<unsigned char>(character);
-      shown.push_back(code < 0x20 || code == 0x7f ? ' ' : character);
-    }
-    return shown;
+    std::string blanks(text);
+    std::replace_if(
+        blanks.begin(), blanks.end(), [](char byte) { return byte == '\t' || byte == '\v' || byte == '\f'; }, ' ');
+    return withEscapes(blanks);
   }
   static void cut(std::string& text, std::size_t count) {
     std::size_t at = 0;

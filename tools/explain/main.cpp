@@ -131,9 +131,11 @@ void addOptions(qnpp::CommandLine& line, Options& options) {
       ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
   line.addValue("--width", "<columns>", options.width, "cut lines there, not where the terminal ends.")
       ->check(CLI::Range(20, 10000).description(""));
-  line.addValue("--most", "<steps>", options.most, "stop writing down what happens after so many (10000000).")
+  line.addValue("--most", "<steps>", options.most,
+                "stop writing down what happens after so many; without it, 10000000.")
       ->check(isNoLess);
-  line.addValue("--most-uses", "<uses>", options.mostUses, "let a page take apart so many uses of macros (10000).")
+  line.addValue("--most-uses", "<uses>", options.mostUses,
+                "let a page take apart so many uses of macros; without it, 10000.")
       ->check(isNoLess);
 }
 

@@ -95,6 +95,27 @@ TEST(PreprocessorC, FilesAreReadFromTheDisk) {
   EXPECT_EQ(std::string(QnGetOutput(preprocessor.get(), nullptr)).substr(0, 2), "b\n");
 }
 
+TEST(PreprocessorC, TheLinesOfAFileFromTheResolverAreFound) {
+  const qnpp::TemporaryFolder folder;
+  std::string path = folder.write("x", "one\ntwo\n");
+  const Owner preprocessor = make();
+  QnSetResolver(
+      preprocessor.get(),
+      [](void* context, const QnIncludeRequest*, QnInclude* include) {
+        QnIncludeFile(include, static_cast<const std::string*>(context)->c_str());
+        return 0;
+      },
+      &path);
+  QnSetLineDirectives(preprocessor.get(), 0);
+  QnSetLineMap(preprocessor.get(), 1);
+  EXPECT_EQ(run(preprocessor, "\n#include <y>\nthree\n"), QnClean);
+  EXPECT_STREQ(QnGetOutput(preprocessor.get(), nullptr), "\none\ntwo\nthree\n");
+  EXPECT_EQ(QnFindLine(preprocessor.get(), 3).file, path);
+  EXPECT_EQ(QnFindLine(preprocessor.get(), 3).line, 2);
+  EXPECT_STREQ(QnFindLine(preprocessor.get(), 4).file, "s");
+  EXPECT_EQ(QnFindLine(preprocessor.get(), 4).line, 3);
+}
+
 TEST(PreprocessorC, MessagesSayWhatTheyAreAndHowTheirPlaceWasReached) {
   const Owner preprocessor = make();
   QnSetResolver(

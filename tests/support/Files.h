@@ -4,18 +4,20 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace qnpp {
 
 /// The bytes of a file; none when it cannot be read.
 inline std::string readFile(const std::string& name) {
-  std::ifstream stream(name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
+  std::ostringstream bytes;
+  bytes << std::ifstream(name, std::ios::binary).rdbuf();
+  return std::move(bytes).str();
 }
 
 /// A new folder with nothing in it; removed with all its contents at the end.

@@ -9,10 +9,11 @@ namespace qnpp {
 
 /// `text` as many times as told, one after the other.
 inline std::string repeat(std::size_t times, std::string_view text) {
-  std::string result;
-  result.reserve(times * text.size());
-  for (std::size_t count = 0; count < times; ++count) {
-    result += text;
+  const std::size_t size = times * text.size();
+  std::string result(text.substr(0, size));
+  result.reserve(size);
+  while (result.size() < size) {
+    result.append(result, 0, size - result.size());  // Twice as much each time: a text may have tens of megabytes.
   }
   return result;
 }

@@ -62,7 +62,7 @@ subproject() {
   examples=$1
   local words=(-DREQUESTS_FETCH_QNPP=ON "-DFETCHCONTENT_SOURCE_DIR_QNPP=$2" -DBUILD_SHARED_LIBS=ON
     -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O0
-    -DCMAKE_UNITY_BUILD=ON -DCMAKE_INSTALL_LIBDIR=lib
+    -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=0 -DCMAKE_INSTALL_LIBDIR=lib
     -DCMAKE_DISABLE_FIND_PACKAGE_CLI11=ON)
   byCMake within "${words[@]}"
   compiles 'in C++, with qnpp within the project' within/compiler

@@ -1,11 +1,11 @@
-# cmake -DSOURCE_DIR=... -DBUILD_DIR=... -DGENERATOR=... -DSANITIZERS=... -DUNITY=... -DTARGETS=... -P Build.cmake: see CMakeLists.txt.
+# cmake -DSOURCE_DIR=... -DBUILD_DIR=... -DGENERATOR=... -DSANITIZERS=... -DTARGETS=... -P Build.cmake: see CMakeLists.txt.
 #
-# Nothing is optimised and, with UNITY, each target is compiled in one go: compiling takes most of the time.
+# Nothing is optimised and each target is compiled in one go: compiling takes most of the time.
 
 execute_process(
   COMMAND "${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${BUILD_DIR}" -G "${GENERATOR}" -DCMAKE_BUILD_TYPE=RelWithDebInfo
           -DCMAKE_CXX_FLAGS=-D_GLIBCXX_ASSERTIONS "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O0 -g1 -UNDEBUG"
-          "-DQNPP_SANITIZE=${SANITIZERS}" -DQNPP_DEVELOPER=ON "-DCMAKE_UNITY_BUILD=${UNITY}" -DCMAKE_UNITY_BUILD_BATCH_SIZE=0
+          "-DQNPP_SANITIZE=${SANITIZERS}" -DQNPP_DEVELOPER=ON -DCMAKE_UNITY_BUILD=ON -DCMAKE_UNITY_BUILD_BATCH_SIZE=0
           -DQNPP_BUILD_BENCHMARKS=OFF
   COMMAND_ERROR_IS_FATAL ANY)
 execute_process(COMMAND "${CMAKE_COMMAND}" --build "${BUILD_DIR}" --parallel 2 --target ${TARGETS} COMMAND_ERROR_IS_FATAL ANY)

@@ -1,5 +1,6 @@
 #include "tools/CommandLine.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iomanip>
 #include <ostream>
@@ -35,6 +36,13 @@ void refuseEmptyValues(const CLI::App& app, const std::vector<std::string>& word
   }
 }
 
+// With a description it would show behind the word for the value in the help.
+void letChoose(CLI::Option& option, const std::vector<std::string>& choices) {
+  if (!choices.empty()) {
+    option.check(CLI::IsMember(choices).description(""));
+  }
+}
+
 bool take(const OptionParser& parser, std::string_view letter, std::vector<std::string>& to) {
   const auto values = parser.letterValues(letter);
   if (values) {
@@ -46,24 +54,50 @@ bool take(const OptionParser& parser, std::string_view letter, std::vector<std::
 }  // namespace
 
 CommandLine::CommandLine(std::string name, std::string sourcesWord, std::size_t mostSources)
-    : name_(std::move(name)), sourcesWord_(std::move(sourcesWord)), mostSources_(mostSources), status_(kFailed) {
-  app_.set_help_flag();
-  app_.allow_extras();
+    : name_(std::move(name)),
+      sourcesWord_(std::move(sourcesWord)),
+      mostSources_(mostSources),
+      app_(std::make_unique<CLI::App>()),
+      status_(kFailed) {
+  app_->set_help_flag();
+  app_->allow_extras();
 }
 
-CLI::Option* CommandLine::addValues(const std::string& name, const std::string& valueWord, std::vector<std::string>& to,
-                                    const std::string& text) {
-  // Each time one value: an option with a list would take the source behind it too.
-  const auto append = [&to](const std::string& word) { to.push_back(word); };
-  return app_.add_option_function<std::string>(name, append, text)
+CommandLine::~CommandLine() = default;
+
+void CommandLine::addFlag(const std::string& name, bool& flag, const std::string& text) {
+  app_->add_flag(name, flag, text);
+}
+
+void CommandLine::addValue(const std::string& name, const std::string& valueWord, std::string& to,
+                           const std::string& text, const std::vector<std::string>& choices) {
+  letChoose(*app_->add_option(name, to, text)->type_name(valueWord)->take_last(), choices);
+}
+
+void CommandLine::addNumber(const std::string& name, const std::string& valueWord, std::size_t& to,
+                            const std::string& text, std::optional<std::pair<int, int>> bounds) {
+  // One less than 0 would become a very large number.
+  app_->add_option(name, to, text)
       ->type_name(valueWord)
       ->take_last()
-      ->trigger_on_parse();
+      ->check(bounds ? CLI::Range(bounds->first, bounds->second).description("")
+                     : CLI::NonNegativeNumber.description(""));
+}
+
+void CommandLine::addValues(const std::string& name, const std::string& valueWord, std::vector<std::string>& to,
+                            const std::string& text, const std::vector<std::string>& choices) {
+  // Each time one value: an option with a list would take the source behind it too.
+  const auto append = [&to](const std::string& word) { to.push_back(word); };
+  letChoose(*app_->add_option_function<std::string>(name, append, text)
+                 ->type_name(valueWord)
+                 ->take_last()
+                 ->trigger_on_parse(),
+            choices);
 }
 
 void CommandLine::writeHelp(std::ostream& output) const {
   output << "Usage: " << name_ << " [options] " << sourcesWord_ << "\n\n" << programOptionsHelp() << '\n';
-  for (const CLI::Option* option : app_.get_options()) {
+  for (const CLI::Option* option : app_->get_options()) {
     output << "  " << std::left << std::setw(27) << spellingOf(*option) << ": " << option->get_description() << '\n';
   }
   output << '\n'
@@ -117,13 +151,13 @@ bool CommandLine::readProgramOptions(const OptionParser& parser, RunOptions& opt
 
 bool CommandLine::read(const std::vector<std::string>& words, RunOptions& options, std::ostream& output,
                        std::ostream& messages) {
-  refuseEmptyValues(app_, words);
+  refuseEmptyValues(*app_, words);
   try {
-    app_.parse(std::vector<std::string>(words.rbegin(), words.rend()));
+    app_->parse(std::vector<std::string>(words.rbegin(), words.rend()));
   } catch (const CLI::ParseError& error) {
     throw Failure(error.what());
   }
-  const std::vector<std::string> rest = app_.remaining();
+  const std::vector<std::string> rest = app_->remaining();
   std::vector<const char*> restWords = {name_.c_str()};
   for (const std::string& word : rest) {
     restWords.push_back(word.c_str());

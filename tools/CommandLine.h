@@ -1,14 +1,20 @@
 // The command line of a companion: that of qnpp, and what the companion has beyond it.
 #pragma once
 
-#include <CLI/CLI.hpp>
 #include <cstddef>
 #include <iosfwd>
+#include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tools/RunOptions.h"
+
+// Compiling its headers takes seconds, so they are left to CommandLine.cpp.
+namespace CLI {
+class App;
+}  // namespace CLI
 
 namespace qnpp {
 
@@ -20,19 +26,22 @@ class CommandLine {
  public:
   /// The name of the companion, and how its help names the sources: "[source_file]".
   CommandLine(std::string name, std::string sourcesWord, std::size_t mostSources = 1);
+  ~CommandLine();
 
   /// A sentence for the help.
   void addNote(std::string note) { note_ = std::move(note); }
 
-  void addFlag(const std::string& name, bool& flag, const std::string& text) { app_.add_flag(name, flag, text); }
-  /// An option with a value, of which the last one counts; `valueWord` shows what it is: "<file>".
-  template <typename Value>
-  CLI::Option* addValue(const std::string& name, const std::string& valueWord, Value& to, const std::string& text) {
-    return app_.add_option(name, to, text)->type_name(valueWord)->take_last();
-  }
+  void addFlag(const std::string& name, bool& flag, const std::string& text);
+  /// An option with a value, of which the last one counts; `valueWord` shows what it is: "<file>". Where there are
+  /// choices, it has to be one of them.
+  void addValue(const std::string& name, const std::string& valueWord, std::string& to, const std::string& text,
+                const std::vector<std::string>& choices = {});
+  /// The same with a number that is not negative, or within the bounds, which are allowed too.
+  void addNumber(const std::string& name, const std::string& valueWord, std::size_t& to, const std::string& text,
+                 std::optional<std::pair<int, int>> bounds = {});
   /// An option that may come more than once, each time with a value.
-  CLI::Option* addValues(const std::string& name, const std::string& valueWord, std::vector<std::string>& to,
-                         const std::string& text);
+  void addValues(const std::string& name, const std::string& valueWord, std::vector<std::string>& to,
+                 const std::string& text, const std::vector<std::string>& choices = {});
 
   /// Reads the words behind the name of the program. Nothing is left to do when the answer is false: help or version
   /// went to `output`, or what is wrong went to `messages`, and status() is that of the process. Throws Failure for
@@ -52,7 +61,7 @@ class CommandLine {
   std::string sourcesWord_;
   std::size_t mostSources_;
   std::string note_;
-  CLI::App app_;
+  std::unique_ptr<CLI::App> app_;
   std::vector<std::string> sources_;
   int status_;
 };

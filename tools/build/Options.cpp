@@ -37,11 +37,11 @@ void addOptions(CommandLine& line, Options& options, Wishes& wishes) {
   line.addValues("--MQ", "<target>", options.targets, "the same, with escapes for what is special there.");
   line.addFlag("--MP", options.hasEmptyRules, "write an empty rule for each included file, in case it goes away.");
   line.addFlag("--depend-on-program", options.dependsOnProgram, "name qnpp-build in the dependency file too.");
-  line.addValue("--depfile-format", "<tool>", wishes.format, "make, ninja or cmake: whose spelling of names to use.")
-      ->check(CLI::IsMember({"make", "ninja", "cmake"}).description(""));
+  line.addValue("--depfile-format", "<tool>", wishes.format, "make, ninja or cmake: whose spelling of names to use.",
+                {"make", "ninja", "cmake"});
   line.addFlag("--keep-unchanged", options.keepsUnchanged, "leave a result alone that holds the same already.");
-  line.addValue("--line-directives", "<style>", wishes.lineDirectives, "hash (as qnpp writes them), gnu, glsl or none.")
-      ->check(CLI::IsMember({"hash", "gnu", "glsl", "none"}).description(""));
+  line.addValue("--line-directives", "<style>", wishes.lineDirectives, "hash (as qnpp writes them), gnu, glsl or none.",
+                {"hash", "gnu", "glsl", "none"});
   line.addValue("--file-table", "<file>", options.fileTable, "write the numbers of files in the style glsl to <file>.");
   line.addValue("--source-name", "<name>", options.shownName, "like -s, but files are searched next to the source.");
   line.addValues("--prefix-map", "<old>=<new>", wishes.prefixes,

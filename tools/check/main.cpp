@@ -82,11 +82,10 @@ void addOptions(qnpp::CommandLine& line, Options& options) {
   for (const qnpp::Rule& rule : qnpp::rules()) {
     ids.emplace_back(rule.id);
   }
-  const auto isId = CLI::IsMember(ids).description("");
-  line.addValue("--format", "<form>", options.format, "text, json, or sarif for code scanners.")
-      ->check(CLI::IsMember({"text", "json", "sarif"}).description(""));
-  line.addValues("--disable", "<id>", options.disabled, "leave out findings of this sort.")->check(isId);
-  line.addValues("--enable", "<id>", options.enabled, "look for a sort that is off by default.")->check(isId);
+  line.addValue("--format", "<form>", options.format, "text, json, or sarif for code scanners.",
+                {"text", "json", "sarif"});
+  line.addValues("--disable", "<id>", options.disabled, "leave out findings of this sort.", ids);
+  line.addValues("--enable", "<id>", options.enabled, "look for a sort that is off by default.", ids);
   line.addFlag("--error", options.isError, "end with status 1 if anything was found.");
 }
 

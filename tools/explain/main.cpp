@@ -123,20 +123,16 @@ int show(const Options& options) {
 
 // The options that qnpp does not have.
 void addOptions(qnpp::CommandLine& line, Options& options) {
-  const auto isNoLess = CLI::NonNegativeNumber.description("");  // Than 0, which would become a very large number.
   line.addValue("--macro", "<name>", options.macro, "show only what involves this macro.");
   line.addValue("--html", "<file>", options.html, "write a page for a browser to <file> instead.");
   line.addFlag("--json", options.isJson, "write what happened as JSON instead.");
-  line.addValue("--color", "<when>", options.colour, "auto (on a terminal), always or never.")
-      ->check(CLI::IsMember({"auto", "always", "never"}).description(""));
-  line.addValue("--width", "<columns>", options.width, "cut lines there, not where the terminal ends.")
-      ->check(CLI::Range(20, 10000).description(""));
-  line.addValue("--most", "<steps>", options.most,
-                "stop writing down what happens after so many; without it, 10000000.")
-      ->check(isNoLess);
-  line.addValue("--most-uses", "<uses>", options.mostUses,
-                "let a page take apart so many uses of macros; without it, 10000.")
-      ->check(isNoLess);
+  line.addValue("--color", "<when>", options.colour, "auto (on a terminal), always or never.",
+                {"auto", "always", "never"});
+  line.addNumber("--width", "<columns>", options.width, "cut lines there, not where the terminal ends.", {{20, 10000}});
+  line.addNumber("--most", "<steps>", options.most,
+                 "stop writing down what happens after so many; without it, 10000000.");
+  line.addNumber("--most-uses", "<uses>", options.mostUses,
+                 "let a page take apart so many uses of macros; without it, 10000.");
 }
 
 }  // namespace

@@ -18,7 +18,7 @@ namespace {
 constexpr std::size_t kDeepest = 40;
 constexpr std::size_t kMostWork = std::size_t{1} << 21;
 constexpr std::size_t kLeastWork = std::size_t{1} << 10;
-constexpr std::size_t kBytesLikeAToken = 8;
+constexpr std::size_t kBytesLikeAToken = 16;
 constexpr std::size_t kMostText = std::size_t{1} << 21;
 constexpr std::size_t kSlack = 4;  // Bytes behind a word that may be read.
 
@@ -254,7 +254,6 @@ bool DirectExpansion::replaceInvocation(Name& name, Source& source, Making& maki
   }
   values_.resize(firstValue);
   if (begin != resultBegin) {  // The arguments go.
-    spendOnText(size_ - resultBegin);
     std::memmove(bytes_.get() + begin, bytes_.get() + resultBegin, size_ - resultBegin);
     size_ -= resultBegin - begin;
   }

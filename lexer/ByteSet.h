@@ -41,6 +41,15 @@ inline constexpr ByteSet kWordBytes = bytesOf("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefg
 
 constexpr bool isWordByte(char byte) { return has(kWordBytes, byte); }
 
+/// Behind the bytes of the set at `at`; what ends them has to follow.
+template <typename Byte>
+Byte* passAll(const ByteSet& set, Byte* at) {
+  while (has(set, *at)) {
+    ++at;
+  }
+  return at;
+}
+
 /// True for a text that is one word and nothing else.
 inline bool isWordText(std::string_view text) {
   return !text.empty() && !has(kDigitBytes, text[0]) && std::all_of(text.begin(), text.end(), isWordByte);

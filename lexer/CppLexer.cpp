@@ -17,14 +17,6 @@ constexpr ByteSet kUnsureLineStart = bytesOf(std::string_view("#/\\\r\0", 5));
 
 constexpr ByteSet kOctalDigits = bytesOf("01234567");
 
-template <typename Byte>
-Byte* passAll(const ByteSet& set, Byte* at) {
-  while (has(set, *at)) {
-    ++at;
-  }
-  return at;
-}
-
 // The bits from that of `place` on.
 constexpr std::uint64_t bitsFrom(std::size_t place) { return ~std::uint64_t{0} << place; }
 

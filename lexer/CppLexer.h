@@ -147,14 +147,13 @@ class CppLexer final : public yyCppFlexLexer {
   /// this was all; otherwise returns false, with nothing passed. Only in the middle of a line.
   template <typename Read>
   bool readPlainLine(PlainLine::TextOf textOf, Read read) {
-    char* const begin = beginScan();
-    PlainLine line(begin, context_.names, textOf);
-    const bool isRead = read(line) && line.behindEnd() != nullptr;
-    yytext = begin;
+    const bool isRead = passInBuffer([this, textOf, &read](const char* at) {
+      PlainLine line(at, context_.names, textOf);
+      return read(line) ? line.behindEnd() : nullptr;
+    });
     if (isRead) {
       countLine();
     }
-    endScan(isRead ? begin + (line.behindEnd() - begin) : begin);
     return isRead;
   }
 

@@ -178,10 +178,7 @@ void PlainLine::passComment() {
 // ---- Words ----
 
 CppTokenKind PlainLine::takeWord(bool isProtected) {
-  const char* end = at_ + 1;
-  while (isWordByte(*end)) {
-    ++end;
-  }
+  const char* const end = passAll(kWordBytes, at_);
   const std::string_view word(at_, static_cast<std::size_t>(end - at_));
   if (word == "defined") {
     return macro_ != nullptr ? giveUp() : take(TK_DEFINED, end);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cassert>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <span>
@@ -47,20 +47,6 @@ constexpr std::array<ByteClass, 256> kByteClasses = [] {
   }
   return classes;
 }();
-
-const char* passBlanks(const char* at) {
-  while (has(kBlankBytes, *at)) {
-    ++at;
-  }
-  return at;
-}
-
-const char* passWord(const char* at) {
-  while (isWordByte(*at)) {
-    ++at;
-  }
-  return at;
-}
 
 // Behind the literal at `at` if it is one of the simple sort; null otherwise.
 const char* passSimpleLiteral(const char* at) {
@@ -199,7 +185,7 @@ DirectExpansion::DirectExpansion(CppMacroTable& macros, const NameTable& names, 
     : macros_(macros), names_(names), budget_(budget), mostWork_(kMostWork) {}
 
 const char* DirectExpansion::expand(Name& name, const char* at) {
-  at = passBlanks(at);
+  at = passAll(kBlankBytes, at);
   if (*at++ != '(') {
     return nullptr;
   }
@@ -340,7 +326,7 @@ bool DirectExpansion::readArguments(Source& source, const CppMacro& macro, const
 
 // Reads an argument from the scanner's buffer, and what ends it.
 bool DirectExpansion::readArgument(const char*& at, Making& argument) {
-  at = passBlanks(at);
+  at = passAll(kBlankBytes, at);
   const char* run = at;  // What has not been appended.
   const auto appendRun = [this, &run, &argument](const char* end) {
     return end == run || appendItem({run, static_cast<std::size_t>(end - run)}, argument);
@@ -351,7 +337,7 @@ bool DirectExpansion::readArgument(const char*& at, Making& argument) {
         ++at;
         break;
       case ByteClass::Word: {
-        const char* const end = passWord(at);
+        const char* const end = passAll(kWordBytes, at);
         if (!argument.isExpanded || !names_.mayHoldMacro(at)) {
           at = end;
           break;
@@ -373,7 +359,7 @@ bool DirectExpansion::readArgument(const char*& at, Making& argument) {
         break;
       }
       case ByteClass::Blank: {
-        const char* const end = passBlanks(at);
+        const char* const end = passAll(kBlankBytes, at);
         if (end == at + 1 && *at == ' ' && at != run && *end != ')' && *end != ',') {
           ++at;
           break;
@@ -425,7 +411,7 @@ bool DirectExpansion::readName(const char* word, const char*& at, Name& name, Ma
     argument.hasMacros = true;
     return appendBlank(argument) && replaceObjectLike(name, argument);
   }
-  const char* const behind = passBlanks(at);
+  const char* const behind = passAll(kBlankBytes, at);
   if (*behind != '(') {
     argument.value.macro = &name;
     return size_ == argument.begin && append({word, static_cast<std::size_t>(at - word)});

@@ -4,14 +4,22 @@
 
 namespace qnpp {
 
-std::optional<std::uint64_t> GuardedFiles::find(const std::string& path, std::size_t depth) const {
+std::optional<std::uint64_t> GuardedFiles::find(const std::string& path, std::size_t depth, std::uint64_t moment) {
   const auto found = files_.find(path);
   if (found == files_.end()) {
     return std::nullopt;
   }
-  const File& file = found->second;
-  const bool isKnown = file.guard->macro != nullptr && depth <= file.depth && stampOf(path) == file.stamp;
-  return isKnown ? std::optional(file.lineEnds) : std::nullopt;
+  File& file = found->second;
+  if (file.guard->macro == nullptr || depth > file.depth) {
+    return std::nullopt;
+  }
+  if (moment == 0 || file.lookedAt != moment) {
+    if (stampOf(path) != file.stamp) {
+      return std::nullopt;
+    }
+    file.lookedAt = moment;
+  }
+  return file.lineEnds;
 }
 
 void GuardedFiles::enter(const Traces& traces) {

@@ -39,8 +39,9 @@ class GuardedFiles {
 
   /// How many line ends the file of this path stands for, if it is remembered, its guard is defined and it has not been
   /// changed. `depth` counts the files that would be open: a file that has been opened at no such depth might fail to
-  /// open now for want of descriptors.
-  std::optional<std::uint64_t> find(const std::string& path, std::size_t depth) const;
+  /// open now for want of descriptors. `moment` is that of the FileOpener: whether a file has been changed is asked
+  /// once in it.
+  std::optional<std::uint64_t> find(const std::string& path, std::size_t depth, std::uint64_t moment);
 
   // ---- Following the current file. What is seen before any has been entered is of no account. ----
 
@@ -86,6 +87,7 @@ class GuardedFiles {
     const Name* guard = nullptr;
     std::uint64_t lineEnds = 0;
     std::size_t depth = 0;
+    std::uint64_t lookedAt = 0;  // The moment.
   };
 
   bool endGroup(const Traces& traces, CppFileScanner* file);

@@ -2,8 +2,15 @@
 
 #include "directives/FileNames.h"
 #include "directives/Operand.h"
+#include "lexer/ByteSet.h"
 
 namespace qnpp {
+namespace {
+
+// Bytes in a string that are sure to be items of it, and of this line.
+constexpr ByteSet kPlainInName = allBytesBut(std::string_view("\"\\\r\n\0", 5));
+
+}  // namespace
 
 std::optional<IncludeName> readIncludeName(TokenStream& operand, MessageSink& messages) {
   const auto fail = [&messages](Message message) {
@@ -36,6 +43,24 @@ std::optional<IncludeName> readIncludeName(TokenStream& operand, MessageSink& me
   return result;
 }
 
+std::optional<IncludeName> readQuotedName(TokenStream& stream) {
+  IncludeName result{"", true};
+  const bool isRead = stream.passInBuffer([&result](const char* at) -> const char* {
+    const char* const quote = passAll(kBlankBytes, at);
+    if (*quote != '"') {
+      return nullptr;
+    }
+    const char* const end = passAll(kPlainInName, quote + 1);
+    const char* const behind = passAll(kBlankBytes, end + 1);
+    if (*end != '"' || end == quote + 1 || *behind != '\n') {
+      return nullptr;
+    }
+    result.name.assign(quote + 1, end);
+    return behind;
+  });
+  return isRead ? std::optional(std::move(result)) : std::nullopt;
+}
+
 std::optional<IncludeOrigin> IncludeSearch::find(const IncludeName& name, std::string_view includer) {
   if (isAbsoluteName(name.name)) {
     if (files_.open(name.name)) {
@@ -47,12 +72,23 @@ std::optional<IncludeOrigin> IncludeSearch::find(const IncludeName& name, std::s
       return IncludeOrigin::BesideIncluder;
     }
   }
-  for (const std::string& directory : directories_) {
-    if (files_.open(directory + '/' + name.name)) {
-      return IncludeOrigin::InIncludeDirectory;
+  return findInDirectories(name.name) ? std::optional(IncludeOrigin::InIncludeDirectory) : std::nullopt;
+}
+
+bool IncludeSearch::findInDirectories(const std::string& name) {
+  const std::uint64_t moment = files_.moment();
+  const auto known = absences_.find(name);
+  const bool isKnown = known != absences_.end() && moment != 0 && known->second.moment == moment;
+  const std::size_t first = isKnown ? known->second.directories : 0;
+  for (std::size_t index = first; index < directories_.size(); ++index) {
+    if (files_.open(directories_[index] + '/' + name)) {
+      if (!isKnown && index > 0 && moment != 0) {
+        absences_[name] = {moment, index};
+      }
+      return true;
     }
   }
-  return std::nullopt;
+  return false;
 }
 
 }  // namespace qnpp

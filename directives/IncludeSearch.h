@@ -1,10 +1,12 @@
 // #include: the name, and the search for the file.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -22,6 +24,10 @@ struct IncludeName {
 /// none when there is no name.
 std::optional<IncludeName> readIncludeName(TokenStream& operand, MessageSink& messages);
 
+/// Behind the word `include`: the name, if the rest of the line is nothing but one in quotes, in which no macro can be.
+/// It is taken, and the line end is next.
+std::optional<IncludeName> readQuotedName(TokenStream& stream);
+
 /// Where a file was found.
 enum class IncludeOrigin : std::uint8_t { Absolute, BesideIncluder, InIncludeDirectory, Elsewhere };
 
@@ -30,6 +36,9 @@ class FileOpener {
  public:
   /// Opens the file of this path; false when it cannot be opened.
   virtual bool open(const std::string& path) = 0;
+  /// A number of the present moment. As long as it stays the same, a file that was not there is not looked for again.
+  /// 0: whether files change cannot be known.
+  virtual std::uint64_t moment() const = 0;
 
  protected:
   ~FileOpener() = default;
@@ -49,8 +58,17 @@ class IncludeSearch {
   std::optional<IncludeOrigin> find(const IncludeName& name, std::string_view includer);
 
  private:
+  // At some moment, a name was in none of the first directories.
+  struct Absence {
+    std::uint64_t moment = 0;
+    std::size_t directories = 0;
+  };
+
+  bool findInDirectories(const std::string& name);
+
   FileOpener& files_;
   std::vector<std::string> directories_;
+  std::unordered_map<std::string, Absence> absences_;
 };
 
 }  // namespace qnpp

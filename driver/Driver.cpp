@@ -84,7 +84,7 @@ std::optional<Status> Driver::run(int argc, const char* const* argv) {
   }
   std::ostream& textOutput = outputFile_ != nullptr ? *outputFile_ : output_;
   // Failures of the streams are not looked at: the exit status speaks of the input alone.
-  preprocessor_.setOutputSink([&textOutput](std::string_view block) { textOutput << block; });
+  preprocessor_.setOutputSink(StreamSink{&textOutput});
   bool isFatal = false;
   preprocessor_.setDiagnosticSink([this, &isFatal](const Diagnostic& diagnostic) {
     isFatal = diagnostic.severity == Severity::FatalError;

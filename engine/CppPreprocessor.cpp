@@ -19,9 +19,31 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
   }
   void fileResumed() override { preprocessor_.markLine(LineMark::Returned); }
 
+  // The source is opened.
+  void begin(const std::istream& source) {
+    const auto* const file = dynamic_cast<const InputFile*>(&source);
+    isAtRest_ = file != nullptr ? file->stamp().has_value() : dynamic_cast<const InputText*>(&source) != nullptr;
+  }
+
+  // A search begins. It is at the moment of the one before if the clock that changes of files are dated by has stood
+  // still and the caller has not been called: so nothing can tell this run that a file was changed between the two,
+  // rather than behind them. Something could where it reads from a pipe; so all that it reads has to be at rest, texts
+  // in memory and files that have a stamp.
+  void beginSearch() {
+    const Seen seen = {fileClock(), preprocessor_.host_.callCount()};
+    if (seen != seen_) {
+      ++momentCount_;
+      seen_ = seen;
+    }
+  }
+  std::uint64_t moment() const override {
+    const bool isKnown = kShortcuts && isAtRest_ && seen_.time != FileTime();
+    return isKnown ? momentCount_ : 0;
+  }
+
   bool open(const std::string& path) override {
     const std::size_t depth = preprocessor_.stream_.files().size() + 1;
-    if (const auto lineEnds = preprocessor_.guardedFiles_.find(path, depth); kShortcuts && lineEnds) {
+    if (const auto lineEnds = preprocessor_.guardedFiles_.find(path, depth, moment()); kShortcuts && lineEnds) {
       preprocessor_.found_ = {nullptr, path, *lineEnds};
       return true;
     }
@@ -30,23 +52,36 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     if (!open(path, std::move(input))) {
       return false;
     }
+    isAtRest_ = isAtRest_ && stamp;
     preprocessor_.found_.file->setStamp(stamp);
     return true;
   }
 
   // False when the file could not be opened.
   bool open(std::string path, std::unique_ptr<std::istream> input) {
-    auto file = std::make_unique<CppFileScanner>(path, std::move(input), preprocessor_.lexerContext_);
-    preprocessor_.observe([&](Observer& observer) { observer.lookedFor(path, !file->openFailed()); });
-    if (file->openFailed()) {
+    const bool isOpen = input->good();
+    preprocessor_.observe([&](Observer& observer) { observer.lookedFor(path, isOpen); });
+    if (!isOpen) {
       return false;
     }
+    std::unique_ptr<CppFileScanner> file = preprocessor_.stream_.makeFile();
+    file->open(path, std::move(input));
     preprocessor_.found_ = {std::move(file), std::move(path)};
     return true;
   }
 
  private:
+  // What a moment is known by.
+  struct Seen {
+    FileTime time;
+    std::uint64_t callCount = 0;
+    bool operator==(const Seen&) const = default;
+  };
+
   CppPreprocessor& preprocessor_;
+  Seen seen_;
+  std::uint64_t momentCount_ = 0;
+  bool isAtRest_ = false;
 };
 
 CppPreprocessor::CppPreprocessor(Host& host, Budget& budget)
@@ -68,6 +103,7 @@ void CppPreprocessor::setObserver(Observer& observer) {
 }
 
 bool CppPreprocessor::openSource(std::unique_ptr<std::istream> input, std::string path, const std::string& name) {
+  hooks_->begin(*input);
   auto file = std::make_unique<CppFileScanner>(std::move(path), std::move(input), lexerContext_);
   if (file->openFailed()) {
     reportError(Message::CannotOpenSource, file->fileName());
@@ -95,14 +131,25 @@ void CppPreprocessor::evaluate(CppExprValue& result, bool& ok) {
 
 // ---- Included files ----
 
-std::optional<IncludeOrigin> CppPreprocessor::findFile(const IncludeName& name) {
-  const CppFileScanner& includer = *stream_.file();
+// Leaves it in `found_`; reports it and returns false if there is none.
+bool CppPreprocessor::findFile(const IncludeName& name) {
+  CppFileScanner& includer = *stream_.file();
+  includer.setIncludeLine(includer.line());
+  std::optional<IncludeOrigin> origin;
   if (!host_.isResolver()) {
-    return includes_.find(name, includer.fileName());
+    hooks_->beginSearch();
+    origin = includes_.find(name, includer.fileName());
+  } else if (auto found = host_.resolve(name, place(), includer.path())) {
+    if (hooks_->open(std::move(found->path), std::move(found->input))) {
+      origin = IncludeOrigin::Elsewhere;
+    }
   }
-  auto found = host_.resolve(name, place(), includer.path());
-  const bool isFound = found && hooks_->open(std::move(found->path), std::move(found->input));
-  return isFound ? std::optional(IncludeOrigin::Elsewhere) : std::nullopt;
+  if (!origin) {
+    reportError(Message::CannotOpenFile, name.name);
+    return false;
+  }
+  host_.enter({name, place(), found_.path, *origin}, stream_.files().size());
+  return true;
 }
 
 // ---- Line directives: which source line the next output line stands for ----

@@ -117,7 +117,7 @@ class CppPreprocessor {
   void renumber();
 
   void reportError(Message message, std::string_view detail = {}) { diagnostics_.report(message, detail); }
-  std::optional<IncludeOrigin> findFile(const IncludeName& name);
+  bool findFile(const IncludeName& name);
   void markLine(LineMark mark);
   void markLine(LineMark mark, const FilePlace& now);
   void writeLineDirective(std::int32_t line, std::string_view name);

@@ -151,19 +151,15 @@ void CppPreprocessor::checkEndOfFile() {
 
 void CppPreprocessor::handleInclude() {
   bool isFound = false;
-  readOperand(false, [this, &isFound] {
-    const std::optional<IncludeName> name = readIncludeName(stream_, diagnostics_);
-    stream_.file()->setIncludeLine(stream_.file()->line());
-    if (name) {
-      const std::optional<IncludeOrigin> origin = findFile(*name);
-      isFound = origin.has_value();
-      if (isFound) {
-        host_.enter({*name, place(), found_.path, *origin}, stream_.files().size());
-      } else {
-        reportError(Message::CannotOpenFile, name->name);
-      }
-    }
-  });
+  if (const std::optional<IncludeName> name = readQuotedName(stream_)) {
+    isFound = findFile(*name);
+    stream_.takeLineEnd();
+  } else {
+    readOperand(false, [this, &isFound] {
+      const std::optional<IncludeName> read = readIncludeName(stream_, diagnostics_);
+      isFound = read && findFile(*read);
+    });
+  }
   if (isFound) {
     enterFile();
   }

@@ -6,9 +6,30 @@
 namespace qnpp {
 
 CppFileScanner::CppFileScanner(std::string name, std::unique_ptr<std::istream> input, const LexerContext& context)
-    : CppScanner(true), fileName_(std::move(name)) {
-  if (input->good()) {
-    lexer_ = std::make_unique<CppLexer>(std::move(input), context);
+    : CppFileScanner(context) {
+  open(std::move(name), std::move(input));
+}
+
+void CppFileScanner::open(std::string name, std::unique_ptr<std::istream> input) {
+  fileName_ = std::move(name);
+  isRenamed_ = false;
+  stamp_.reset();
+  name_ = nullptr;
+  includeLine_ = linesLookedAt_ = 0;
+  hasPeek_ = false;
+  atLineStart_ = true;
+  isOpen_ = input->good();
+  if (isOpen_ && lexer_ == nullptr) {
+    lexer_ = std::make_unique<CppLexer>(std::move(input), context_);
+  } else if (isOpen_) {
+    lexer_->restart(std::move(input));
+  }
+}
+
+void CppFileScanner::reset() {
+  isOpen_ = false;
+  if (lexer_ != nullptr && !lexer_->close()) {
+    lexer_.reset();
   }
 }
 

@@ -28,8 +28,15 @@ class CppFileScanner final : public CppScanner {
   /// An input that is in a failed state is a file that could not be opened, which `openFailed` tells; nothing may be
   /// read then.
   CppFileScanner(std::string name, std::unique_ptr<std::istream> input, const LexerContext& context);
+  /// Without an input until `open`.
+  explicit CppFileScanner(const LexerContext& context) : CppScanner(true), context_(context) {}
 
-  bool openFailed() const { return lexer_ == nullptr; }
+  /// The same as a new scanner, but for memory that is used again.
+  void open(std::string name, std::unique_ptr<std::istream> input);
+  /// Closes the input, and gives back memory that another is not likely to need.
+  void reset();
+
+  bool openFailed() const { return !isOpen_; }
 
   /// To be told the stamp that the file had when it was opened, if it has one.
   void setStamp(const std::optional<FileStamp>& stamp) { stamp_ = stamp; }
@@ -134,9 +141,11 @@ class CppFileScanner final : public CppScanner {
   // In the middle of a line: whether the lexer may pass over what follows.
   bool canPass() const { return kShortcuts && !hasPeek_ && !atLineStart_; }
 
+  LexerContext context_;
   std::string fileName_;
   std::string path_;  // If it has another name now.
   bool isRenamed_ = false;
+  bool isOpen_ = false;
   std::unique_ptr<CppLexer> lexer_;
   std::optional<FileStamp> stamp_;
   Name* name_ = nullptr;

@@ -186,6 +186,11 @@ void CppLexer::restart(std::istream& input) {
   stringUnclosedUntil_ = characterUnclosedUntil_ = 0;
 }
 
+void CppLexer::restart(std::unique_ptr<std::istream> input) {
+  restart(*input);
+  ownedInput_ = std::move(input);
+}
+
 int CppLexer::LexerInput(char* to, int size) {
   if (inputEnded_) {
     return 0;  // The end is final, even where the system would deliver more: a terminal, a growing file.

@@ -83,6 +83,9 @@ class CppLexer final : public yyCppFlexLexer {
 
   /// Starts over at line 1 with another borrowed input, keeping the buffers.
   void restart(std::istream& input);
+  void restart(std::unique_ptr<std::istream> input);
+  /// Lets go of the input; only `restart` may follow. Returns whether the buffer is as large as at first.
+  bool close();
 
   /// The next token, TK_END at the end of the input and ever after.
   CppTokenKind next() { return yylex(); }

@@ -7,7 +7,6 @@
 
 #include <cerrno>
 #include <ctime>
-#include <utility>
 
 namespace qnpp {
 
@@ -15,6 +14,7 @@ namespace qnpp {
 
 // To look at a file takes as long as to open it, so a stamp would save nothing.
 std::optional<FileStamp> stampOf(const std::string&) { return std::nullopt; }
+FileTime fileClock() { return {}; }
 
 // A directory cannot be opened.
 void FileBuffer::open(const std::string& path) {
@@ -29,18 +29,18 @@ std::optional<FileStamp> stampOf(const struct stat& status) {
   if (!S_ISREG(status.st_mode)) {
     return std::nullopt;
   }
-  return FileStamp{status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size), status.st_ctim.tv_sec,
-                   status.st_ctim.tv_nsec};
-}
-
-// The system dates changes by a clock that stands still for some milliseconds. Whether it goes on before the next one.
-bool isPast(const FileStamp& stamp) {
-  struct timespec now {};
-  return ::clock_gettime(CLOCK_REALTIME_COARSE, &now) == 0 &&
-         std::pair{std::int64_t{now.tv_sec}, std::int64_t{now.tv_nsec}} > std::pair{stamp.changedAt, stamp.nanoseconds};
+  return FileStamp{status.st_dev,
+                   status.st_ino,
+                   static_cast<std::uint64_t>(status.st_size),
+                   {status.st_ctim.tv_sec, status.st_ctim.tv_nsec}};
 }
 
 }  // namespace
+
+FileTime fileClock() {
+  struct timespec now {};
+  return ::clock_gettime(CLOCK_REALTIME_COARSE, &now) == 0 ? FileTime{now.tv_sec, now.tv_nsec} : FileTime();
+}
 
 std::optional<FileStamp> stampOf(const std::string& path) {
   struct stat status {};
@@ -57,7 +57,7 @@ void FileBuffer::open(const std::string& path) {
   }
   if (descriptor_ >= 0) {
     stamp_ = stampOf(status);
-    if (stamp_ && !isPast(*stamp_)) {
+    if (stamp_ && stamp_->changedAt >= fileClock()) {
       stamp_.reset();
     }
   }

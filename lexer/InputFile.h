@@ -1,6 +1,7 @@
 // Byte streams that the lexer reads from.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <ios>
 #include <istream>
@@ -11,13 +12,22 @@
 
 namespace qnpp {
 
+/// A time of the clock that the system dates changes of files by, which stands still for some milliseconds at a time.
+struct FileTime {
+  std::int64_t seconds = 0;
+  std::int64_t nanoseconds = 0;
+  auto operator<=>(const FileTime&) const = default;
+};
+
+/// What that clock shows; zero where it cannot be read.
+FileTime fileClock();
+
 /// What tells a file and its content from others.
 struct FileStamp {
   std::uint64_t device = 0;
   std::uint64_t number = 0;
   std::uint64_t size = 0;
-  std::int64_t changedAt = 0;  ///< In seconds, and nanoseconds behind them.
-  std::int64_t nanoseconds = 0;
+  FileTime changedAt;
   bool operator==(const FileStamp&) const = default;
 };
 

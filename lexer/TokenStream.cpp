@@ -137,9 +137,11 @@ void TokenStream::popSource() {
 
 void TokenStream::popFile() {
   listener_.fileEnded();
+  std::unique_ptr<CppFileScanner> file(static_cast<CppFileScanner*>(sources_.back().scanner.release()));
   sources_.pop_back();
   setCurrent(*sources_.back().scanner);
   files_.pop_back();
+  spareFiles_.give(std::move(file));
   listener_.fileResumed();
 }
 

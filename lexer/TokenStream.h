@@ -177,6 +177,8 @@ class TokenStream {
 
   // ---- Pushing sources ----
 
+  /// A scanner to be opened and pushed.
+  std::unique_ptr<CppFileScanner> makeFile() { return spareFiles_.take(context_); }
   void pushFile(std::unique_ptr<CppFileScanner> file);
   /// Makes tokens the current source. The first takes them out of `tokens`, reads from position `first` on and leaves
   /// an empty list; those of the second are borrowed and stay until the source has ended.
@@ -359,6 +361,7 @@ class TokenStream {
   // Shared pointers remember how to free what they point at, whatever that is.
   std::vector<std::shared_ptr<const void>> retired_;
   Spares<CppTokenScanner> spareLists_;
+  Spares<CppFileScanner> spareFiles_;
 };
 
 }  // namespace qnpp

@@ -250,6 +250,7 @@ void Run::noteEnd(CppPreprocessor& engine) noexcept {
 
 template <typename Call>
 auto Run::callBack(Call call) {
+  ++callCount_;
   try {
     return call();
   } catch (...) {
@@ -275,6 +276,7 @@ void Run::deliver(std::string_view text) {
   isOutputOver_ = true;  // Unless this goes well: there must be no gap in the output.
   if (settings_.outputSink) {
     callBack([&] { settings_.outputSink(text); });
+    callCount_ -= settings_.outputSink.target<StreamSink>() != nullptr ? 1U : 0U;
   } else {
     result_.output.append(text);
   }

@@ -33,6 +33,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -69,6 +70,13 @@ using DiagnosticSink = std::function<void(const Diagnostic&)>;
 /// Gets the output block by block; a block is borrowed and valid during the call. Blocks have some 64 KB, so a message
 /// is told before output that stands before its place.
 using OutputSink = std::function<void(std::string_view block)>;
+
+/// An output sink that writes to a stream, whose state it does not look at. While a run calls one, it takes files to
+/// stay as they are; after the call of any other function, it looks at an included file again.
+struct StreamSink {
+  std::ostream* stream;  ///< Borrowed.
+  void operator()(std::string_view block) const { *stream << block; }
+};
 
 /// Puts up to `size` bytes to `to` and returns how many, 0 at the end. Less than 0 says that reading failed, which ends
 /// the run.

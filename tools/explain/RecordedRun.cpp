@@ -40,6 +40,7 @@ class RecordingHost final : public Host {
                                    std::string_view /*includerPath*/) override {
     return std::nullopt;
   }
+  std::uint64_t callCount() const override { return 0; }
   void enter(const Inclusion& /*inclusion*/, std::size_t /*depth*/) override {}
   void mark(LineMark /*mark*/, const FilePlace& /*place*/, std::uint64_t /*offset*/) override {}
 

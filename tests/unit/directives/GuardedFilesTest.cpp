@@ -69,11 +69,11 @@ struct GuardedFilesTest : testing::Test {
     }
     files.seeDirective(TK_ENDIF, false, 1, {500, 10, 1}, &scanner);
     files.leave(path, stampOf(path), kOpenFiles, {500, 10, 1});
-    const std::optional<std::uint64_t> lineEnds = files.find(path, kOpenFiles);
+    const std::optional<std::uint64_t> lineEnds = files.find(path, kOpenFiles, 0);
     path = folder.write(std::to_string(++readCount) + ".h", "12345");  // The next one is another file.
     return lineEnds;
   }
-  bool isKnown() const { return files.find(path, kOpenFiles).has_value(); }
+  bool isKnown(std::uint64_t moment = 0) { return files.find(path, kOpenFiles, moment).has_value(); }
 
   TemporaryFolder folder;
   int readCount = 0;
@@ -88,8 +88,8 @@ struct GuardedFilesTest : testing::Test {
 TEST_F(GuardedFilesTest, AGuardedFileStandsForTheLineEndsSeen) {
   EXPECT_FALSE(isKnown());
   read(kGuarded);
-  EXPECT_EQ(files.find(path, kOpenFiles), 4U);
-  EXPECT_EQ(files.find(path, 1), 4U);
+  EXPECT_EQ(files.find(path, kOpenFiles, 0), 4U);
+  EXPECT_EQ(files.find(path, 1, 0), 4U);
 }
 
 TEST_F(GuardedFilesTest, ConditionalsWithinTheGroupDoNotMatter) {
@@ -150,7 +150,7 @@ TEST_F(GuardedFilesTest, EachFileIsFollowedByItself) {
   files.seeDirective(TK_ENDIF, true, 1, {}, &file);
   files.leave(path, stampOf(path), kOpenFiles, {});
   EXPECT_TRUE(isKnown());
-  EXPECT_FALSE(files.find("other.h", kOpenFiles).has_value());
+  EXPECT_FALSE(files.find("other.h", kOpenFiles, 0).has_value());
 }
 
 // ---- Groups that were not skipped ----
@@ -224,13 +224,27 @@ TEST_F(GuardedFilesTest, TheGuardHasToBeDefined) {
 
 TEST_F(GuardedFilesTest, MoreOpenFilesThanEverAreADoubt) {
   read(kGuarded);
-  EXPECT_FALSE(files.find(path, kOpenFiles + 1).has_value());
+  EXPECT_FALSE(files.find(path, kOpenFiles + 1, 0).has_value());
 }
 
 TEST_F(GuardedFilesTest, AChangedFileIsNotKnown) {
   read(kGuarded);
   folder.write("a.h", "123456");
   EXPECT_FALSE(isKnown());
+}
+
+TEST_F(GuardedFilesTest, AFileIsLookedAtOnceInAMoment) {
+  read(kGuarded);
+  EXPECT_TRUE(isKnown(1));
+  folder.write("a.h", "123456");
+  EXPECT_TRUE(isKnown(1));
+  EXPECT_FALSE(isKnown(0));
+  EXPECT_FALSE(isKnown(2));
+  // What has been found to be changed is not taken for known later in that moment.
+  EXPECT_FALSE(isKnown(2));
+  read(kGuarded);
+  folder.write("a.h", "1234567");
+  EXPECT_FALSE(isKnown(1));
 }
 
 TEST_F(GuardedFilesTest, AnotherFileOfTheSameSizeIsNotKnown) {

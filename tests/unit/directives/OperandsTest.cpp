@@ -87,8 +87,10 @@ class MemoryFiles final : public FileOpener {
     tried += (tried.empty() ? "" : " ") + path;
     return paths_.contains(path);
   }
+  std::uint64_t moment() const override { return now; }
 
   std::string tried;
+  std::uint64_t now = 0;
 
  private:
   std::set<std::string> paths_;
@@ -136,6 +138,31 @@ TEST(IncludeSearchTest, TheFirstFileThatOpensIsTaken) {
     EXPECT_EQ(files.tried, row.tried) << row.name.name << " from " << row.includer;
     EXPECT_EQ(isFound, row.isFound) << row.name.name << " from " << row.includer;
   }
+}
+
+TEST(IncludeSearchTest, AnAbsenceIsRememberedInItsMoment) {
+  MemoryFiles files({"three/h", "two/other", "four/h"});
+  IncludeSearch search(files);
+  for (const char* const directory : {"one", "two", "three", "four"}) {
+    search.addDirectory(directory);
+  }
+  const auto triedFor = [&](const IncludeName& name, std::uint64_t moment) {
+    files.tried.clear();
+    files.now = moment;
+    search.find(name, "main.c");
+    return files.tried;
+  };
+  EXPECT_EQ(triedFor({"h", kAngles}, 1), "one/h two/h three/h");
+  EXPECT_EQ(triedFor({"h", kAngles}, 1), "three/h");
+  EXPECT_EQ(triedFor({"h", kQuoted}, 1), "h three/h");
+  EXPECT_EQ(triedFor({"other", kAngles}, 1), "one/other two/other");
+  EXPECT_EQ(triedFor({"missing", kAngles}, 1), "one/missing two/missing three/missing four/missing");
+  EXPECT_EQ(triedFor({"missing", kAngles}, 1), "one/missing two/missing three/missing four/missing");
+  EXPECT_EQ(triedFor({"h", kAngles}, 2), "one/h two/h three/h");
+  EXPECT_EQ(triedFor({"h", kAngles}, 2), "three/h");
+  // No moment is known: then none is the same.
+  EXPECT_EQ(triedFor({"h", kAngles}, 0), "one/h two/h three/h");
+  EXPECT_EQ(triedFor({"h", kAngles}, 0), "one/h two/h three/h");
 }
 
 // ---- #line ----

@@ -289,6 +289,61 @@ TEST(PreprocessorTest, FilesAreFoundAsTheProgramFindsThem) {
   EXPECT_EQ(result.dependencies[1].line, 2);
 }
 
+// ---- Files that a function of the caller's changes while the run lasts ----
+
+struct ChangedFilesTest : testing::Test {
+  ChangedFilesTest() {
+    preprocessor.addIncludeDirectory(folder.path("one"));
+    preprocessor.addIncludeDirectory(folder.path("two"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // Then the files are old enough to be remembered.
+  }
+
+  void change() const {
+    folder.write("two/b.h", "int changed;\n");
+    folder.write("one/a.h", "int added;\n");
+  }
+
+  const TemporaryFolder folder;
+  const std::string guarded = folder.write("two/b.h", "#ifndef B\n#define B\nint b;\n#endif\n");
+  const std::string unguarded = folder.write("two/a.h", "int a;\n");
+  const std::string includes = "#include \"" + guarded + "\"\n#include <a.h>\n";
+  Preprocessor preprocessor;
+};
+
+// Of both files the first inclusions, and those behind the change.
+void expectChange(const Result& result) {
+  EXPECT_NE(result.output.find("int b;"), std::string::npos);
+  EXPECT_NE(result.output.find("int a;"), std::string::npos);
+  EXPECT_NE(result.output.find("int changed;"), std::string::npos);
+  EXPECT_NE(result.output.find("int added;"), std::string::npos);
+}
+
+TEST_F(ChangedFilesTest, AreReadAgainBetweenTwoLinesOfAReader) {
+  int calls = 0;
+  expectChange(preprocessor.run(Source::ofReader([&](char* to, std::size_t) -> std::ptrdiff_t {
+    if (++calls == 3) {
+      change();
+    }
+    return calls > 4 ? 0 : static_cast<std::ptrdiff_t>(includes.copy(to, includes.size()));
+  })));
+}
+
+TEST_F(ChangedFilesTest, AreReadAgainAfterAMessage) {
+  preprocessor.setDiagnosticSink([&](const Diagnostic&) { change(); });
+  expectChange(preprocessor.run(Source::ofText(includes + includes + "#error now\n" + includes)));
+}
+
+TEST_F(ChangedFilesTest, AreReadAgainAfterABlockOfOutput) {
+  Result whole;
+  preprocessor.setOutputSink([&](std::string_view block) {
+    whole.output += block;
+    change();
+  });
+  const std::string block(std::size_t{128} * 1024, 'x');
+  preprocessor.run(Source::ofText(includes + includes + block + "\n" + includes));
+  expectChange(whole);
+}
+
 TEST(ResolverTest, NoFileIsTouched) {
   const TemporaryFolder folder;
   const std::string path = folder.write("a.h", "on disk\n");

@@ -81,7 +81,7 @@ bool IncludeSearch::findInDirectories(const std::string& name) {
   const bool isKnown = known != absences_.end() && moment != 0 && known->second.moment == moment;
   const std::size_t first = isKnown ? known->second.directories : 0;
   for (std::size_t index = first; index < directories_.size(); ++index) {
-    if (files_.open(directories_[index] + '/' + name)) {
+    if (files_.open(std::string(directories_[index]).append("/").append(name))) {
       if (!isKnown && index > 0 && moment != 0) {
         absences_[name] = {moment, index};
       }

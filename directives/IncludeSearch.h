@@ -49,8 +49,8 @@ class IncludeSearch {
   /// `files` is borrowed and outlives the object.
   explicit IncludeSearch(FileOpener& files) : files_(files) {}
 
-  /// Appends a directory to those that are searched.
-  void addDirectory(std::string directory) { directories_.push_back(std::move(directory)); }
+  /// Appends a directory, which is borrowed and outlives the object, to those that are searched.
+  void addDirectory(std::string_view directory) { directories_.push_back(directory); }
 
   /// The first file that opens: the name itself when it is absolute; else, in the quoted form, the name in the
   /// directory of the includer, as that is called now; then the name in each include directory. None when there is no
@@ -67,7 +67,7 @@ class IncludeSearch {
   bool findInDirectories(const std::string& name);
 
   FileOpener& files_;
-  std::vector<std::string> directories_;
+  std::vector<std::string_view> directories_;
   std::unordered_map<std::string, Absence> absences_;
 };
 

@@ -46,6 +46,7 @@ std::string fillNumber(std::string_view message, std::size_t number) {
 OptionParser::OptionParser(int argc, const char* const* argv, std::span<const OptionEntry> table,
                            std::string_view prefix, PlainArguments plainArguments, std::ostream& messages)
     : table_(table), prefix_(prefix), plainArguments_(plainArguments), messages_(messages) {
+  words_.reserve(static_cast<std::size_t>(std::max(argc, 1)));
   for (int i = 1; i < argc; ++i) {
     words_.emplace_back(argv[i]);
   }
@@ -201,6 +202,7 @@ bool OptionParser::isPresent(std::string_view option) const {
 
 std::optional<std::vector<std::string_view>> OptionParser::letterValues(std::string_view letter) const {
   std::vector<std::string_view> values;
+  values.reserve(letters_.size());
   for (const LetterOccurrence& occurrence : letters_) {
     if (occurrence.letter != letter) {
       continue;

@@ -43,8 +43,8 @@ class CppPreprocessor {
 
   CppMacroTable& macroTable() { return macroTable_; }
 
-  /// Appends a directory to those searched by `#include`.
-  void addIncludeDirectory(std::string directory) { includes_.addDirectory(std::move(directory)); }
+  /// Appends directories, which are borrowed and outlive the object, to those searched by `#include`.
+  void addIncludeDirectory(std::string_view directory) { includes_.addDirectory(directory); }
 
   /// Whether line directives are written; they are unless this says otherwise.
   void setLineDirectives(bool areWritten) { writesLineDirectives_ = areWritten; }

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <exception>
 #include <functional>
 #include <istream>
@@ -26,7 +27,7 @@ class CppPreprocessor;
 /// What a caller has set.
 struct Settings {
   std::vector<std::string> definitions;
-  std::vector<std::string> includeDirectories;
+  std::deque<std::string> includeDirectories;
   Resolver resolver;
   DiagnosticSink diagnosticSink;
   OutputSink outputSink;

@@ -648,8 +648,10 @@ char* CppLexer::passBlockComment(char* at) {
     std::uint64_t stops = 0;
     if (block.match<'/', '\r', '\0'>().any()) {
       const bool isBehindStar = at != inside && at[-1] == '*';
-      stops = (block.find<'/'>() & (block.find<'*'>() << 1U | (isBehindStar ? 1U : 0U))) | block.find<'\0'>() |
-              (block.find<'\r'>() & ~(lineEnds.bits() >> 1U));  // A CR LF is counted by its LF.
+      stops = block.find<'/'>() & (block.find<'*'>() << 1U | (isBehindStar ? 1U : 0U));
+      if (block.match<'\r', '\0'>().any()) {
+        stops |= block.find<'\0'>() | (block.find<'\r'>() & ~(lineEnds.bits() >> 1U));  // A CR LF is counted by its LF.
+      }
     }
     if (stops == 0) {
       lines += lineEnds.count();
@@ -762,8 +764,8 @@ class CppLexer::LineSkip {
       stops_ = (stops_ & ~behind) | (behind & ~(behind << 1U));
       ends_ &= ~behind;
     }
+    lineEnds_ = ends_;
     block_ = at_;
-    areCommentsKnown_ = false;
     at_ += 64;
     while (stops_ != 0) {
       const auto place = static_cast<std::size_t>(std::countr_zero(stops_));
@@ -807,12 +809,19 @@ class CppLexer::LineSkip {
   // At what may be a comment, a continued line end or a CR.
   char* passSeparator(std::size_t place) {
     char* at = block_ + place;
-    const CppTokenKind passed = passedBefore(at);
-    const bool isInNoLiteral = *at == '\\' && at[1] == '\n';
-    char* const quote = isInNoLiteral ? at : findQuote(lineBegin(at), at);  // Which may begin a literal.
-    if (quote == at) {
-      if (const std::size_t behind = behindBlank(place); behind != 0) {
-        return passBlank(place, behind, passed);
+    const bool isFirst = at != resumed_ && at[-1] == '\n';  // On its line: there is nothing to look for.
+    const CppTokenKind passed = isFirst ? TK_NEWLINE : passedBefore(at);
+    if (*at == '\\' && at[1] == '\n' && place != 63) {  // No literal holds that.
+      ends_ &= ~(std::uint64_t{2} << place);
+      lexer_.countLine();
+      return passBlank(place + 2, passed);
+    }
+    lookAtBlock();
+    char* const quote = isFirst ? at : firstQuote(place);  // Which may begin a literal.
+    if (quote == at && *at == '/') {
+      if (const std::size_t behind = behindComment(place); behind != 0) {
+        countLinesOfComment(place, behind);
+        return passBlank(behind, passed);
       }
     }
     countLinesBefore(place);
@@ -830,24 +839,42 @@ class CppLexer::LineSkip {
     return resume(next, !isBlank || passed == TK_OTHER ? TK_OTHER : TK_SPACE);
   }
 
-  // Behind the comment or the continued line end at `place`, if it ends in the block and neither a CR nor a NUL is in
-  // it; 0 otherwise.
-  std::size_t behindBlank(std::size_t place) {
-    const std::uint64_t behind = bitsFrom(place) << 1U;
-    if (block_[place] == '\\') {
-      return (ends_ & behind & ~(behind << 1U)) != 0 ? place + 2 : 0;
+  // Finds out what comments and literals take to know.
+  void lookAtBlock() {
+    if (lookedAt_ == block_) {
+      return;
     }
-    if (block_[place] != '/' || place == 63) {
+    lookedAt_ = block_;
+    const Block block(block_);
+    closings_ = block.find<'/'>() & block.find<'*'>() << 1U;
+    quotes_ = breaks_ = 0;
+    if (block.match<'"', '\'', '\r', '\0'>().any()) {
+      quotes_ = block.find<'"', '\''>();
+      breaks_ = block.find<'\r', '\0'>();
+    }
+  }
+
+  // The first quote on the line of `place` before it, or that place.
+  char* firstQuote(std::size_t place) const {
+    char* const at = block_ + place;
+    const std::uint64_t before = ~bitsFrom(place);
+    const std::uint64_t ends = lineEnds_ & before;
+    const auto begin = static_cast<std::size_t>(64 - std::countl_zero(ends));
+    if (ends == 0 || resumed_ > block_ + begin) {
+      return findQuote(lineBegin(at), at);
+    }
+    const std::uint64_t quotes = quotes_ & before & bitsFrom(begin);
+    return quotes != 0 ? block_ + std::countr_zero(quotes) : at;
+  }
+
+  // Behind the comment at `place`, if it ends in the block and neither a CR nor a NUL is in it; 0 otherwise.
+  std::size_t behindComment(std::size_t place) const {
+    if (place == 63) {
       return 0;
     }
-    if (!areCommentsKnown_) {
-      const Block block(block_);
-      closings_ = block.find<'/'>() & block.find<'*'>() << 1U;
-      breaks_ = block.find<'\r', '\0'>();
-      areCommentsKnown_ = true;
-    }
+    const std::uint64_t behind = bitsFrom(place) << 1U;
     const bool isOverLines = block_[place + 1] == '*';
-    const std::uint64_t closings = isOverLines ? closings_ & behind << 2U : ends_ & behind;
+    const std::uint64_t closings = isOverLines ? closings_ & behind << 2U : lineEnds_ & behind;
     const std::uint64_t ends = closings | (breaks_ & behind);
     if ((ends & (~ends + 1) & closings) == 0) {
       return 0;  // The first of them closes nothing.
@@ -855,18 +882,19 @@ class CppLexer::LineSkip {
     return static_cast<std::size_t>(std::countr_zero(closings)) + (isOverLines ? 1 : 0);
   }
 
-  // Passes over the blank from `place` up to `behind`, a place of the block or its end.
-  char* passBlank(std::size_t place, std::size_t behind, CppTokenKind passed) {
+  void countLinesOfComment(std::size_t place, std::size_t behind) {
     const std::uint64_t inside = ends_ & bitsFrom(place) & ~(bitsFrom(behind - 1) << 1U);
     if (inside != 0) {
       const auto lines = static_cast<std::size_t>(std::popcount(inside));
       ends_ ^= inside;
       lexer_.countLines(lines);
-      if (block_[place] == '/') {
-        lexer_.context_.effectCount += lines;
-        lexer_.context_.output.writeLineEnds(lines);
-      }
+      lexer_.context_.effectCount += lines;
+      lexer_.context_.output.writeLineEnds(lines);
     }
+  }
+
+  // Goes on at `behind`, a place of the block or its end, where a blank ends.
+  char* passBlank(std::size_t behind, CppTokenKind passed) {
     passed_ = passed == TK_OTHER ? TK_OTHER : TK_SPACE;
     resumed_ = block_ + behind;
     return resumed_;
@@ -960,6 +988,7 @@ class CppLexer::LineSkip {
   char* resume(char* at, CppTokenKind passed) {
     at_ = at;
     end_ = lexer_.bufferEnd();
+    lookedAt_ = nullptr;
     resumed_ = at;
     passed_ = passed;
     return nullptr;
@@ -989,15 +1018,17 @@ class CppLexer::LineSkip {
 
   CppLexer& lexer_;
   NestedConditionals& conditionals_;
-  char* at_;                       // The first byte that has not been looked at.
-  const char* end_;                // Of the buffer.
-  char* block_ = nullptr;          // The block that is looked at;
-  std::uint64_t ends_ = 0;         // its line ends that are not counted;
-  std::uint64_t stops_ = 0;        // the bytes left that matter.
-  bool areCommentsKnown_ = false;  // Then these are known: where "*/" ends, and the bytes that comments stumble over.
-  std::uint64_t closings_ = 0;
-  std::uint64_t breaks_ = 0;
-  char* resumed_;  // What is before it need not be looked at any more: this is what has been passed there.
+  char* at_;                        // The first byte that has not been looked at.
+  const char* end_;                 // Of the buffer.
+  char* block_ = nullptr;           // The block that is looked at;
+  std::uint64_t ends_ = 0;          // its line ends that are not counted;
+  std::uint64_t stops_ = 0;         // the bytes left that matter.
+  std::uint64_t lineEnds_ = 0;      // All line ends of the block.
+  const char* lookedAt_ = nullptr;  // The block of which these are known:
+  std::uint64_t quotes_ = 0;
+  std::uint64_t closings_ = 0;  // where "*/" ends,
+  std::uint64_t breaks_ = 0;    // and the bytes that comments stumble over.
+  char* resumed_;               // What is before it need not be looked at any more: this is what has been passed there.
   CppTokenKind passed_ = TK_END;
   std::size_t lines_ = 0;         // Line ends counted here, and not by the lexer yet.
   std::ptrdiff_t unwritten_ = 0;  // Empty lines that are due; -1 in a line that leaves none.

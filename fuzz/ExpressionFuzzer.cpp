@@ -1,4 +1,6 @@
-// The evaluator of conditional expressions: any bytes as an expression, macros already expanded.
+// The evaluator of conditional expressions: any bytes as an expression, macros already expanded. It is read from a list
+// of tokens, as the operand of a directive is; in such a list a line end, which a macro of the command line may bring,
+// is a token like any other.
 //
 // What must hold, besides no fault: value, success and messages are those of a reader written straight from the
 // grammar, one function for each of its rules; and a division by zero ends the evaluation where that reader meets one.
@@ -16,6 +18,7 @@
 #include "FuzzSupport.h"
 #include "directives/ExpressionEvaluator.h"
 #include "lexer/CppLexer.h"
+#include "lexer/TokenList.h"
 #include "lexer/TokenStream.h"
 #include "macros/CppMacroTable.h"
 #include "tests/support/PiecewiseInput.h"
@@ -383,6 +386,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   }
   auto input = std::make_unique<qnpp::PiecewiseInput>(text, qnpp::fuzz::kWhole);
   stream.pushFile(std::make_unique<qnpp::CppFileScanner>("a.c", std::move(input), surroundings.context));
+  const qnpp::TokenStream::Hold hold(stream);
+  qnpp::TokenList operand;
+  for (CppTokenKind kind = stream.get(); kind != qnpp::TK_END; kind = stream.get()) {
+    stream.appendCurrent(kind, operand);
+  }
+  const qnpp::TokenStream::Closed source(stream, operand);
   qnpp::ExpressionEvaluator::Result result;
   bool dividesByZero = false;
   try {

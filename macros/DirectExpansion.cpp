@@ -20,7 +20,7 @@ constexpr std::size_t kMostWork = std::size_t{1} << 21;
 constexpr std::size_t kLeastWork = std::size_t{1} << 10;
 constexpr std::size_t kBytesLikeAToken = 16;
 constexpr std::size_t kMostText = std::size_t{1} << 21;
-constexpr std::size_t kSlack = 4;  // Bytes behind a word that may be read.
+constexpr std::size_t kSlack = 4;  // Bytes behind a word that may be read, the first of which ends it.
 
 constexpr ByteSet kQuoteAndBackslash = bytesOf("\"\\");
 
@@ -569,9 +569,13 @@ bool DirectExpansion::appendJoined(const Body& body, Making& making) {
     }
   }
   spendOnText(size_ - begin);
+  if (size_ == begin) {
+    return false;
+  }
+  bytes_[size_] = '\0';  // Ends the word; what other texts have left there might belong to it.
   const char* word = bytes_.get() + begin;
   const char* const end = bytes_.get() + size_;
-  return size_ != begin && std::all_of(word, end, isWordByte) && findMacroName(names_, word, end) == nullptr &&
+  return std::all_of(word, end, isWordByte) && findMacroName(names_, word, end) == nullptr &&
          standsApart(begin, making);
 }
 

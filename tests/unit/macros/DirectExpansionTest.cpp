@@ -236,6 +236,12 @@ TEST(DirectExpansionTest, ABrokenStringIsGivenUp) {
   });
 }
 
+TEST(DirectExpansionTest, WhatAnotherInvocationHasLeftIsNoPartOfAWord) {
+  DirectSetting setting({"F(a,b) a##b", "x y"});
+  EXPECT_EQ(setting.expand("F(0,x11111111)"), "0x11111111|");
+  EXPECT_EQ(setting.expand("F(0,x)"), "no");  // A number, and behind it the name of a macro.
+}
+
 TEST(DirectExpansionTest, WhatChangesAtEachUseIsGivenUp) {
   expectDirect({
       {{"F(x) x __LINE__"}, "F(a)", "a __LINE__|"},  // Here nobody has defined it.

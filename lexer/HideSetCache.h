@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <vector>
 
 #include "lexer/HideSet.h"
 #include "lexer/NameTable.h"
@@ -21,10 +22,7 @@ class HideSetCache {
       return uncached_ = set.with(name);
     }
     if (set.empty()) {
-      if (name.alone.empty()) {
-        name.alone = set.with(name);
-      }
-      return name.alone;
+      return ofOneName(name);
     }
     // A link that is remembered would keep its line from going on otherwise.
     if (set.isLink()) {
@@ -59,6 +57,17 @@ class HideSetCache {
     HideSet result;
   };
 
+  const HideSet& ofOneName(const Name& name) {
+    if (name.id >= ofOneName_.size()) {
+      ofOneName_.resize(name.id + std::size_t{1});
+    }
+    HideSet& set = ofOneName_[name.id];
+    if (set.empty()) {
+      set = HideSet().with(name);
+    }
+    return set;
+  }
+
   // Apart, so that the common cases above are a few instructions where they are asked for.
   [[gnu::noinline]] const HideSet& joinedAnew(const HideSet& a, const HideSet& b) {
     if (!kShortcuts || a.isLink() || b.isLink()) {
@@ -77,6 +86,7 @@ class HideSetCache {
 
   std::array<Addition, kSlots> additions_;
   std::array<Union, kSlots> unions_;
+  std::vector<HideSet> ofOneName_;  // By the name's id, once they have been asked for.
   HideSet uncached_;
 };
 

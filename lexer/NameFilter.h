@@ -18,8 +18,12 @@ class NameFilter {
  public:
   NameFilter() : beginnings_(kBeginningsOfNumbers.begin(), kBeginningsOfNumbers.end()), bits_(kFewest / 64) {}
 
-  /// `name` is not empty.
-  void add(std::string_view name) {
+  /// Adds a name, which is not empty. Returns false, with nothing added, where that takes a larger filter.
+  bool add(std::string_view name) {
+    if ((count_ + 1) * kBitsPerName > bits_.size() * 64) {
+      return false;
+    }
+    ++count_;
     if (name.size() == 1) {
       allowBeginning(beginnings_, name[0]);
     } else {
@@ -31,16 +35,15 @@ class NameFilter {
     } else {
       std::memcpy(&first, name.data(), name.size());
     }
-    names_.push_back(keyOf(name, first));
-    if (names_.size() * kBitsPerName > bits_.size() * 64) {
-      bits_.assign(std::bit_ceil(names_.size() * kBitsPerName * 2) / 64, 0);
-      shift_ = 64 - std::countr_zero(bits_.size() * 64);
-      for (const std::uint64_t key : names_) {
-        set(bits_, key >> shift_);
-      }
-    } else {
-      set(bits_, names_.back() >> shift_);
-    }
+    set(bits_, keyOf(name, first) >> shift_);
+    return true;
+  }
+
+  /// Makes a larger filter, to which all names have to be added anew.
+  void beginLarger() {
+    bits_.assign(bits_.size() * 4, 0);
+    shift_ = 64 - std::countr_zero(bits_.size() * 64);
+    count_ = 0;
   }
 
   /// False when there is no definition of a name that begins with the two bytes at `word`; of a word of one letter the
@@ -97,7 +100,7 @@ class NameFilter {
   std::vector<std::uint64_t> beginnings_;
   std::vector<std::uint64_t> bits_;
   int shift_ = 64 - std::countr_zero(kFewest);
-  std::vector<std::uint64_t> names_;  // Their keys.
+  std::size_t count_ = 0;
 };
 
 inline constexpr NameFilter::Beginnings NameFilter::kBeginningsOfNumbers = [] {

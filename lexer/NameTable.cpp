@@ -8,6 +8,8 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
+#include <memory>
+#include <span>
 #include <utility>
 
 namespace qnpp {
@@ -65,36 +67,47 @@ NameTable::Secret NameTable::drawSecret() {
   return secret;
 }
 
-NameTable::NameTable(const Secret& secret) : secret_(secret), slots_(kInitialSlots), mask_(kInitialSlots - 1) {
+NameTable::NameTable(const Secret& secret) : secret_(secret) {
+  makeSlots(kInitialSlots);
   for (const auto& [text, kind] : kKeywords) {
     intern(text)->spelling.kind = static_cast<std::int16_t>(kind);
   }
-  macroNames_.add("_Pragma");
+  noteMacro(*intern("_Pragma"));
 }
 
 Name* NameTable::intern(std::string_view text) {
   const std::uint32_t hash = hashOf(text);
-  if (Name* const known = find(text, hash)) {
-    return known;
+  Slot* slot = &slotOf(text, hash);
+  if (slot->number != 0) {
+    return &nameOf(slot->number - 1);
   }
-  if ((names_.size() + 1) * 2 > slots_.size()) {
+  if ((size_ + 1) * 2 > mask_ + 1) {
     grow();
+    slot = &slotOf(text, hash);
   }
-  const std::string_view stored = texts_.copy(text);
-  Name& name = names_.emplace_back();
-  name.spelling = Spelling{stored.data(), static_cast<std::uint32_t>(stored.size()), TK_IDENTIFIER, &name};
-  name.id = static_cast<std::uint32_t>(names_.size() - 1);
-  name.priority = drawPriority();
-  insertSlot({hash, &name});
+  Name& name = addName(text);
+  *slot = {hash, name.id + 1};
   return &name;
+}
+
+Name& NameTable::addName(std::string_view text) {
+  if (size_ % kNamesInRow == 0) {
+    names_.push_back(static_cast<Name*>(arena_.allocate(kNamesInRow * sizeof(Name))));
+  }
+  const std::string_view stored = arena_.copy(text);
+  Name& name = *std::construct_at(&nameOf(size_));
+  name.spelling = Spelling{stored.data(), static_cast<std::uint32_t>(stored.size()), TK_IDENTIFIER, &name};
+  name.id = static_cast<std::uint32_t>(size_++);
+  name.priority = drawPriority();
+  return name;
 }
 
 std::size_t NameTable::longestRow() const {
   std::size_t longest = 0;
   std::size_t current = 0;
   // Twice around, since a row may go on behind the last slot with the first. Half of the slots are free at least.
-  for (std::size_t at = 0; at < 2 * slots_.size(); ++at) {
-    current = slots_[at & mask_].name == nullptr ? 0 : current + 1;
+  for (std::size_t at = 0; at < 2 * (mask_ + 1); ++at) {
+    current = slots_[at & mask_].number == 0 ? 0 : current + 1;
     longest = std::max(longest, current);
   }
   return longest;
@@ -109,26 +122,39 @@ std::uint32_t NameTable::drawPriority() {
 }
 
 void NameTable::noteMacro(Name& name) {
-  if (!name.wasMacro && name.spelling.size > 0) {
-    macroNames_.add(name.text());
-    name.wasMacro = true;
+  if (name.isInFilter || name.spelling.size == 0) {
+    return;
+  }
+  name.isInFilter = true;
+  if (!macroNames_.add(name.text())) {
+    macroNames_.beginLarger();
+    for (std::size_t id = 0; id < size_; ++id) {
+      const Name& other = nameOf(id);
+      if (other.isInFilter) {
+        static_cast<void>(macroNames_.add(other.text()));
+      }
+    }
   }
 }
 
-void NameTable::insertSlot(const Slot& slot) {
-  std::size_t at = slot.hash & mask_;
-  while (slots_[at].name != nullptr) {
-    at = (at + 1) & mask_;
-  }
-  slots_[at] = slot;
+void NameTable::makeSlots(std::size_t count) {
+  slotBytes_ = makeLargeBytes(count * sizeof(Slot));
+  slots_ = reinterpret_cast<Slot*>(slotBytes_.get());
+  std::uninitialized_fill_n(slots_, count, Slot{});
+  mask_ = count - 1;
 }
 
 void NameTable::grow() {
-  const std::vector<Slot> slots = std::exchange(slots_, std::vector<Slot>(slots_.size() * 2));
-  mask_ = slots_.size() - 1;
+  const LargeBytes bytes = std::move(slotBytes_);
+  const std::span slots(slots_, mask_ + 1);
+  makeSlots(slots.size() * 2);
   for (const Slot& slot : slots) {
-    if (slot.name != nullptr) {
-      insertSlot(slot);
+    if (slot.number != 0) {
+      std::size_t at = slot.hash & mask_;
+      while (slots_[at].number != 0) {
+        at = (at + 1) & mask_;
+      }
+      slots_[at] = slot;
     }
   }
 }

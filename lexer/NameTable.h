@@ -3,12 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <limits>
 #include <string_view>
 #include <vector>
 
 #include "lexer/HideSet.h"
+#include "lexer/LargeBytes.h"
 #include "lexer/NameFilter.h"
 #include "lexer/Spelling.h"
 #include "lexer/TextArena.h"
@@ -37,12 +37,11 @@ struct FinalText {
 struct Name {
   Spelling spelling;          ///< Its text; `spelling.name` points back here.
   CppMacro* macro = nullptr;  ///< The current definition, owned by the CppMacroTable; null while there is none.
-  HideSet alone;              ///< The set of this name only, once it has been asked for (see HideSetCache).
   mutable HideSet::Link* link = nullptr;  ///< What it has come with into a set that is kept as a line, see HideSet.cpp.
   std::uint32_t id = 0;                   ///< Position in the order of appearance, from 0.
   std::uint32_t priority = 0;    ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
   FinalText finalText;           ///< Of the macro.
-  bool wasMacro = false;         ///< There is a definition, or has been.
+  bool isInFilter = false;       ///< There is a definition, or has been.
   bool isRefreshed = false;      ///< The text of the macro changes at each use, see PredefinedMacros.
   bool isBeingReplaced = false;  ///< See DirectExpansion.
 
@@ -71,12 +70,15 @@ class NameTable {
   NameTable& operator=(const NameTable&) = delete;
 
   /// The entry for `text`, or null.
-  Name* find(std::string_view text) const { return find(text, hashOf(text)); }
+  Name* find(std::string_view text) const {
+    const Slot& slot = slotOf(text, hashOf(text));
+    return slot.number == 0 ? nullptr : &nameOf(slot.number - 1);
+  }
 
   /// The entry for `text`, made if there is none; the bytes are copied.
   Name* intern(std::string_view text);
 
-  std::size_t size() const { return names_.size(); }
+  std::size_t size() const { return size_; }
 
   /// To be called when `name` gets a definition.
   void noteMacro(Name& name);
@@ -102,31 +104,36 @@ class NameTable {
   static bool isEqual(std::string_view a, std::string_view b);
 
   struct Slot {
-    std::uint32_t hash = 0;
-    Name* name = nullptr;
+    std::uint32_t hash;
+    std::uint32_t number;  // The id of the name and 1; 0 for none.
   };
 
-  Name* find(std::string_view text, std::uint32_t hash) const {
+  Name& nameOf(std::size_t id) const { return names_[id / kNamesInRow][id % kNamesInRow]; }
+
+  // The slot of the text, or the empty one where it would have to be.
+  Slot& slotOf(std::string_view text, std::uint32_t hash) const {
     for (std::size_t at = hash & mask_;; at = (at + 1) & mask_) {
-      const Slot& slot = slots_[at];
-      if (slot.name == nullptr) {
-        return nullptr;
-      }
-      if (slot.hash == hash && isEqual(slot.name->text(), text)) {
-        return slot.name;
+      Slot& slot = slots_[at];
+      if (slot.number == 0 || (slot.hash == hash && isEqual(nameOf(slot.number - 1).text(), text))) {
+        return slot;
       }
     }
   }
 
+  Name& addName(std::string_view text);
   std::uint32_t drawPriority();
-  void insertSlot(const Slot& slot);
+  void makeSlots(std::size_t count);
   void grow();
 
+  static constexpr std::size_t kNamesInRow = 64;
+
   Secret secret_;
-  std::vector<Slot> slots_;
-  std::size_t mask_;
-  std::deque<Name> names_;
-  TextArena texts_;
+  LargeBytes slotBytes_;
+  Slot* slots_ = nullptr;
+  std::size_t mask_ = 0;
+  std::vector<Name*> names_;  // In rows.
+  std::size_t size_ = 0;
+  TextArena arena_;  // Of names and their texts.
   NameFilter macroNames_;
   std::uint64_t generation_ = 1;
 };

@@ -15,12 +15,17 @@ std::string_view TextArena::copy(std::string_view text) {
   return {made, text.size()};
 }
 
+std::size_t TextArena::sizeOfChunk(std::size_t index) {
+  const std::size_t doublings = index == 0 ? 0 : index - 1;
+  return doublings > kMostDoublings ? kLargestChunkSize : kChunkSize << doublings;
+}
+
 void* TextArena::allocateInNewChunk(std::size_t size) {
   const std::size_t next = base_ == nullptr ? 0 : current_ + 1;
   if (next == chunks_.size() || chunks_[next].size < size) {
     // A released chunk that is too small stays behind the new one and is used later.
-    const std::size_t chunkSize = std::max(size, kChunkSize);
-    Chunk made{std::make_unique_for_overwrite<char[]>(chunkSize), chunkSize};
+    const std::size_t chunkSize = std::max(size, sizeOfChunk(next));
+    Chunk made{makeLargeBytes(chunkSize), chunkSize};
     forbidUse(made.bytes.get(), chunkSize);
     chunks_.insert(chunks_.begin() + static_cast<std::ptrdiff_t>(next), std::move(made));
   }

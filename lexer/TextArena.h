@@ -3,10 +3,10 @@
 
 #include <compare>
 #include <cstddef>
-#include <memory>
 #include <string_view>
 #include <vector>
 
+#include "lexer/LargeBytes.h"
 #include "lexer/Sanitizer.h"
 
 namespace qnpp {
@@ -44,13 +44,18 @@ class TextArena {
 
  private:
   static constexpr std::size_t kAlignment = alignof(void*);
+  // The first two chunks are of this size, and each of the next few is twice as large as the one before it. Where half
+  // a megabyte does not do, the rest is in large pages.
   static constexpr std::size_t kChunkSize = std::size_t{16} * 1024;
+  static constexpr std::size_t kMostDoublings = 4;
+  static constexpr std::size_t kLargestChunkSize = std::size_t{4} * 1024 * 1024;
 
   struct Chunk {
-    std::unique_ptr<char[]> bytes;
+    LargeBytes bytes;
     std::size_t size = 0;
   };
 
+  static std::size_t sizeOfChunk(std::size_t index);
   void* allocateInNewChunk(std::size_t size);
 
   std::vector<Chunk> chunks_;

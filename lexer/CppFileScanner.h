@@ -110,12 +110,8 @@ class CppFileScanner final : public CppScanner {
   /// The same as those of the lexer; false where nothing was passed. Only in the middle of a line.
   bool readMacroName(std::string_view& name) { return canPass() && lexer_->readMacroName(name); }
   bool readMacroHead(MacroHead& head) { return canPass() && lexer_->readMacroHead(head); }
-  bool readReplacementText(std::string& text) {
-    if (!canPass()) {
-      return false;
-    }
-    lexer_->readReplacementText(text);
-    return true;
+  std::optional<std::string_view> readReplacementText(std::string& scratch) {
+    return canPass() ? std::optional(lexer_->readReplacementText(scratch)) : std::nullopt;
   }
   template <typename Pass>
   bool passInBuffer(Pass pass) {

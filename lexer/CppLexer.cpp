@@ -1103,6 +1103,18 @@ namespace {
 // Bytes of a replacement list that stand for themselves and separate nothing.
 constexpr ByteSet kPlainInList = allBytesBut(std::string_view(" \t\v\f\"'/\\\r\n\0", 11));
 
+// Behind what at `at` stands for itself, blanks alone between two tokens included.
+inline char* passPlainList(char* const begin) {
+  char* at = begin;
+  for (;;) {
+    at = passAll(kPlainInList, at);
+    if (*at != ' ' || at == begin || !has(kPlainInList, at[1])) {
+      return at;
+    }
+    at += 2;
+  }
+}
+
 // Behind the name at `at`; null when there is none, or it takes more to know where it ends: a continuation, say.
 char* passMacroName(char* at) {
   if (!isWordByte(*at) || has(kDigitBytes, *at)) {
@@ -1159,21 +1171,24 @@ bool CppLexer::readMacroHead(MacroHead& head) {
   char* at = beginScan();
   head.functionLike = *at == '(';
   if (head.functionLike) {
-    std::size_t count = 0;
-    char* const end = passParameters(at + 1, [&count](std::string_view) { ++count; });
-    head.parameters.reserve(count);
-    if (end != nullptr) {
-      passParameters(at + 1, [&head](std::string_view name) { head.parameters.emplace_back(name); });
-    }
-    at = end;
+    at = passParameters(at + 1, [&head](std::string_view name) {
+      head.parameterList.append(name).push_back(',');
+      ++head.parameterCount;
+    });
   }
   endScan(at == nullptr ? begin : at);
   return at != nullptr;
 }
 
-void CppLexer::readReplacementText(std::string& text) {
-  bool blankWaits = false;
+std::string_view CppLexer::readReplacementText(std::string& text) {
   char* at = beginScan();
+  char* const first = passAllBlanks(at);
+  if (char* const end = passPlainList(first); *end == '\n') {
+    yytext = first;
+    endScan(end);
+    return {first, static_cast<std::size_t>(end - first)};
+  }
+  bool blankWaits = false;
   yytext = at;
   // Appends what lies between `yytext` and `at`. A blank waits for what follows it.
   const auto append = [this, &at, &text, &blankWaits] {
@@ -1187,11 +1202,7 @@ void CppLexer::readReplacementText(std::string& text) {
     }
   };
   for (;;) {
-    at = passAll(kPlainInList, at);
-    if (*at == ' ' && at != yytext && has(kPlainInList, at[1])) {
-      at += 2;  // A blank alone between two tokens stands for itself.
-      continue;
-    }
+    at = passPlainList(at);
     if (*at == '\0' && !atBufferEnd(at)) {
       ++at;
       continue;
@@ -1201,11 +1212,11 @@ void CppLexer::readReplacementText(std::string& text) {
       case '\n':
       case '\r':
         endScan(at);
-        return;
+        return text;
       case '\0':
         if (!refill(at)) {
           endScan(at);
-          return;
+          return text;
         }
         break;
       case '\\':

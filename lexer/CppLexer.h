@@ -15,7 +15,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "lexer/Budget.h"
 #include "lexer/CppTokenKind.h"
@@ -64,7 +63,8 @@ Name* findMacroName(const NameTable& names, const char*& word, const char* end);
 struct MacroHead {
   std::string_view name;  ///< In the scanner's buffer: valid until the next token is asked for.
   bool functionLike = false;
-  std::vector<std::string> parameters;
+  std::string parameterList;  // See ParameterNames.
+  std::uint32_t parameterCount = 0;
 };
 
 /// Turns a byte stream into tokens. flex generates the scanner from CppLexer.l; this class adds the counters, the
@@ -166,10 +166,11 @@ class CppLexer final : public yyCppFlexLexer {
   bool readMacroName(std::string_view& name);
   bool readMacroHead(MacroHead& head);
 
-  /// In the middle of a line: passes over all up to the line end and appends it to `text` as a replacement list is
-  /// kept: white space, comments too, becomes one blank between two tokens and nothing at either end; a continued line
-  /// end is no white space, so it joins what stands before and behind it.
-  void readReplacementText(std::string& text);
+  /// In the middle of a line: passes over all up to the line end and returns it as a replacement list is kept: white
+  /// space, comments too, becomes one blank between two tokens and nothing at either end; a continued line end is no
+  /// white space, so it joins what stands before and behind it. The text is in `scratch`, which is empty, or in the
+  /// scanner's buffer, and then valid until the next token is asked for.
+  std::string_view readReplacementText(std::string& scratch);
 
   /// In the middle of a line: has `pass` look at the bytes behind the current token that are in the buffer, with a NUL
   /// behind them, and passes over all before the place that it returns. Returns false, with nothing passed, where that

@@ -39,10 +39,12 @@ struct Name {
   CppMacro* macro = nullptr;  ///< The current definition, owned by the CppMacroTable; null while there is none.
   mutable HideSet::Link* link = nullptr;  ///< What it has come with into a set that is kept as a line, see HideSet.cpp.
   std::uint32_t id = 0;                   ///< Position in the order of appearance, from 0.
-  std::uint32_t priority = 0;    ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
-  FinalText finalText;           ///< Of the macro.
-  bool isInFilter = false;       ///< There is a definition, or has been.
-  bool isRefreshed = false;      ///< The text of the macro changes at each use, see PredefinedMacros.
+  std::uint32_t priority = 0;  ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
+  FinalText finalText;         ///< Of the macro.
+  std::uint32_t parameter =
+      0;                     ///< While a list is made for a definition of which it is a parameter: the place, from 1.
+  bool isInFilter = false;   ///< There is a definition, or has been.
+  bool isRefreshed = false;  ///< The text of the macro changes at each use, see PredefinedMacros.
   bool isBeingReplaced = false;  ///< See DirectExpansion.
 
   std::string_view text() const { return spelling.text(); }

@@ -6,6 +6,7 @@
 
 #include "lexer/ByteSet.h"
 #include "lexer/CppLexer.h"
+#include "lexer/PlainToken.h"
 
 namespace qnpp {
 namespace {
@@ -32,24 +33,6 @@ constexpr std::array<Beginning, 256> kBeginnings = [] {
   return beginnings;
 }();
 
-// The operator of two bytes, or TK_END.
-CppTokenKind operatorOfTwo(char first, char second) {
-  switch (first) {
-    case '|':
-      return second == '|' ? TK_OROR : TK_END;
-    case '&':
-      return second == '&' ? TK_ANDAND : TK_END;
-    case '=':
-      return second == '=' ? TK_EQ : TK_END;
-    case '!':
-      return second == '=' ? TK_NE : TK_END;
-    case '<':
-      return second == '=' ? TK_LE : second == '<' ? TK_SHL : TK_END;
-    default:
-      return second == '=' ? TK_GE : second == '>' ? TK_SHR : TK_END;
-  }
-}
-
 // In the place of a kind: the text of a macro comes in the place of its name.
 constexpr CppTokenKind kExpanded = -1;
 
@@ -58,20 +41,6 @@ constexpr ByteSet kEndsOfLine = bytesOf(std::string_view("\r\n\0", 3));
 
 // Whether the byte behind a backslash makes it an escape of a character literal. Further digits stand for themselves.
 bool isCharacterEscape(const char* at) { return has(kCharacterEscapes, *at) || (*at == 'x' && has(kHexDigits, at[1])); }
-
-CppTokenKind kindOfNumber(std::string_view number) {
-  const auto isSuffix = [number](std::size_t fromEnd) {
-    return number.size() > fromEnd && (number[number.size() - fromEnd] | 0x20) == 'u';
-  };
-  const bool isUnsigned = isSuffix(1) || isSuffix(2);
-  if (number[0] != '0') {
-    return isUnsigned ? TK_DEC_UINT : TK_DEC_INT;
-  }
-  if (number.size() > 1 && (number[1] | 0x20) == 'x') {
-    return isUnsigned ? TK_HEX_UINT : TK_HEX_INT;
-  }
-  return isUnsigned ? TK_OCT_UINT : TK_OCT_INT;
-}
 
 }  // namespace
 

@@ -35,6 +35,7 @@
 #include <utility>
 #include <vector>
 
+#include "lexer/BlockStore.h"
 #include "lexer/CppFileScanner.h"
 #include "lexer/CppTokenScanner.h"
 #include "lexer/HideSetCache.h"
@@ -146,7 +147,9 @@ class TokenStream {
   /// Behind the word of a directive, if the current source is a file: see CppLexer.
   bool readMacroName(std::string_view& name) { return isInFile_ && fileSource().readMacroName(name); }
   bool readMacroHead(MacroHead& head) { return isInFile_ && fileSource().readMacroHead(head); }
-  bool readReplacementText(std::string& text) { return isInFile_ && fileSource().readReplacementText(text); }
+  std::optional<std::string_view> readReplacementText(std::string& scratch) {
+    return isInFile_ ? fileSource().readReplacementText(scratch) : std::nullopt;
+  }
   /// In the middle of a line, if the current source is a file: see CppLexer::passInBuffer.
   template <typename Pass>
   bool passInBuffer(Pass pass) {
@@ -251,6 +254,9 @@ class TokenStream {
     TokenStream& stream_;
     std::vector<std::unique_ptr<CppTokenScanner>> lists_;
   };
+
+  /// Storage for definitions and the like, which lives as long as what has been retired.
+  BlockStore& blocks() { return blocks_; }
 
   /// Takes over what tokens in use may belong to, a pointer that owns it, and frees it when none can be.
   template <typename Owner>
@@ -358,6 +364,7 @@ class TokenStream {
 
   std::optional<SpellingPool::Mark> held_;  // Under a Hold: what lies behind it stays.
   EndedLists* ended_ = nullptr;             // Where lists go that end; null: they are used again.
+  BlockStore blocks_;
   // Shared pointers remember how to free what they point at, whatever that is.
   std::vector<std::shared_ptr<const void>> retired_;
   Spares<CppTokenScanner> spareLists_;

@@ -1,40 +1,75 @@
 #include "macros/CppMacroTable.h"
 
 #include <cassert>
+#include <cstddef>
+#include <cstdint>
 #include <memory>
-#include <string>
-#include <utility>
+#include <new>
 
+#include "lexer/ShortCopy.h"
 #include "lexer/Shortcuts.h"
 
 namespace qnpp {
+namespace {
+
+struct FreeReplacement {
+  BlockStore& store;
+  void operator()(const Replacement* replacement) const { ReplacementMaker::free(*replacement, store); }
+};
+
+struct FreeMacro {
+  BlockStore& store;
+  void operator()(CppMacro* macro) const {
+    if (macro->replacement != nullptr) {
+      ReplacementMaker::free(*macro->replacement, store);
+    }
+    if (macro->finalTextSearch != nullptr) {
+      freeSearch(*macro->finalTextSearch, store);
+    }
+    // The text may be another by now; the parameters are the same, and at the block's end.
+    const std::string_view list = macro->parameters.list();
+    store.giveBack(macro, static_cast<std::size_t>(list.data() + list.size() - reinterpret_cast<const char*>(macro)));
+  }
+};
+
+}  // namespace
 
 void CppMacroTable::defineFromCommandLine(std::string_view name, std::string_view definition) {
   Name& entry = *intern(name);
   if (entry.macro == nullptr) {
-    define(entry, {std::string(definition), {}, false});
+    define(entry, {definition, {}, false});
   }
 }
 
-void CppMacroTable::define(Name& name, CppMacro macro) {
+void CppMacroTable::define(Name& name, const CppMacro& macro) {
+  CppMacro* const stored = store(macro);
   if (name.macro == nullptr) {
     stream_.nameBecameKnown(name);
-  }
-  dropDefinition(name);
-  names_.noteMacro(name);
-  if (unused_.empty()) {
-    name.macro = &definitions_.emplace_back(std::move(macro));
+    names_.noteMacro(name);
+    names_.beginGeneration();
   } else {
-    name.macro = unused_.back();
-    unused_.pop_back();
-    *name.macro = std::move(macro);
+    dropDefinition(name);
   }
+  name.macro = stored;
   // On the command line words may be defined that no text asks for.
   if (kShortcuts && !name.isRefreshed && isName(name.spelling.kind)) {
-    name.finalText = findLastingText(*name.macro);
+    name.finalText = findLastingText(*stored);
   }
-  names_.beginGeneration();
   stream_.observe([&](Observer& observer) { observer.defined(name, *name.macro); });
+}
+
+// A definition is one block: the object, its text, and its parameters at the end.
+CppMacro* CppMacroTable::store(const CppMacro& macro) {
+  const std::string_view list = macro.parameters.list();
+  const std::size_t size = sizeof(CppMacro) + macro.text.size() + 1 + list.size();
+  char* const block = static_cast<char*>(stream_.blocks().take(size));
+  char* const text = block + sizeof(CppMacro);
+  char* const parameters = text + macro.text.size() + 1;
+  copyShort(text, macro.text.data(), macro.text.size());
+  text[macro.text.size()] = '\0';
+  copyShort(parameters, list.data(), list.size());
+  const auto count = static_cast<std::uint32_t>(macro.parameters.size());
+  return new (block) CppMacro{{text, macro.text.size()}, {{parameters, list.size()}, count}, macro.functionLike};
 }
 
 void CppMacroTable::undefine(std::string_view name) {
@@ -51,31 +86,29 @@ const Replacement& CppMacroTable::replacementOf(const Name& name) {
   if (macro.replacement != nullptr) {
     return *macro.replacement;
   }
-  StoredTextLexer& lexer = stream_.storedTextLexer();
-  auto made = macro.functionLike ? std::make_unique<const Replacement>(macro.text, macro.parameters, names_, lexer)
-                                 : std::make_unique<const Replacement>(macro.text, names_, lexer);
-  const Replacement& replacement = *made;
-  if (made->hasEffects() || name.isRefreshed || !kShortcuts) {
-    stream_.retire(std::move(made));
+  const Replacement& made = macro.functionLike ? maker_.make(macro.text, macro.parameters) : maker_.make(macro.text);
+  if (made.hasEffects() || name.isRefreshed || !kShortcuts) {
+    stream_.retire(std::unique_ptr<const Replacement, FreeReplacement>(&made, {stream_.blocks()}));
   } else {
-    macro.replacement = std::move(made);
+    macro.replacement = &made;
   }
-  return replacement;
+  return made;
 }
 
 void CppMacroTable::dropDefinition(Name& name) {
   if (name.macro == nullptr) {
     return;
   }
-  CppMacro& dropped = *name.macro;
-  unused_.push_back(&dropped);
+  const FreeMacro free{stream_.blocks()};
+  CppMacro* const dropped = name.macro;
   name.macro = nullptr;
   name.finalText = {};
   names_.beginGeneration();
-  if (dropped.replacement != nullptr) {
-    stream_.retire(std::move(dropped.replacement));
+  if (dropped->replacement != nullptr) {
+    stream_.retire(std::unique_ptr<CppMacro, FreeMacro>(dropped, free));
+  } else {
+    free(dropped);
   }
-  dropped = CppMacro();
 }
 
 }  // namespace qnpp

@@ -1,10 +1,7 @@
 // The macro table.
 #pragma once
 
-#include <deque>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "lexer/NameTable.h"
 #include "lexer/TokenStream.h"
@@ -19,7 +16,8 @@ namespace qnpp {
 /// reading them.
 class CppMacroTable {
  public:
-  CppMacroTable(NameTable& names, TokenStream& stream) : names_(names), stream_(stream) {}
+  CppMacroTable(NameTable& names, TokenStream& stream)
+      : names_(names), stream_(stream), maker_(names, stream.storedTextLexer(), stream.blocks()) {}
   CppMacroTable(const CppMacroTable&) = delete;
   CppMacroTable& operator=(const CppMacroTable&) = delete;
 
@@ -40,19 +38,19 @@ class CppMacroTable {
   /// The entry for `name` in the name table.
   Name* intern(std::string_view name) { return names_.intern(name); }
 
-  /// Makes `macro` the definition of `name`, in the place of any other.
-  void define(Name& name, CppMacro macro);
-  void define(std::string_view name, CppMacro macro) { define(*intern(name), std::move(macro)); }
+  /// Makes `macro` the definition of `name`, in the place of any other. What it refers to is copied.
+  void define(Name& name, const CppMacro& macro);
+  void define(std::string_view name, const CppMacro& macro) { define(*intern(name), macro); }
   /// Removes the definition of `name`, if there is one.
   void undefine(std::string_view name);
 
  private:
+  CppMacro* store(const CppMacro& macro);
   void dropDefinition(Name& name);
 
   NameTable& names_;
   TokenStream& stream_;
-  std::deque<CppMacro> definitions_;  // They stay where they are.
-  std::vector<CppMacro*> unused_;     // Those among them that no name has any more.
+  ReplacementMaker maker_;
 };
 
 }  // namespace qnpp

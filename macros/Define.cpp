@@ -1,8 +1,8 @@
 #include "macros/Define.h"
 
+#include <optional>
 #include <string>
-#include <utility>
-#include <vector>
+#include <string_view>
 
 namespace qnpp {
 namespace {
@@ -29,7 +29,7 @@ std::string collectMacroName(TokenStream& stream, MessageSink& messages) {
 
 // Reads "(", the names and ")"; the list may run over line ends. Reports, drops the line and returns false when it is
 // no such list.
-bool collectParameters(TokenStream& stream, MessageSink& messages, std::vector<std::string>& parameters) {
+bool collectParameters(TokenStream& stream, MessageSink& messages, MacroHead& head) {
   stream.get();
   stream.skipWhiteSpace();
   CppTokenKind kind = stream.get();
@@ -41,7 +41,8 @@ bool collectParameters(TokenStream& stream, MessageSink& messages, std::vector<s
       messages.report(Message::ParameterNameExpected);
       break;
     }
-    parameters.emplace_back(stream.text());
+    head.parameterList.append(stream.text()).push_back(',');
+    ++head.parameterCount;
     stream.skipWhiteSpace();
     kind = stream.get();
     if (kind == ')') {
@@ -93,23 +94,26 @@ void carryOutDefine(TokenStream& stream, CppMacroTable& macros, MessageSink& mes
     if (name.empty()) {
       return;
     }
+    head = {};
     head.functionLike = stream.peek() == '(';
-    if (head.functionLike && !collectParameters(stream, messages, head.parameters)) {
+    if (head.functionLike && !collectParameters(stream, messages, head)) {
       return;
     }
     entry = macros.intern(name);
   }
-  std::string text;
-  if (!stream.readReplacementText(text)) {
-    text = collectReplacementText(stream);
+  std::string scratch;
+  std::optional<std::string_view> text = stream.readReplacementText(scratch);
+  if (!text) {
+    scratch = collectReplacementText(stream);
+    text = scratch;
   }
   const CppMacro* const present = entry->macro;
   // Only the texts are compared. A definition with the same text changes nothing, not even the kind of macro.
-  if (present == nullptr || present->text != text) {
+  if (present == nullptr || present->text != *text) {
     if (present != nullptr) {
       messages.report(Message::IncompatibleRedefinition, entry->text());
     }
-    macros.define(*entry, {std::move(text), std::move(head.parameters), head.functionLike});
+    macros.define(*entry, {*text, {head.parameterList, head.parameterCount}, head.functionLike});
   }
   stream.takeLineEnd();
 }

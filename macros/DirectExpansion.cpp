@@ -9,6 +9,7 @@
 
 #include "lexer/ByteSet.h"
 #include "lexer/CppLexer.h"
+#include "lexer/PlainToken.h"
 #include "lexer/ShortCopy.h"
 #include "macros/Arguments.h"
 
@@ -47,16 +48,6 @@ constexpr std::array<ByteClass, 256> kByteClasses = [] {
   }
   return classes;
 }();
-
-// Behind the literal at `at` if it is one of the simple sort; null otherwise.
-const char* passSimpleLiteral(const char* at) {
-  const char quote = *at;
-  const char* const inside = ++at;
-  while (*at != quote && *at != '\\' && *at != '\n' && *at != '\0') {
-    ++at;
-  }
-  return *at != quote || (quote == '\'' && at == inside) ? nullptr : at + 1;
-}
 
 // Whether the last byte of a token and the first of the next could become a part of one token that is more, or other,
 // than the two of them: a word or a comment. Operators that become one stay the same text.

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "lexer/ByteSet.h"
@@ -56,13 +59,25 @@ bool appendExpandedText(const Name& name, std::string& text) {
   return true;
 }
 
+void keepText(FinalTextSearch& search, std::string_view text, BlockStore& store) {
+  if (!search.text.empty()) {
+    store.giveBack(const_cast<char*>(search.text.data()), search.text.size());
+    search.text = {};
+  }
+  if (!text.empty()) {
+    char* const made = static_cast<char*>(store.take(text.size()));
+    std::memcpy(made, text.data(), text.size());
+    search.text = {made, text.size()};
+  }
+}
+
 }  // namespace
 
 FinalText findLastingText(const CppMacro& macro) {
   if (macro.functionLike) {
     return {};
   }
-  const char* const begin = macro.text.c_str();
+  const char* const begin = macro.text.data();
   const char* const end = begin + macro.text.size();
   for (const char* at = begin; at != end;) {
     if (has(kDigitBytes, *at)) {
@@ -76,7 +91,12 @@ FinalText findLastingText(const CppMacro& macro) {
   return {begin, macro.text.size(), FinalText::kAnyGeneration};
 }
 
-bool findFinalText(Name& name, const NameTable& names) {
+void freeSearch(FinalTextSearch& search, BlockStore& store) {
+  keepText(search, {}, store);
+  store.giveBack(&search, sizeof search);
+}
+
+bool findFinalText(Name& name, const NameTable& names, BlockStore& store) {
   if (name.finalText.holdsIn(names.generation())) {
     return true;  // The first word of a line is handed out all the same.
   }
@@ -87,7 +107,7 @@ bool findFinalText(Name& name, const NameTable& names) {
   const bool isFixed = macro.replacement->isFixedText();
   if (!isFixed) {
     if (macro.finalTextSearch == nullptr) {
-      macro.finalTextSearch = std::make_unique<FinalTextSearch>();
+      macro.finalTextSearch = std::construct_at(static_cast<FinalTextSearch*>(store.take(sizeof(FinalTextSearch))));
     }
     FinalTextSearch& search = *macro.finalTextSearch;
     if (search.usedIn != names.generation()) {
@@ -98,13 +118,14 @@ bool findFinalText(Name& name, const NameTable& names) {
     if (search.isInVain) {
       return false;
     }
-    search.text.clear();
-    search.isInVain = !appendExpandedText(name, search.text);
+    std::string text;
+    search.isInVain = !appendExpandedText(name, text);
     if (search.isInVain) {
       return false;
     }
+    keepText(search, text, store);
   }
-  const std::string& text = isFixed ? macro.text : macro.finalTextSearch->text;
+  const std::string_view text = isFixed ? macro.text : macro.finalTextSearch->text;
   name.finalText = {text.data(), text.size(), names.generation()};
   return true;
 }

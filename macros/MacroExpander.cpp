@@ -86,7 +86,7 @@ void MacroExpander::expandObjectLikeInText(Name& name) {
   const TokenStream::Hold hold(stream_);
   const SpellingRange tokens = macros_.replacementOf(name).tokens();
   context_.budget.spendOnExpansion(1 + tokens.size());
-  if (stream_.isInFile() && findFinalText(name, names_)) {
+  if (stream_.isInFile() && findFinalText(name, names_, stream_.blocks())) {
     context_.output.write(name.finalText.text());
     return;
   }

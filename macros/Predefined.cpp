@@ -39,11 +39,11 @@ PredefinedMacros::PredefinedMacros(CppMacroTable& table, NameTable& names)
   table.defineFromCommandLine("__TIME__", now.time);
 }
 
-void PredefinedMacros::refresh(const Name& name, const CppFileScanner& file) const {
+void PredefinedMacros::refresh(const Name& name, const CppFileScanner& file) {
   if (&name == file_) {
-    name.macro->text = '"' + file.fileName() + '"';
+    name.macro->text = fileText_ = '"' + file.fileName() + '"';
   } else if (&name == line_) {
-    name.macro->text = std::to_string(file.line());
+    name.macro->text = lineText_ = std::to_string(file.line());
   }
 }
 

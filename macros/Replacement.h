@@ -8,8 +8,10 @@
 #include <string_view>
 #include <vector>
 
+#include "lexer/BlockStore.h"
 #include "lexer/Messages.h"
 #include "lexer/NameTable.h"
+#include "lexer/ParameterNames.h"
 #include "lexer/Spelling.h"
 #include "lexer/StoredTextLexer.h"
 
@@ -47,18 +49,13 @@ class Replacement {
     bool isWantedAgain = false;  ///< Of an Expand step: a later one expands the same argument.
   };
 
-  /// An object-like macro's list: its tokens as they stand.
-  Replacement(std::string_view text, NameTable& names, StoredTextLexer& lexer);
-  /// A function-like macro's list, with the steps for `parameters`.
-  Replacement(std::string_view text, const std::vector<std::string>& parameters, NameTable& names,
-              StoredTextLexer& lexer);
   Replacement(const Replacement&) = delete;
   Replacement& operator=(const Replacement&) = delete;
 
   /// The tokens of the object-like list, or those that the steps refer to.
   SpellingRange tokens() const { return tokens_; }
-  const std::vector<Step>& steps() const { return steps_; }
-  const std::vector<Item>& operands() const { return operands_; }
+  std::span<const Step> steps() const { return steps_; }
+  std::span<const Item> operands() const { return operands_; }
 
   /// Whether lexing the text did more than give tokens, so that this object is good for one use only.
   bool hasEffects() const { return hasEffects_; }
@@ -80,22 +77,72 @@ class Replacement {
   static Message misuse(const Step& step) { return static_cast<Message>(step.begin); }
 
  private:
-  class StepBuilder;
+  friend class ReplacementMaker;
+  Replacement() = default;
+  ~Replacement() = default;
 
-  void lex(std::string_view text, NameTable& names, StoredTextLexer& lexer);
-  void findIsText(std::span<const Step> steps);
-
-  std::vector<const Spelling*> tokens_;
+  SpellingRange tokens_;
+  std::span<const Step> steps_;
+  std::span<const Item> operands_;
+  std::uint64_t expandedArguments_ = 0;
+  std::uint64_t textArguments_ = 0;
+  std::size_t blockSize_ = 0;  // Of the block that begins with this object, and ends with what it refers to.
   bool hasEffects_ = false;
   bool isFixedText_ = false;
   bool isText_ = false;
   bool hasComma_ = false;
-  std::uint64_t expandedArguments_ = 0;
-  std::uint64_t textArguments_ = 0;
+};
+
+/// Makes replacement lists, each in one block of the store. One object for many: it keeps what it works with.
+class ReplacementMaker {
+ public:
+  /// All are borrowed and outlive the object.
+  ReplacementMaker(NameTable& names, StoredTextLexer& lexer, BlockStore& store)
+      : names_(names), lexer_(lexer), store_(store) {}
+  ReplacementMaker(const ReplacementMaker&) = delete;
+  ReplacementMaker& operator=(const ReplacementMaker&) = delete;
+
+  /// An object-like macro's list: its tokens as they stand. A NUL has to be behind the text.
+  const Replacement& make(std::string_view text);
+  /// A function-like macro's list, with the steps for `parameters`.
+  const Replacement& make(std::string_view text, const ParameterNames& parameters);
+
+  /// Gives the block back.
+  static void free(const Replacement& replacement, BlockStore& store) {
+    store.giveBack(const_cast<Replacement*>(&replacement), replacement.blockSize_);
+  }
+
+ private:
+  using Item = Replacement::Item;
+  using Step = Replacement::Step;
+  class StepBuilder;
+
+  void lex(std::string_view text);
+  bool lexPlainText(std::string_view text);
+  void addToken(CppTokenKind kind, std::string_view token);
+  void findIsText(std::span<const Step> steps);
+  const Replacement& finish();
+
+  NameTable& names_;
+  StoredTextLexer& lexer_;
+  BlockStore& store_;
+  // Of the list that is being made. The tokens that are neither names nor single characters are `own_`, and `texts_`
+  // what they consist of.
+  std::vector<const Spelling*> source_;  // As lexed.
+  std::vector<const Spelling*> tokens_;
   std::vector<Step> steps_;
   std::vector<Item> operands_;
-  std::string texts_;          // Texts of `own_`.
-  std::vector<Spelling> own_;  // Tokens that are neither names nor single characters.
+  std::vector<Item> item_;
+  std::vector<char> isWanted_;     // By the parameter.
+  std::vector<Name*> parameters_;  // Those that are known names.
+  std::string texts_;
+  std::vector<Spelling> own_;
+  std::uint64_t expandedArguments_ = 0;
+  std::uint64_t textArguments_ = 0;
+  bool hasEffects_ = false;
+  bool isFixedText_ = false;
+  bool isText_ = false;
+  bool hasComma_ = false;
 };
 
 }  // namespace qnpp

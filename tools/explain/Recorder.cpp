@@ -332,7 +332,7 @@ void Recorder::defined(const Name& name, const CppMacro& macro) {
   endDefinition(name.text(), true);
   Definition definition;
   definition.name = name.text();
-  definition.parameters = macro.parameters;
+  macro.parameters.forEach([&](std::string_view name) { definition.parameters.emplace_back(name); });
   definition.text = macro.text;
   definition.isFunctionLike = macro.functionLike;
   definition.place = openFiles_.empty() ? SourcePlace() : line_.place;

@@ -89,7 +89,7 @@ LineEvaluated evaluateLine(const std::string& expression) {
   const std::string text = "x " + expression + "\nnext\n";
   StreamSetting setting(text);
   CppMacro one{"1", {}, false};
-  CppMacro function{"x", {"x"}, true};
+  CppMacro function{"x", {"x,", 1}, true};
   setting.name("ONE").macro = &one;
   setting.name("F").macro = &function;
   setting.names.noteMacro(setting.name("ONE"));

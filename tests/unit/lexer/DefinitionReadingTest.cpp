@@ -1,6 +1,7 @@
 // Names, parameters and replacement lists read in one go, against the same read token by token.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <random>
@@ -54,7 +55,8 @@ ListRead readList(std::istream& input, bool inOneGo) {
   EXPECT_EQ(lexer.next(), TK_IDENTIFIER);
   ListRead read;
   if (inOneGo) {
-    lexer.readReplacementText(read.text);
+    std::string scratch;
+    read.text = lexer.readReplacementText(scratch);
     read.line = lexer.line();
     read.rest = dumpRest(lexer);
   } else {
@@ -164,10 +166,8 @@ std::string readHead(std::string_view text) {
     read = head.name;
     if (head.functionLike) {
       read += '(';
-      for (const std::string& parameter : head.parameters) {
-        read += parameter + ",";
-      }
-      read += ')';
+      read += head.parameterList + ")";
+      EXPECT_EQ(std::count(read.begin(), read.end(), ','), head.parameterCount) << text;
     }
   }
   const CppTokenKind kind = lexer.next();

@@ -109,6 +109,27 @@ TEST(NameTableTest, EntriesStayWhereTheyAreWhenTheTableGrows) {
   }
 }
 
+// The filter never denies a name that it has been told, also after it has grown.
+TEST(NameTableTest, EveryMacroIsKnownToTheFilter) {
+  NameTable names;
+  for (int index = 0; index < 5000; ++index) {
+    names.noteMacro(*names.intern("m" + std::to_string(index)));
+    names.intern("no_macro" + std::to_string(index));
+  }
+  EXPECT_TRUE(names.mayHoldMacro("_P"));
+  EXPECT_TRUE(names.mayBeMacro("_Pragma"));
+  for (int index = 0; index < 5000; ++index) {
+    const std::string name = "m" + std::to_string(index) + "   ";  // Four bytes are read.
+    ASSERT_TRUE(names.mayHoldMacro(name.data()));
+    ASSERT_TRUE(names.mayBeMacro(std::string_view(name).substr(0, name.size() - 3)));
+  }
+  int denied = 0;
+  for (int index = 0; index < 5000; ++index) {
+    denied += names.mayBeMacro("no_macro" + std::to_string(index)) ? 0 : 1;
+  }
+  EXPECT_GT(denied, 4000);
+}
+
 // Names that differ in one byte, at every place and for every length: hash and comparison read them in overlapping
 // words.
 TEST(NameTableTest, EveryByteOfANameCounts) {

@@ -34,13 +34,17 @@ struct Macros {
   Macros(NameTable& names, std::initializer_list<Row> rows) {
     for (const Row& row : rows) {
       Name& name = *names.intern(row.name);
-      macros.push_back(std::make_unique<CppMacro>(std::string(row.text), std::vector<std::string>(), row.functionLike));
-      macros.back()->text.shrink_to_fit();
+      // Nothing but the NUL is behind the text.
+      char* const text = texts.emplace_back(std::make_unique<char[]>(row.text.size() + 1)).get();
+      std::copy(row.text.begin(), row.text.end(), text);
+      macros.push_back(
+          std::make_unique<CppMacro>(CppMacro{{text, row.text.size()}, ParameterNames(), row.functionLike}));
       name.macro = macros.back().get();
       names.noteMacro(name);
     }
   }
 
+  std::vector<std::unique_ptr<char[]>> texts;
   std::vector<std::unique_ptr<CppMacro>> macros;
 };
 

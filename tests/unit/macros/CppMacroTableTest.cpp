@@ -12,11 +12,11 @@ namespace qnpp {
 namespace {
 
 struct CppMacroTableTest : testing::Test {
-  static CppMacro objectLike(const std::string& text) { return {text, {}, false, nullptr}; }
+  static CppMacro objectLike(const std::string& text) { return {text}; }
 
   std::string textOf(std::string_view name) {
     const CppMacro* const macro = table.lookup(name);
-    return macro == nullptr ? "(none)" : macro->text;
+    return std::string(macro == nullptr ? "(none)" : macro->text);
   }
 
   StreamSetting setting;
@@ -66,11 +66,12 @@ TEST_F(CppMacroTableTest, NamesAreComparedByteByByte) {
 
 TEST_F(CppMacroTableTest, DefineReplacesEverything) {
   table.define("A", objectLike("1"));
-  table.define("A", CppMacro{"x", {"x", "y"}, true, nullptr});
+  table.define("A", CppMacro{"x", {"x,y,", 2}, true});
   const CppMacro* const macro = table.lookup("A");
   ASSERT_NE(macro, nullptr);
   EXPECT_EQ(macro->text, "x");
-  EXPECT_EQ(macro->parameters, (std::vector<std::string>{"x", "y"}));
+  EXPECT_EQ(macro->parameters.list(), "x,y,");
+  EXPECT_EQ(macro->parameters.size(), 2U);
   EXPECT_TRUE(macro->functionLike);
 }
 
@@ -100,9 +101,8 @@ TEST_F(CppMacroTableTest, NamesPointAtTheirDefinitions) {
 TEST_F(CppMacroTableTest, ReplacedTokensStayWhileTheyMayBeInUse) {
   const auto defineAndLex = [this](const std::string& text) {
     table.define("A", objectLike(text));
-    CppMacro& macro = *table.lookup("A");
-    macro.replacement = std::make_unique<const Replacement>(macro.text, setting.names, setting.lexer);
-    return macro.replacement->tokens();
+    const TokenStream::Hold hold(setting.stream);
+    return table.replacementOf(setting.name("A")).tokens();
   };
   const SpellingRange first = defineAndLex("12345678901234567890");
   {

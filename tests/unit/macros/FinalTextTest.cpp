@@ -103,8 +103,8 @@ TEST(FinalTextTest, EachChangeOfADefinitionBeginsAGeneration) {
     change();
     return setting.names.generation() != before;
   };
-  EXPECT_TRUE(begins([&table] { table.define("A", CppMacro{"1", {}, false, nullptr}); }));
-  EXPECT_TRUE(begins([&table] { table.define("A", CppMacro{"2", {}, false, nullptr}); }));
+  EXPECT_TRUE(begins([&table] { table.define("A", CppMacro{"1"}); }));
+  EXPECT_TRUE(begins([&table] { table.define("A", CppMacro{"2"}); }));
   EXPECT_TRUE(begins([&table] { table.undefine("A"); }));
   EXPECT_FALSE(begins([&table] { table.undefine("A"); }));
   EXPECT_TRUE(begins([&table] { table.defineFromCommandLine("A", "1"); }));
@@ -124,16 +124,14 @@ struct FinalTextSearchTest : testing::Test {
     Name& name = setting.streams.name("A");
     bool isFound = false;
     for (; use > 0; --use) {
-      isFound = findFinalText(name, setting.streams.names);
+      isFound = findFinalText(name, setting.streams.names, setting.streams.stream.blocks());
     }
     return isFound ? std::string(name.finalText.text()) : "none";
   }
 
   static void lexList(DefinitionSetting& setting, const std::string& name) {
-    CppMacro& macro = *setting.table.lookup(name);
-    if (!macro.functionLike) {
-      macro.replacement = std::make_unique<const Replacement>(macro.text, setting.streams.names, setting.streams.lexer);
-    }
+    const TokenStream::Hold hold(setting.streams.stream);
+    static_cast<void>(setting.table.replacementOf(setting.streams.name(name)));
   }
 };
 
@@ -178,15 +176,16 @@ TEST_F(FinalTextSearchTest, LongTextsAreNotKept) {
 TEST_F(FinalTextSearchTest, AMacroThatHasNotBeenUsedIsNotLookedInto) {
   DefinitionSetting setting({"A B", "B b"});
   Name& name = setting.streams.name("A");
-  EXPECT_FALSE(findFinalText(name, setting.streams.names));  // Nor is A itself.
+  EXPECT_FALSE(findFinalText(name, setting.streams.names, setting.streams.stream.blocks()));  // Nor is A itself.
   lexList(setting, "A");
-  EXPECT_FALSE(findFinalText(name, setting.streams.names));
-  EXPECT_FALSE(findFinalText(name, setting.streams.names));
+  EXPECT_FALSE(findFinalText(name, setting.streams.names, setting.streams.stream.blocks()));
+  EXPECT_FALSE(findFinalText(name, setting.streams.names, setting.streams.stream.blocks()));
   lexList(setting, "B");
-  EXPECT_FALSE(findFinalText(name, setting.streams.names));  // It was sought in vain in this generation.
+  EXPECT_FALSE(findFinalText(name, setting.streams.names,
+                             setting.streams.stream.blocks()));  // It was sought in vain in this generation.
   setting.streams.names.beginGeneration();
-  EXPECT_FALSE(findFinalText(name, setting.streams.names));
-  EXPECT_TRUE(findFinalText(name, setting.streams.names));
+  EXPECT_FALSE(findFinalText(name, setting.streams.names, setting.streams.stream.blocks()));
+  EXPECT_TRUE(findFinalText(name, setting.streams.names, setting.streams.stream.blocks()));
   EXPECT_EQ(name.finalText.text(), "b");
 }
 
@@ -195,8 +194,8 @@ TEST_F(FinalTextSearchTest, WhatLastsAsLongAsTheDefinitionNeedsNoUse) {
   EXPECT_EQ(setting.streams.name("B").finalText.text(), "1");
   Name& name = setting.streams.name("A");
   lexList(setting, "A");
-  EXPECT_FALSE(findFinalText(name, setting.streams.names));
-  EXPECT_TRUE(findFinalText(name, setting.streams.names));
+  EXPECT_FALSE(findFinalText(name, setting.streams.names, setting.streams.stream.blocks()));
+  EXPECT_TRUE(findFinalText(name, setting.streams.names, setting.streams.stream.blocks()));
   EXPECT_EQ(name.finalText.text(), "1");
   setting.table.undefine("B");
   EXPECT_FALSE(setting.streams.name("B").finalText.holdsIn(setting.streams.names.generation()));

@@ -74,10 +74,22 @@ struct ReplacementTest : testing::Test {
     for (const std::string& parameter : parameters) {
       setting.names.intern(parameter);
     }
-    return dumpSteps(Replacement(text, parameters, setting.names, setting.lexer));
+    return dumpSteps(make(text, parameters));
   }
 
+  // The text is copied: of what it consists of, nothing may be needed afterwards.
+  const Replacement& make(std::string_view text, const std::vector<std::string>& parameters) {
+    std::string list;
+    for (const std::string& parameter : parameters) {
+      list += parameter + ",";
+    }
+    return maker.make(std::string(text), {list, static_cast<std::uint32_t>(parameters.size())});
+  }
+  const Replacement& make(std::string_view text) { return maker.make(std::string(text)); }
+
   SpellingSetting setting;
+  BlockStore store;
+  ReplacementMaker maker{setting.names, setting.lexer, store};
 };
 
 struct ReplacementRow {
@@ -212,7 +224,7 @@ TEST_F(ReplacementTest, AnObjectLikeListIsItsTokens) {
       {"+ 1 7", "+ SPACE DEC_INT:1 SPACE DEC_INT:7"},
   };
   for (const ReplacementRow& row : rows) {
-    const Replacement replacement(row.text, setting.names, setting.lexer);
+    const Replacement& replacement = make(row.text);
     std::string tokens;
     for (const Spelling* const token : replacement.tokens()) {
       tokens += (tokens.empty() ? "" : " ") + dumpToken(token->kind, token->text());
@@ -224,7 +236,7 @@ TEST_F(ReplacementTest, AnObjectLikeListIsItsTokens) {
 
 TEST_F(ReplacementTest, NamesOfTheListBecomeKnown) {
   EXPECT_EQ(setting.names.find("fresh"), nullptr);
-  const Replacement replacement("fresh+if", setting.names, setting.lexer);
+  const Replacement& replacement = make("fresh+if");
   ASSERT_NE(setting.names.find("fresh"), nullptr);
   EXPECT_EQ(replacement.tokens()[0], &setting.names.find("fresh")->spelling);
   EXPECT_EQ(replacement.tokens()[1], characterSpelling('+'));
@@ -246,7 +258,7 @@ TEST_F(ReplacementTest, KnowsWhichArgumentsAreExpandedAgain) {
     for (const std::string_view parameter : {"a", "b"}) {
       setting.names.intern(parameter);
     }
-    const Replacement replacement(row.text, {"a", "b"}, setting.names, setting.lexer);
+    const Replacement& replacement = make(row.text, {"a", "b"});
     std::vector<bool> isWantedAgain;
     for (const Replacement::Step& step : replacement.steps()) {
       if (step.kind == Replacement::Step::Kind::Expand) {
@@ -271,7 +283,7 @@ TEST_F(ReplacementTest, KnowsWhatItsTextDoesWhenItIsRead) {
       {"1 /*\n*/", true, false}, {"/* x", true, false},  {"\\\r\n", false, true},      {"\r\n", false, false},
   };
   for (const PropertyRow& row : rows) {
-    const Replacement replacement(row.text, setting.names, setting.lexer);
+    const Replacement& replacement = make(row.text);
     EXPECT_EQ(replacement.hasEffects(), row.hasEffects) << row.text;
     EXPECT_EQ(replacement.isFixedText(), row.isFixedText) << row.text;
   }

@@ -1,0 +1,51 @@
+// Tokens found without the scanner.
+#pragma once
+
+#include <string_view>
+
+#include "lexer/CppTokenKind.h"
+
+namespace qnpp {
+
+/// The operator of two bytes, or TK_END.
+inline CppTokenKind operatorOfTwo(char first, char second) {
+  switch (first) {
+    case '|':
+      return second == '|' ? TK_OROR : TK_END;
+    case '&':
+      return second == '&' ? TK_ANDAND : TK_END;
+    case '=':
+      return second == '=' ? TK_EQ : TK_END;
+    case '!':
+      return second == '=' ? TK_NE : TK_END;
+    case '<':
+      return second == '=' ? TK_LE : second == '<' ? TK_SHL : TK_END;
+    default:
+      return second == '=' ? TK_GE : second == '>' ? TK_SHR : TK_END;
+  }
+}
+
+/// `number` is all of one token.
+inline CppTokenKind kindOfNumber(std::string_view number) {
+  const auto isSuffix = [number](std::size_t fromEnd) {
+    return number.size() > fromEnd && (number[number.size() - fromEnd] | 0x20) == 'u';
+  };
+  const bool isUnsigned = isSuffix(1) || isSuffix(2);
+  if (number[0] != '0') {
+    return isUnsigned ? TK_DEC_UINT : TK_DEC_INT;
+  }
+  if (number.size() > 1 && (number[1] | 0x20) == 'x') {
+    return isUnsigned ? TK_HEX_UINT : TK_HEX_INT;
+  }
+  return isUnsigned ? TK_OCT_UINT : TK_OCT_INT;
+}
+
+/// Behind the literal at `at` if it is closed and holds no backslash; null otherwise.
+const char* passSimpleLiteral(const char* at);
+
+/// Behind the token at `at`, whose kind is put into `kind`: that of the scanner, but of any word it may be
+/// TK_IDENTIFIER. Null where it takes the scanner to know: for a literal that is not simple, a NUL, and what may be a
+/// comment or a line end. A NUL has to be behind the text.
+const char* passPlainToken(const char* at, CppTokenKind& kind);
+
+}  // namespace qnpp

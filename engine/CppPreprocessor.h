@@ -89,6 +89,7 @@ class CppPreprocessor {
   void processLines();
   void processLine();
   void collectLeadingSpace();
+  void beginTextLine();
   void writeTextLine(CppTokenKind kind);
   void handleTextToken(CppTokenKind kind);
   void processDirective();

@@ -9,6 +9,7 @@
 #include "directives/Operand.h"
 #include "directives/PragmaOperator.h"
 #include "engine/CppPreprocessor.h"
+#include "lexer/Block.h"
 #include "macros/Define.h"
 #include "macros/FinalText.h"
 
@@ -228,14 +229,23 @@ void CppPreprocessor::handlePragmaOperator() {
 
 void CppPreprocessor::handleError() {
   std::string message;
-  for (CppTokenKind kind = stream_.peek(); kind != TK_NEWLINE && kind != TK_END; kind = stream_.peek()) {
+  // Without a comment or a continued line end the message is what stands there.
+  const bool isPlain = stream_.passInBuffer([&message](const char* at) {
+    const char* const end = findAny<'/', '\\', '\r', '\n', '\0'>(at);
+    message.assign(at, *end == '\n' ? end : at);
+    return *end == '\n' ? end : nullptr;
+  });
+  for (CppTokenKind kind = isPlain ? TK_NEWLINE : stream_.peek(); kind != TK_NEWLINE && kind != TK_END;
+       kind = stream_.peek()) {
     stream_.get();
     if (kind != TK_CONTINUATION) {
       message.append(stream_.text());
     }
   }
   reportError(Message::ErrorDirective, message);
-  stream_.get();  // The line end: not before the message, so that it shows this line.
+  if (!stream_.passLineEnd()) {  // Not before the message, so that it shows this line.
+    stream_.get();
+  }
 }
 
 }  // namespace qnpp

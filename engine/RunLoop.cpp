@@ -15,7 +15,10 @@ void CppPreprocessor::processLines() {
         conditionals_.isSkipping() ? stream_.skipWholeLines(conditionals_) : stream_.passLineStart(leadingSpace_);
     if (directive != TK_END) {
       lexerContext_.budget.spend();
-      if (directive == '#') {
+      if (directive == TK_OTHER) {
+        beginTextLine();
+        writeTextLine(stream_.copyText());
+      } else if (directive == '#') {
         processDirective();
       } else {
         carryOutDirective(directive);
@@ -46,6 +49,7 @@ void CppPreprocessor::processLine() {
   } else if (kind == TK_NEWLINE) {
     output_.endLine();  // Without the leading space: a line of blanks becomes an empty one.
   } else {
+    beginTextLine();
     writeTextLine(kind);
   }
 }
@@ -60,12 +64,15 @@ void CppPreprocessor::collectLeadingSpace() {
   }
 }
 
-void CppPreprocessor::writeTextLine(CppTokenKind kind) {
+void CppPreprocessor::beginTextLine() {
   guardedFiles_.seeText();
   if (output_.line() != stream_.file()->line()) {
     markLine(LineMark::Corrected);
   }
   output_.write(leadingSpace_);
+}
+
+void CppPreprocessor::writeTextLine(CppTokenKind kind) {
   for (; kind != TK_NEWLINE; kind = stream_.copyText()) {
     if (kind == TK_END) {
       return;

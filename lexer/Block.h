@@ -162,8 +162,8 @@ using Block = VectorBlock;
 #endif
 
 /// The first byte from `at` on that is one of `Stops`. One of them must come: a text ends in a NUL, which is to be one.
-template <char... Stops>
-char* findAny(char* at) {
+template <char... Stops, typename Byte>
+Byte* findAny(Byte* at) {
   for (;; at += 64) {
     const std::uint64_t found = Block(at).find<Stops...>();
     if (found != 0) {

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <utility>
 
 #include "lexer/Block.h"
@@ -40,6 +41,8 @@ char* passManyBlanks(char* at) {
   return passMany(at, [](const Block& block) { return block.digits(); });
 }
 
+bool isComment(const char* at) { return *at == '/' && isOneOf(at[1], '*', '/'); }
+
 // Behind the blanks at `at`, of which there are mostly none or a few.
 inline char* passAllBlanks(char* at) {
   for (const char* const few = at + 16; has(kBlankBytes, *at); ++at) {
@@ -61,49 +64,52 @@ char* behindLineEnd(char* at) {
   return at[1] == '\n' ? at + 2 : at + 1;
 }
 
-// A word as a number of its bytes, or of the last eight: no word of eight bytes or more has that of a shorter one.
-constexpr std::uint64_t addToNumber(std::uint64_t number, char byte) {
-  return number << 8U | static_cast<unsigned char>(byte);
-}
-consteval std::uint64_t numberOf(std::string_view word) {
-  std::uint64_t number = 0;
-  for (const char byte : word) {
-    number = addToNumber(number, byte);
-  }
-  return number;
+// Whether this word, and nothing longer, is at `at`.
+template <std::size_t Size>
+bool isWordAt(const char* at, const char (&word)[Size]) {
+  return std::memcmp(at, word, Size - 1) == 0 && !isWordByte(at[Size - 1]);
 }
 
-// Moves `at` behind the word there. Returns its kind, if it is that of a directive; TK_END for any other.
+// Moves `at` behind the word of a directive and returns its kind; TK_END, with `at` left, where no other is there.
 CppTokenKind passWordOfDirective(char*& at) {
-  std::uint64_t number = 0;
-  for (; isWordByte(*at); ++at) {
-    number = addToNumber(number, *at);
-  }
-  switch (number) {
-    case numberOf("if"):
-      return TK_IF;
-    case numberOf("ifdef"):
-      return TK_IFDEF;
-    case numberOf("ifndef"):
-      return TK_IFNDEF;
-    case numberOf("else"):
-      return TK_ELSE;
-    case numberOf("elif"):
-      return TK_ELIF;
-    case numberOf("endif"):
-      return TK_ENDIF;
-    case numberOf("define"):
-      return TK_DEFINE;
-    case numberOf("undef"):
-      return TK_UNDEF;
-    case numberOf("include"):
-      return TK_INCLUDE;
-    case numberOf("pragma"):
-      return TK_PRAGMA;
-    case numberOf("line"):
-      return TK_LINE;
-    case numberOf("error"):
-      return TK_ERROR;
+  const auto pass = [&at](const auto& word, CppTokenKind kind) {
+    if (!isWordAt(at, word)) {
+      return CppTokenKind{TK_END};
+    }
+    at += sizeof word - 1;
+    return kind;
+  };
+  switch (*at) {
+    case 'd':
+      return pass("define", TK_DEFINE);
+    case 'e':
+      switch (at[2]) {
+        case 'd':
+          return pass("endif", TK_ENDIF);
+        case 's':
+          return pass("else", TK_ELSE);
+        case 'i':
+          return pass("elif", TK_ELIF);
+        default:
+          return pass("error", TK_ERROR);
+      }
+    case 'i':
+      switch (at[2]) {
+        case 'd':
+          return pass("ifdef", TK_IFDEF);
+        case 'n':
+          return pass("ifndef", TK_IFNDEF);
+        case 'c':
+          return pass("include", TK_INCLUDE);
+        default:
+          return pass("if", TK_IF);
+      }
+    case 'l':
+      return pass("line", TK_LINE);
+    case 'p':
+      return pass("pragma", TK_PRAGMA);
+    case 'u':
+      return pass("undef", TK_UNDEF);
     default:
       return TK_END;
   }
@@ -246,14 +252,18 @@ CppTokenKind CppLexer::passLineStart(std::string& leadingSpace) {
       passed = TK_SPACE;
     }
     yytext = at;
-    if (*at == '/' && isOneOf(next, '*', '/')) {
+    if (isComment(at)) {
       at = next == '*' ? passBlockComment(at + 2) : passLineComment(at + 2);
       leadingSpace += ' ';
       passed = TK_SPACE;
       continue;
     }
     if (*at == '#' && next != '#' && next != '\0') {
-      char* const word = passAllBlanks(at + 1);
+      char* word = passAllBlanks(at + 1);
+      const bool isCommentNext = isComment(word);
+      while (isComment(word)) {
+        word = passAllBlanks(word[1] == '*' ? passBlockComment(word + 2) : passLineComment(word + 2));
+      }
       if (*word == '\n') {
         at = word + 1;  // A directive that is none takes its line end and writes nothing.
         leadingSpace.clear();
@@ -261,7 +271,14 @@ CppTokenKind CppLexer::passLineStart(std::string& leadingSpace) {
         passed = TK_NEWLINE;
         continue;
       }
-      passed = passDirectiveWord(at, word);
+      if (isCommentNext) {
+        at = yytext = word;  // What the comments took may be gone from the buffer.
+        passed = '#';
+      } else {
+        passed = passDirectiveWord(at, word);
+      }
+    } else if (!has(kUnsureLineStart, *at)) {
+      passed = TK_OTHER;
     }
     endScan(at);
     return token(passed);
@@ -335,8 +352,10 @@ class CppLexer::TextCopy {
     words_ = block.words();
     spaces_ = block.find<' '>();
     const std::uint64_t begins = words_ & ~(words_ << 1U | (wordBegin_ != nullptr ? 1U : 0U));
-    const std::uint64_t names = findNames(begins);
     const std::uint64_t ends = block.find<'\n'>();
+    // Mostly a directive comes next where one has been before: what is behind a "#" will not be copied.
+    const bool isDirectiveNext = ends != 0 && block_[std::countr_zero(ends) + 1] == '#';
+    const std::uint64_t names = findNames(isDirectiveNext ? begins & (ends ^ (ends - 1)) : begins);
     stops_ = ends | block.find<'"', '\'', '/', '\\', '\r', '\0'>();
     std::uint64_t left = names | stops_;
     at_ += 64;
@@ -482,13 +501,26 @@ class CppLexer::TextCopy {
     return first;
   }
 
+  // The line end at `end` is the next token.
+  void handOutLineEnd(char* end) {
+    if (*end != '\n') {
+      handOutTokenAt(end);
+      return;
+    }
+    writeUpTo(end);
+    lexer_.countLine();
+    lexer_.yytext = end;
+    lexer_.endScan(end + 1);
+    handOut(lexer_.token(TK_NEWLINE));
+  }
+
   // At the line end at `end`, with the next line at `next`: returns the first byte behind the blanks of that, or null
   // when the line end is handed out. It has to be when the next line may be a directive or needs a line directive.
   char* countLineEnd(char* end, char* next) {
     OutputBuffer& output = lexer_.context_.output;
     char* const first = behindBlanks(next);
     if (output.line() != lexer_.line_ || has(kUnsureLineStart, *first)) {
-      handOutTokenAt(end);
+      handOutLineEnd(end);
       return nullptr;
     }
     lexer_.countLine();
@@ -735,6 +767,7 @@ class CppLexer::LineSkip {
       : lexer_(lexer), conditionals_(conditionals), at_(lexer.beginScan()), end_(lexer.bufferEnd()), resumed_(at_) {}
 
   CppTokenKind run() {
+    passFirstDirective();
     while (!isDone_) {
       skipBlock();
     }
@@ -745,6 +778,22 @@ class CppLexer::LineSkip {
   }
 
  private:
+  // A group often is empty, or begins with one that is skipped within it: for these no block is looked at.
+  void passFirstDirective() {
+    char* const hash = passAllBlanks(at_);
+    if (*hash != '#') {
+      return;
+    }
+    char* end = passAllBlanks(hash + 1);
+    const CppTokenKind kind = passWordOfDirective(end);
+    if (isConditional(kind) && *end != '\0') {
+      at_ = end;
+      if (!passNested(kind, end)) {
+        stop(end, kind);
+      }
+    }
+  }
+
   // Goes through the 64 bytes at `at_`, or up to one behind which there is another block.
   void skipBlock() {
     std::ptrdiff_t left = end_ - at_;
@@ -933,7 +982,11 @@ class CppLexer::LineSkip {
     }
     char* const word = passAllBlanks(hash + 1);
     char* end = word;
-    const CppTokenKind kind = isOneOf(*word, 'e', 'i') ? passWordOfDirective(end) : TK_END;
+    CppTokenKind kind = TK_END;
+    if (isOneOf(*word, 'e', 'i')) {
+      kind = passWordOfDirective(end);
+      end = passAll(kWordBytes, end);
+    }
     if (!isWordByte(*word) || *end == '\0') {
       // Perhaps a "#" that stands alone: then the next line goes with it.
       countLinesBefore(place);
@@ -942,16 +995,24 @@ class CppLexer::LineSkip {
     if (!isConditional(kind)) {
       return word;
     }
-    if (!conditionals_.carryOutNested(kind)) {
+    if (!passNested(kind, end)) {
       countLinesBefore(place);
       return stop(end, kind);
+    }
+    return end;
+  }
+
+  // Carries out the conditional whose word ends at `end`, if that can be done here.
+  bool passNested(CppTokenKind kind, char* end) {
+    if (!conditionals_.carryOutNested(kind)) {
+      return false;
     }
     // What is behind these two is a line of its own; the line of another conditional leaves nothing.
     const bool isLineBehind = kind == TK_ELSE || kind == TK_ENDIF;
     unwritten_ -= isLineBehind ? 0 : 1;
     passed_ = isLineBehind ? TK_SPACE : TK_OTHER;
     resumed_ = end;
-    return end;
+    return true;
   }
 
   // At the end of the buffer.
@@ -1181,15 +1242,13 @@ bool CppLexer::readMacroHead(MacroHead& head) {
 }
 
 std::string_view CppLexer::readReplacementText(std::string& text) {
-  char* at = beginScan();
-  char* const first = passAllBlanks(at);
-  if (char* const end = passPlainList(first); *end == '\n') {
-    yytext = first;
-    endScan(end);
-    return {first, static_cast<std::size_t>(end - first)};
+  yytext = passAllBlanks(beginScan());
+  char* at = passPlainList(yytext);
+  if (*at == '\n') {
+    endScan(at);
+    return {yytext, static_cast<std::size_t>(yyleng)};
   }
   bool blankWaits = false;
-  yytext = at;
   // Appends what lies between `yytext` and `at`. A blank waits for what follows it.
   const auto append = [this, &at, &text, &blankWaits] {
     if (at != yytext) {
@@ -1201,8 +1260,7 @@ std::string_view CppLexer::readReplacementText(std::string& text) {
       yytext = at;
     }
   };
-  for (;;) {
-    at = passPlainList(at);
+  for (;; at = passPlainList(at)) {
     if (*at == '\0' && !atBufferEnd(at)) {
       ++at;
       continue;

@@ -139,7 +139,8 @@ class CppLexer final : public yyCppFlexLexer {
   /// of nothing else, over directives of nothing but a "#", and over the beginning of another, as if the tokens had
   /// been asked for. What of them begins the next line of text is appended to `leadingSpace`, which is empty. Returns
   /// the kind of what was passed last: the word of a directive, or "#" where none is sure to follow; TK_SPACE or
-  /// TK_NEWLINE when something else follows or it takes more to be sure; TK_END when nothing was passed.
+  /// TK_NEWLINE when something else follows or it takes more to be sure; TK_END when nothing was passed. TK_OTHER when
+  /// a line of text is sure to follow: then it may be copied as if some of it had been taken.
   CppTokenKind passLineStart(std::string& leadingSpace);
 
   /// Whether the rest of the line means what stands there and nothing else: all of it is in the buffer, without

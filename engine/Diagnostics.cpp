@@ -31,8 +31,8 @@ Diagnostics::Diagnostics(Host& host, const TokenStream& stream) : host_(host), s
 // Each line goes out in one piece, so that those of programs running side by side do not mix.
 void Diagnostics::deliver(Message message, std::string_view detail) {
   const MessageEntry& entry = entryOf(message);
-  const std::string text = textOf(message, detail);
-  text_.assign(text);
+  text_.clear();
+  appendText(message, detail, text_);
   printed_.clear();
   if (entry.grade == Grade::Failure) {
     printed_.append(text_).append("\n");

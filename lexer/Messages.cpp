@@ -83,12 +83,18 @@ std::span<const MessageEntry> messageTable() { return kTable; }
 
 const MessageEntry& entryOf(Message message) { return kTable[static_cast<std::size_t>(message)]; }
 
-std::string textOf(Message message, std::string_view detail) {
-  std::string text(entryOf(message).text);
-  const std::size_t place = text.find("%s");
-  if (place != std::string::npos) {
-    text.replace(place, 2, detail);
+void appendText(Message message, std::string_view detail, std::string& text) {
+  const std::string_view form = entryOf(message).text;
+  const std::size_t place = form.find("%s");
+  text.append(form.substr(0, place));
+  if (place != std::string_view::npos) {
+    text.append(detail).append(form.substr(place + 2));
   }
+}
+
+std::string textOf(Message message, std::string_view detail) {
+  std::string text;
+  appendText(message, detail, text);
   return text;
 }
 

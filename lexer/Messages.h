@@ -76,7 +76,8 @@ struct MessageEntry {
 std::span<const MessageEntry> messageTable();
 const MessageEntry& entryOf(Message message);
 
-/// The text of `message` with `detail` in its place.
+/// The text of `message` with `detail` in its place; the first adds it to `text`.
+void appendText(Message message, std::string_view detail, std::string& text);
 std::string textOf(Message message, std::string_view detail);
 
 /// Where messages about the source go. Whoever gets them knows where in the source the run is.

@@ -16,6 +16,9 @@ namespace {
 // The first byte behind the blanks of a line that may be a directive line, or whose blanks are not over.
 constexpr ByteSet kUnsureLineStart = bytesOf(std::string_view("#/\\\r\0", 5));
 
+// Behind a function-like macro's name and blanks: what may begin an invocation, or more white space.
+constexpr ByteSet kUnsureBehindName = bytesOf(std::string_view("(/\\\r\n\0", 6));
+
 constexpr ByteSet kOctalDigits = bytesOf("01234567");
 
 // The bits from that of `place` on.
@@ -467,6 +470,14 @@ class CppLexer::TextCopy {
       lexer_.context_.output.write(name->finalText.text());
       from_ = end;
       return end;
+    }
+    char* const behind = name->wantsParenthesis ? passAllBlanks(end) : end;
+    if (name->wantsParenthesis && !has(kUnsureBehindName, *behind)) {
+      // Without a "(" the name stays, and the white space behind it comes out before it.
+      lexer_.context_.output.write(end, static_cast<std::size_t>(behind - end));
+      lexer_.context_.output.write(word, static_cast<std::size_t>(end - word));
+      from_ = behind;
+      return behind;
     }
     lexer_.name_ = name;
     lexer_.yytext = word;

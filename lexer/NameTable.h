@@ -42,10 +42,11 @@ struct Name {
   std::uint32_t priority = 0;  ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
   FinalText finalText;         ///< Of the macro.
   std::uint32_t parameter =
-      0;                     ///< While a list is made for a definition of which it is a parameter: the place, from 1.
-  bool isInFilter = false;   ///< There is a definition, or has been.
-  bool isRefreshed = false;  ///< The text of the macro changes at each use, see PredefinedMacros.
-  bool isBeingReplaced = false;  ///< See DirectExpansion.
+      0;  ///< While a list is made for a definition of which it is a parameter: the place, from 1.
+  bool wantsParenthesis = false;  ///< The macro is function-like: text copied as it stands may hold the name alone.
+  bool isInFilter = false;        ///< There is a definition, or has been.
+  bool isRefreshed = false;       ///< The text of the macro changes at each use, see PredefinedMacros.
+  bool isBeingReplaced = false;   ///< See DirectExpansion.
 
   std::string_view text() const { return spelling.text(); }
 };

@@ -51,6 +51,7 @@ void CppMacroTable::define(Name& name, const CppMacro& macro) {
     dropDefinition(name);
   }
   name.macro = stored;
+  name.wantsParenthesis = stored->functionLike && !name.isRefreshed;
   // On the command line words may be defined that no text asks for.
   if (kShortcuts && !name.isRefreshed && isName(name.spelling.kind)) {
     name.finalText = findLastingText(*stored);
@@ -102,6 +103,7 @@ void CppMacroTable::dropDefinition(Name& name) {
   const FreeMacro free{stream_.blocks()};
   CppMacro* const dropped = name.macro;
   name.macro = nullptr;
+  name.wantsParenthesis = false;
   name.finalText = {};
   names_.beginGeneration();
   if (dropped->replacement != nullptr) {

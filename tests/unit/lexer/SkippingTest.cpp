@@ -116,6 +116,24 @@ TEST(SkippingTest, CopiedTextIsTheTextOfItsTokens) {
   }
 }
 
+// The white space behind the name comes out before it. Where an invocation may begin, the name is handed out.
+TEST(SkippingTest, TheNameOfAFunctionIsCopiedWhereNoParenthesisFollows) {
+  const auto copy = [](std::string_view text) {
+    Reading reading(text, text.size() + 1);
+    reading.setting.names.find("MACRO")->wantsParenthesis = true;
+    EXPECT_EQ(reading.scanner.get(), TK_IDENTIFIER);
+    const CppTokenKind kind = reading.scanner.copyText();
+    return reading.setting.written() + (kind == TK_IDENTIFIER ? "[" + std::string(reading.scanner.text()) + "]" : "");
+  };
+  EXPECT_EQ(copy("x MACRO a\tMACRO \t b MACRO, 1MACRO\"\"\n"), "  MACROa\t \t MACROb MACRO, 1MACRO\"\"");
+  EXPECT_EQ(copy("x MACRO MACRO\xC3\n"), "  MACROMACRO\xC3");
+  const std::string far(100, ' ');
+  EXPECT_EQ(copy("x MACRO" + far + "MACRO" + far + "b\n"), " " + far + "MACRO" + far + "MACROb");
+  for (const std::string_view behind : {"("sv, " ("sv, "\n"sv, " \n"sv, "/"sv, " /"sv, "\\"sv, "\r"sv, "\0"sv, ""sv}) {
+    EXPECT_EQ(copy("x MACRO" + std::string(behind)), " [MACRO]") << visible(behind);
+  }
+}
+
 // Looking ahead, taking and copying in any order.
 TEST(SkippingTest, CopyingMayBeginAnywhere) {
   std::mt19937 random(4712);

@@ -424,9 +424,9 @@ ExpressionEvaluator::Result ExpressionEvaluator::evaluate() {
   return Evaluation(StreamTokens(stream_, messages_), budget_, waiting_).run();
 }
 
-std::optional<CppExprValue> ExpressionEvaluator::evaluateLine(PlainLine::TextOf textOf) {
+std::optional<CppExprValue> ExpressionEvaluator::evaluateLine(PlainLine::Macros& macros) {
   CppExprValue value;
-  const bool isRead = stream_.readPlainLine(textOf, [&](PlainLine& line) {
+  const bool isRead = stream_.readPlainLine(macros, [&](PlainLine& line) {
     Evaluation evaluation(LineTokens(line), budget_, waiting_);
     value = evaluation.run().value;
     if (evaluation.peek() != TK_END || line.behindEnd() == nullptr) {

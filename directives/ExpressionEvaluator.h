@@ -40,7 +40,7 @@ class ExpressionEvaluator {
 
   /// Takes the rest of the line of a file, with its line end, if that is an expression without fault and can be read
   /// as a PlainLine. Otherwise there is no value, and nothing has been taken.
-  std::optional<CppExprValue> evaluateLine(PlainLine::TextOf textOf);
+  std::optional<CppExprValue> evaluateLine(PlainLine::Macros& macros);
 
  private:
   TokenStream& stream_;

@@ -45,8 +45,8 @@ std::optional<IncludeName> readIncludeName(TokenStream& operand, MessageSink& me
 
 std::optional<IncludeName> readQuotedName(TokenStream& stream) {
   IncludeName result{"", true};
-  const bool isRead = stream.passInBuffer([&result](const char* at) -> const char* {
-    const char* const quote = passAll(kBlankBytes, at);
+  const bool isRead = stream.passAhead([&result](const BytesAhead& bytes) -> const char* {
+    const char* const quote = passAll(kBlankBytes, bytes.begin());
     if (*quote != '"') {
       return nullptr;
     }

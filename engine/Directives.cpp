@@ -11,7 +11,6 @@
 #include "engine/CppPreprocessor.h"
 #include "lexer/Block.h"
 #include "macros/Define.h"
-#include "macros/FinalText.h"
 
 namespace qnpp {
 
@@ -64,7 +63,7 @@ void CppPreprocessor::handleIf() {
 }
 
 void CppPreprocessor::evaluateCondition() {
-  if (const std::optional<CppExprValue> value = evaluator_.evaluateLine(findTextInPlace)) {
+  if (const std::optional<CppExprValue> value = evaluator_.evaluateLine(expander_)) {
     conditionals_.setGroup(value->value != 0);
     return;
   }

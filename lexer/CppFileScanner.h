@@ -89,8 +89,8 @@ class CppFileScanner final : public CppScanner {
 
   /// The same as that of the lexer; false where nothing was passed. Only in the middle of a line.
   template <typename Read>
-  bool readPlainLine(PlainLine::TextOf textOf, Read read) {
-    if (!canPass() || !lexer_->readPlainLine(textOf, read)) {
+  bool readPlainLine(PlainLine::Macros& macros, Read read) {
+    if (!canPass() || !lexer_->readPlainLine(macros, read)) {
       return false;
     }
     atLineStart_ = true;
@@ -114,8 +114,8 @@ class CppFileScanner final : public CppScanner {
     return canPass() ? std::optional(lexer_->readReplacementText(scratch)) : std::nullopt;
   }
   template <typename Pass>
-  bool passInBuffer(Pass pass) {
-    return canPass() && lexer_->passInBuffer(pass);
+  bool passAhead(Pass pass) {
+    return canPass() && lexer_->passAhead(pass);
   }
   bool passLineEnd() {
     if (!canPass() || !lexer_->passPlainLineEnd()) {

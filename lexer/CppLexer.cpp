@@ -332,6 +332,17 @@ bool CppLexer::isPlainUpToLineEnd(const char* at) const {
   }
 }
 
+const char* BytesAhead::getMore(const char* end) {
+  if (lexer_ == nullptr || !lexer_->atBufferEnd(end)) {
+    return nullptr;
+  }
+  const auto before = begin_ - lexer_->yytext;
+  char* at = lexer_->yytext + (end - lexer_->yytext);
+  const bool isMore = lexer_->refill(at);
+  begin_ = lexer_->yytext + before;
+  return isMore ? at : nullptr;
+}
+
 // ---- Text ----
 
 // One call of copyText: goes through the buffer from one byte that matters to the next, and writes what is between them

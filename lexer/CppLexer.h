@@ -59,6 +59,30 @@ const char* passNumber(const char* at);
 /// name may follow a number directly. At `end` stands a byte that is none of a word, and three bytes may be read there.
 Name* findMacroName(const NameTable& names, const char*& word, const char* end);
 
+class CppLexer;
+
+/// The bytes of the input behind a token, for those who read them past the rules. There is a NUL behind those that are
+/// in the scanner's buffer.
+class BytesAhead {
+ public:
+  /// Bytes that are all there is.
+  explicit BytesAhead(const char* begin) : begin_(begin) {}
+  BytesAhead(const char* begin, CppLexer& lexer) : begin_(begin), lexer_(&lexer) {}
+
+  const char* begin() const { return begin_; }
+  /// Gets more of the input behind the NUL at `end`. All bytes may move for that, from `begin()` on: returns where
+  /// `end` is now. Null when there is no more, or the NUL is one of the input.
+  const char* getMore(const char* end);
+  /// To be called for line ends that have been read.
+  void setLines(std::size_t lines) { lines_ = lines; }
+  std::size_t lines() const { return lines_; }
+
+ private:
+  const char* begin_;
+  CppLexer* lexer_ = nullptr;
+  std::size_t lines_ = 0;
+};
+
 /// What stands before the replacement list of a definition.
 struct MacroHead {
   std::string_view name;  ///< In the scanner's buffer: valid until the next token is asked for.
@@ -150,15 +174,12 @@ class CppLexer final : public yyCppFlexLexer {
   /// Lets `read` read the rest of the line as a PlainLine, and passes over it with its line end if `read` says that
   /// this was all; otherwise returns false, with nothing passed. Only in the middle of a line.
   template <typename Read>
-  bool readPlainLine(PlainLine::TextOf textOf, Read read) {
-    const bool isRead = passInBuffer([this, textOf, &read](const char* at) {
-      PlainLine line(at, context_.names, textOf);
+  bool readPlainLine(PlainLine::Macros& macros, Read read) {
+    return passAhead([this, &macros, &read](BytesAhead& bytes) {
+      PlainLine line(bytes.begin(), context_.names, macros);
+      bytes.setLines(1);
       return read(line) ? line.behindEnd() : nullptr;
     });
-    if (isRead) {
-      countLine();
-    }
-    return isRead;
   }
 
   /// Passes over the name behind `#define` or `#undef` as if its tokens had been asked for, and the parameters as well
@@ -173,17 +194,19 @@ class CppLexer final : public yyCppFlexLexer {
   /// scanner's buffer, and then valid until the next token is asked for.
   std::string_view readReplacementText(std::string& scratch);
 
-  /// In the middle of a line: has `pass` look at the bytes behind the current token that are in the buffer, with a NUL
-  /// behind them, and passes over all before the place that it returns. Returns false, with nothing passed, where that
-  /// is null.
+  /// In the middle of a line: has `pass` look at the bytes behind the current token, and passes over all before the
+  /// place that it returns, with the line ends that it has told of. Returns false, with nothing passed, where that is
+  /// null. The text of the current token is lost.
   template <typename Pass>
-  bool passInBuffer(Pass pass) {
-    char* const at = beginScan();
-    const char* const behind = pass(static_cast<const char*>(at));
+  bool passAhead(Pass pass) {
+    BytesAhead bytes(beginScan(), *this);
+    const char* const behind = pass(bytes);
+    char* at = yytext + (bytes.begin() - yytext);
     if (behind != nullptr) {
-      yytext = at + (behind - at);
+      at = yytext = at + (behind - at);
+      countLines(bytes.lines());
     }
-    endScan(behind != nullptr ? yytext : at);
+    endScan(at);
     return behind != nullptr;
   }
 
@@ -214,6 +237,8 @@ class CppLexer final : public yyCppFlexLexer {
   [[noreturn]] void LexerError(const char* message) override;
 
  private:
+  friend class BytesAhead;
+
   // Reading in the scanner's buffer. Between tokens the byte behind the token is kept aside, so that the token's text
   // ends in a NUL: `beginScan` puts it back and tells where it is, `endScan` says where the next token starts.
   char* beginScan() {

@@ -152,7 +152,10 @@ CppTokenKind PlainLine::takeWord(bool isProtected) {
   if (word == "defined") {
     return macro_ != nullptr ? giveUp() : take(TK_DEFINED, end);
   }
-  const Name* const name = findName(word, isProtected);
+  if (isExpanded_) {
+    return take(TK_IDENTIFIER, end);
+  }
+  Name* const name = findName(word, isProtected);
   isMacro_ = name != nullptr && name->macro != nullptr;
   const CppTokenKind kind = name == nullptr ? CppTokenKind{TK_IDENTIFIER} : name->spelling.kind;
   if (isProtected || !isMacro_ || !isName(kind) || isHidden(*name)) {
@@ -163,7 +166,7 @@ CppTokenKind PlainLine::takeWord(bool isProtected) {
 }
 
 // The entry of a word of which one is needed: because it is a macro, or no identifier like others.
-const Name* PlainLine::findName(std::string_view word, bool isProtected) const {
+Name* PlainLine::findName(std::string_view word, bool isProtected) const {
   // The filter may read behind the end of a short text, and does not know all words with a kind of their own.
   const bool isSure = macro_ != nullptr || isProtected;
   return isSure || (names_.mayHoldMacro(word.data()) && names_.mayBeMacro(word)) ? names_.find(word) : nullptr;
@@ -175,12 +178,17 @@ bool PlainLine::isHidden(const Name& name) const {
   return macro_ == &name || std::any_of(enclosing_.begin(), enclosing_.begin() + depth_, isOf);
 }
 
-bool PlainLine::beginExpansion(const Name& name) {
-  const std::optional<std::string_view> text = textOf_(name);
+bool PlainLine::beginExpansion(Name& name) {
+  const char* behind = at_;
+  std::optional<std::string_view> text = macros_.textOf(name);
+  if (!text && macro_ == nullptr) {
+    text = macros_.expand(name, behind);
+    isExpanded_ = text.has_value();
+  }
   if (!text || depth_ == kMostNested || ++work_ > kMostWork) {
     return false;
   }
-  enclosing_[depth_++] = {at_, textEnd_, macro_};
+  enclosing_[depth_++] = {behind, textEnd_, macro_};
   at_ = text->data();
   textEnd_ = text->data() + text->size();
   macro_ = &name;
@@ -192,6 +200,7 @@ void PlainLine::endExpansion() {
   at_ = enclosing.at;
   textEnd_ = enclosing.end;
   macro_ = enclosing.macro;
+  isExpanded_ = false;
 }
 
 }  // namespace qnpp

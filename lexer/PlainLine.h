@@ -11,20 +11,30 @@
 
 namespace qnpp {
 
-/// Reads the rest of a line as a constant expression needs it: without blanks and comments, and with its object-like
-/// macros expanded. Most conditions consist of names, numbers and operators; nothing is collected, made or kept for
+/// Reads the rest of a line as a constant expression needs it: without blanks and comments, and with its macros
+/// expanded. Most conditions consist of names, numbers and operators; nothing is collected, made or kept for
 /// them.
 ///
 /// It knows only what is common. Whatever else comes, it gives up, and the line has to be read in the general way: so
 /// it must not have been noticed that this one was tried.
 class PlainLine {
  public:
-  /// The text of a macro, if reading it in the place of the macro's name is all that an expansion does; a NUL follows.
-  using TextOf = std::optional<std::string_view> (*)(const Name& macro);
+  /// Knows what macros come to. All texts have a NUL behind them.
+  class Macros {
+   public:
+    /// The text of a macro, if reading it in the place of the macro's name is all that an expansion does.
+    virtual std::optional<std::string_view> textOf(const Name& macro) = 0;
+    /// What any other comes to after all rescanning, if `at`, in the line and behind its name, ends what is replaced;
+    /// it moves behind that. Valid until the next question.
+    virtual std::optional<std::string_view> expand(Name& macro, const char*& at) = 0;
+
+   protected:
+    ~Macros() = default;
+  };
 
   /// From `at` on there is the text, up to a NUL that is none of it; as many bytes as words take (see NameFilter) may
   /// be read behind that. All is borrowed.
-  PlainLine(const char* at, const NameTable& names, TextOf textOf) : names_(names), textOf_(textOf), at_(at) {}
+  PlainLine(const char* at, const NameTable& names, Macros& macros) : names_(names), macros_(macros), at_(at) {}
 
   /// Kind of the next token, which is taken. TK_END at the end of the line and ever after, and so if it has given up.
   /// A name `isProtected` is not expanded. Any other may be of the kind TK_IDENTIFIER even if it is a directive word.
@@ -57,22 +67,23 @@ class PlainLine {
   void passComment();
 
   CppTokenKind takeWord(bool isProtected);
-  const Name* findName(std::string_view word, bool isProtected) const;
+  Name* findName(std::string_view word, bool isProtected) const;
   bool isHidden(const Name& name) const;
-  bool beginExpansion(const Name& name);
+  bool beginExpansion(Name& name);
   void endExpansion();
 
   static constexpr std::size_t kMostNested = 16;
   static constexpr std::size_t kMostWork = 4096;  // A few macros may come to any number of tokens.
 
   const NameTable& names_;
-  TextOf textOf_;
+  Macros& macros_;
   const char* at_;
   std::string_view text_;
   bool isMacro_ = false;
   const char* behindEnd_ = nullptr;
   const char* textEnd_ = nullptr;  // Of the macro's text that is being read,
   const Name* macro_ = nullptr;    // and the macro; null in the line itself.
+  bool isExpanded_ = false;        // No name in that text is to be expanded.
   std::array<Enclosing, kMostNested> enclosing_;
   std::size_t depth_ = 0;
   std::size_t work_ = 0;

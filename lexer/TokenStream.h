@@ -140,8 +140,8 @@ class TokenStream {
   /// Behind the word of a directive: reads the rest of the line, if the current source is a file; see
   /// CppLexer::readPlainLine.
   template <typename Read>
-  bool readPlainLine(PlainLine::TextOf textOf, Read read) {
-    return isInFile_ && fileSource().readPlainLine(textOf, read);
+  bool readPlainLine(PlainLine::Macros& macros, Read read) {
+    return isInFile_ && fileSource().readPlainLine(macros, read);
   }
 
   /// Behind the word of a directive, if the current source is a file: see CppLexer.
@@ -150,10 +150,10 @@ class TokenStream {
   std::optional<std::string_view> readReplacementText(std::string& scratch) {
     return isInFile_ ? fileSource().readReplacementText(scratch) : std::nullopt;
   }
-  /// In the middle of a line, if the current source is a file: see CppLexer::passInBuffer.
+  /// In the middle of a line, if the current source is a file: see CppLexer::passAhead.
   template <typename Pass>
-  bool passInBuffer(Pass pass) {
-    return isInFile_ && fileSource().passInBuffer(pass);
+  bool passAhead(Pass pass) {
+    return isInFile_ && fileSource().passAhead(pass);
   }
   bool passLineEnd() { return isInFile_ && fileSource().passLineEnd(); }
   /// Passes over blanks and one more token, normally a line end.

@@ -21,12 +21,14 @@ constexpr std::size_t kMostWork = std::size_t{1} << 21;
 constexpr std::size_t kLeastWork = std::size_t{1} << 10;
 constexpr std::size_t kBytesLikeAToken = 16;
 constexpr std::size_t kMostText = std::size_t{1} << 21;
-constexpr std::size_t kSlack = 4;  // Bytes behind a word that may be read, the first of which ends it.
+constexpr std::size_t kMostInput = std::size_t{1} << 26;
+constexpr std::size_t kTextPerInput = 4;  // What has been read may come to more than that, byte for byte.
+constexpr std::size_t kSlack = 4;         // Bytes behind a word that may be read, the first of which ends it.
 
 constexpr ByteSet kQuoteAndBackslash = bytesOf("\"\\");
 
-// What a byte of an argument is.
-enum class ByteClass : std::uint8_t { Other, Word, Blank, Parenthesis, Comma, Quote, Slash, Unsure };
+// What a byte of an argument is. Those up to "(" may stand behind a blank that stands for itself.
+enum class ByteClass : std::uint8_t { Other, Word, Quote, Opening, Closing, Comma, Blank, LineEnd, Slash, Nul, Unsure };
 
 constexpr std::array<ByteClass, 256> kByteClasses = [] {
   std::array<ByteClass, 256> classes{};
@@ -36,11 +38,14 @@ constexpr std::array<ByteClass, 256> kByteClasses = [] {
     }
   };
   set(" \t\v\f", ByteClass::Blank);
-  set("()", ByteClass::Parenthesis);
+  set("(", ByteClass::Opening);
+  set(")", ByteClass::Closing);
   set(",", ByteClass::Comma);
   set("\"'", ByteClass::Quote);
   set("/", ByteClass::Slash);
-  set(std::string_view("\\\n\r\0", 4), ByteClass::Unsure);
+  set("\n", ByteClass::LineEnd);
+  set(std::string_view("\0", 1), ByteClass::Nul);
+  set("\\\r", ByteClass::Unsure);
   for (std::size_t byte = 0; byte < classes.size(); ++byte) {
     if (kWordBytes[byte]) {
       classes[byte] = ByteClass::Word;
@@ -49,12 +54,18 @@ constexpr std::array<ByteClass, 256> kByteClasses = [] {
   return classes;
 }();
 
-// Whether the last byte of a token and the first of the next could become a part of one token that is more, or other,
-// than the two of them: a word or a comment. Operators that become one stay the same text.
-bool mayMeet(char last, char first) {
-  const unsigned ways =
-      kMergingWays.ofLast[static_cast<unsigned char>(last)] & kMergingWays.ofFirst[static_cast<unsigned char>(first)];
-  return (ways & (MergingWays::kWord | MergingWays::kComment)) != 0;
+constexpr ByteClass classOf(char byte) { return kByteClasses[static_cast<unsigned char>(byte)]; }
+
+constexpr ByteSet kLineEndsAndNul = bytesOf(std::string_view("\r\n\0", 3));
+
+bool isCommentAt(const char* at) { return *at == '/' && (at[1] == '/' || at[1] == '*'); }
+
+// Where a literal that begins with `quote` ends if it is of the simple sort, without escapes.
+const char* findQuote(char quote, const char* at) {
+  while (*at != quote && *at != '\\' && *at != '\n' && *at != '\0') {
+    ++at;
+  }
+  return at;
 }
 
 // Whether what "#" has made is a string to the lexer, which knows two escapes. Where an apostrophe stands in a string
@@ -74,14 +85,117 @@ bool isOneString(std::string_view literal) {
 
 bool mayHoldComment(std::string_view text) {
   for (std::size_t at = text.find('/'); at != std::string_view::npos; at = text.find('/', at + 1)) {
-    if (at + 1 < text.size() && (text[at + 1] == '/' || text[at + 1] == '*')) {
+    if (isCommentAt(text.data() + at)) {
       return true;
     }
   }
   return false;
 }
 
+// Whether the text from `at` to `end`, which is not empty, consists of words that are no macros, of operators and
+// blanks.
+bool isPlain(const NameTable& names, const char* at, const char* end) {
+  while (at != end) {
+    const char* const behind = std::find_if_not(at, end, isWordByte);
+    if (behind == at) {
+      const ByteClass byteClass = classOf(*at++);
+      if (byteClass != ByteClass::Other && byteClass != ByteClass::Blank) {
+        return false;
+      }
+    } else if (names.mayHoldMacro(at) && findMacroName(names, at, behind) != nullptr) {
+      return false;
+    } else {
+      at = behind;
+    }
+  }
+  return true;
+}
+
 }  // namespace
+
+// A place in the bytes that are read, and the line ends before it.
+struct DirectExpansion::Input {
+  BytesAhead& bytes;
+  bool isInCondition;
+  std::size_t& furthest;  // That the offset has been.
+  std::size_t offset = 0;
+  std::size_t lines = 0;
+
+  const char* at() const { return bytes.begin() + offset; }
+  void moveTo(const char* at) {
+    offset = static_cast<std::size_t>(at - bytes.begin());
+    furthest = std::max(furthest, offset);
+  }
+  // At the NUL at `end`, gets more of the input. `from` moves along.
+  bool getMore(const char*& from, const char*& end) {
+    const auto size = end - from;
+    const bool isTooLong = static_cast<std::size_t>(end - bytes.begin()) > kMostInput;
+    const char* const moved = isTooLong ? nullptr : bytes.getMore(end);
+    if (moved == nullptr) {
+      return false;
+    }
+    end = moved;
+    from = end - size;
+    return true;
+  }
+  bool passWhiteSpace(const char*& at);
+  bool passComment(const char*& at);
+  bool passLiteral(const char*& from, const char*& at);
+};
+
+// False where it may go on in a way that is not known here.
+bool DirectExpansion::Input::passWhiteSpace(const char*& at) {
+  for (;;) {
+    at = passAll(kBlankBytes, at);
+    const char* end = *at == '/' ? at + 1 : at;
+    if (*end == '\0') {
+      if (!getMore(at, end)) {
+        return false;
+      }
+    } else if (*at == '\n' && !isInCondition) {
+      ++at;
+      ++lines;
+    } else if (!isCommentAt(at)) {
+      return true;
+    } else if (!passComment(at)) {
+      return false;
+    }
+  }
+}
+
+// A comment with a line end in it is given up.
+bool DirectExpansion::Input::passComment(const char*& at) {
+  const bool isBlock = at[1] == '*';
+  const char* end = at + 2;
+  for (;;) {
+    while (!has(kLineEndsAndNul, *end) && !(isBlock && end[0] == '*' && end[1] == '/')) {
+      ++end;
+    }
+    if (*end != '\0') {
+      break;
+    }
+    if (!getMore(at, end)) {
+      return false;
+    }
+    end -= end - at > 2 && end[-1] == '*' ? 1 : 0;
+  }
+  at = isBlock ? end + 2 : end;
+  return *end == (isBlock ? '*' : '\n');
+}
+
+// Moves `at` from a quote behind its literal. `from` moves along where the bytes do.
+bool DirectExpansion::Input::passLiteral(const char*& from, const char*& at) {
+  const char quote = *at;
+  const auto inside = at + 1 - from;
+  ++at;
+  while (*(at = findQuote(quote, at)) == '\0') {
+    if (!getMore(from, at)) {
+      return false;
+    }
+  }
+  const bool isEmptyCharacter = quote == '\'' && at == from + inside;
+  return *at++ == quote && !isEmptyCharacter;
+}
 
 struct DirectExpansion::Body {
   const Replacement& replacement;
@@ -121,6 +235,14 @@ inline bool DirectExpansion::appendItem(std::string_view text, Making& making) {
   return append(text) && standsApart(begin, making);
 }
 
+// Whether the last byte of a token and the first of the next could become a part of one token that is more, or other,
+// than the two of them: a word or a comment. Operators that become one stay the same text, but mean something else.
+inline bool DirectExpansion::mayMeet(char last, char first) const {
+  const unsigned ways =
+      kMergingWays.ofLast[static_cast<unsigned char>(last)] & kMergingWays.ofFirst[static_cast<unsigned char>(first)];
+  return (ways & meetingWays_) != 0;
+}
+
 // Whether what has been appended behind `begin` does not become one token with what is before it.
 inline bool DirectExpansion::standsApart(std::size_t begin, const Making& making) const {
   return begin == making.begin || begin == size_ || !mayMeet(bytes_[begin - 1], bytes_[begin]);
@@ -135,7 +257,7 @@ inline bool DirectExpansion::appendBlank(Making& making) {
   return append(" ");
 }
 
-inline bool DirectExpansion::append(std::string_view text) {
+[[gnu::always_inline]] inline bool DirectExpansion::append(std::string_view text) {
   if (text.size() > capacity_ - size_ && !makeRoom(text.size())) {
     return false;
   }
@@ -154,7 +276,7 @@ inline bool DirectExpansion::append(const Part& part) {
 }
 
 bool DirectExpansion::makeRoom(std::size_t size) {
-  if (size_ + size > kMostText) {
+  if (size_ + size > kMostText + kTextPerInput * inputSize_) {
     return false;
   }
   const std::size_t capacity = std::max<std::size_t>(4096, 2 * (size_ + size));
@@ -172,33 +294,64 @@ bool DirectExpansion::makeRoom(std::size_t size) {
 
 // ---- Replacing ----
 
-DirectExpansion::DirectExpansion(CppMacroTable& macros, const NameTable& names, Budget& budget)
-    : macros_(macros), names_(names), budget_(budget), mostWork_(kMostWork) {}
+DirectExpansion::DirectExpansion(CppMacroTable& macros, const NameTable& names, PredefinedMacros& predefined,
+                                 const TokenStream& stream, Budget& budget)
+    : macros_(macros), names_(names), predefined_(predefined), stream_(stream), budget_(budget), mostWork_(kMostWork) {}
 
-const char* DirectExpansion::expand(Name& name, const char* at) {
-  at = passAll(kBlankBytes, at);
-  if (*at++ != '(') {
+const char* DirectExpansion::expand(Name& name, BytesAhead& bytes, std::size_t firstToken) {
+  Input input{bytes, false, inputSize_};
+  meetingWays_ = MergingWays::kWord | MergingWays::kComment;
+  const char* const behind = replaceInput(name, input, firstToken);
+  bytes.setLines(input.lines);
+  return behind;
+}
+
+const char* DirectExpansion::expandInCondition(Name& name, const char* at) {
+  BytesAhead bytes(at);
+  Input input{bytes, true, inputSize_};
+  meetingWays_ = ~0U;
+  const char* const behind = replaceInput(name, input, 0);
+  if (behind == nullptr || !append({"", 1})) {
     return nullptr;
   }
+  --size_;
+  return behind;
+}
+
+// Replaces the macro `name`, behind whose name the input is. Returns the place behind.
+const char* DirectExpansion::replaceInput(Name& name, Input& input, std::size_t firstToken) {
   size_ = 0;
+  inputSize_ = 0;
   values_.clear();
   depth_ = 0;
   work_ = 0;
+  refreshed_.clear();
   Making result{.begin = 0, .isArgument = false};
-  if (!replaceInvocation(name, at, result)) {
+  bool isReplaced = false;
+  if (!name.macro->functionLike) {
+    isReplaced = replaceObjectLike(name, result, firstToken);
+  } else if (const char* at = input.at(); input.passWhiteSpace(at) && *at == '(') {
+    input.moveTo(at + 1);
+    isReplaced = replaceInvocation(name, input, result);
+  }
+  // What changes from line to line is that of the last; and in a condition an operand of `defined` is not expanded.
+  if (!isReplaced || (!refreshed_.empty() && (input.lines != 0 || input.isInCondition))) {
     mostWork_ -= std::min(work_, mostWork_ - kLeastWork);
     return nullptr;
   }
+  for (const Name* const refreshed : refreshed_) {
+    predefined_.refresh(*refreshed, *stream_.file());
+  }
   mostWork_ = std::min(kMostWork, mostWork_ + work_);
   budget_.spendOnExpansion(work_);
-  return at;
+  return input.at();
 }
 
 void DirectExpansion::spendOnText(std::size_t size) { work_ += 1 + size / kBytesLikeAToken; }
 
 // The replacement list of the macro `name`, if it may be used here.
 const Replacement* DirectExpansion::enter(const Name& name) {
-  if (name.isBeingReplaced || name.isRefreshed || depth_ == kDeepest || work_ > mostWork_) {
+  if (name.isBeingReplaced || name.isRefreshed || depth_ == kDeepest || work_ > mostWork_ + inputSize_) {
     return nullptr;
   }
   const CppMacro& macro = *name.macro;
@@ -239,16 +392,29 @@ bool DirectExpansion::replaceInvocation(Name& name, Source& source, Making& maki
 }
 
 // Appends what the object-like macro `name` comes to.
-bool DirectExpansion::replaceObjectLike(Name& name, Making& making) {
+bool DirectExpansion::replaceObjectLike(Name& name, Making& making, std::size_t firstToken) {
+  if (name.isRefreshed) {
+    return appendRefreshed(name, making);
+  }
   const Replacement* const replacement = enter(name);
   if (replacement == nullptr) {
     return false;
   }
   const Replacement::Step all{Replacement::Step::Kind::Tokens, 0,
                               static_cast<std::uint32_t>(replacement->tokens().size())};
-  Body body{*replacement, {&all, 1}, values_.size()};
+  Body body{*replacement, {&all, 1}, values_.size(), 0, firstToken};
   Making result{.begin = size_, .isArgument = false};
   return appendResult(name, body, result) && adoptResult(result, making);
+}
+
+bool DirectExpansion::appendRefreshed(const Name& name, Making& making) {
+  if (std::find(refreshed_.begin(), refreshed_.end(), &name) == refreshed_.end()) {
+    refreshed_.push_back(&name);
+  }
+  literal_ = predefined_.textOf(name, *stream_.file());
+  spendOnText(literal_.size());
+  const char* const end = literal_.data() + literal_.size();
+  return (literal_[0] != '"' || findQuote('"', literal_.data() + 1) + 1 == end) && appendItem(literal_, making);
 }
 
 // Appends what the replacement list comes to, while the name is hidden.
@@ -315,22 +481,43 @@ bool DirectExpansion::readArguments(Source& source, const CppMacro& macro, const
   return values_.size() - firstValue == expected;
 }
 
-// Reads an argument from the scanner's buffer, and what ends it.
-bool DirectExpansion::readArgument(const char*& at, Making& argument) {
-  at = passAll(kBlankBytes, at);
+// Whether a macro's name may be in the word, which may be empty.
+inline bool DirectExpansion::mayHoldMacro(const char* word, const char* end) const {
+  return names_.mayHoldMacro(word) && passAll(kDigitBytes, word) != end;
+}
+
+// Reads an argument from the input, and what ends it.
+bool DirectExpansion::readArgument(Input& input, Making& argument) {
+  const char* at = passAll(kBlankBytes, input.at());
+  const char* const behind = passAll(kWordBytes, at);
+  if ((*behind == ',' || *behind == ')') && !(argument.isExpanded && mayHoldMacro(at, behind))) {
+    argument.end = *behind;  // Most arguments are one word.
+    input.moveTo(behind + 1);
+    return append({at, static_cast<std::size_t>(behind - at)});
+  }
+  if (!input.passWhiteSpace(at)) {
+    return false;
+  }
   const char* run = at;  // What has not been appended.
-  const auto appendRun = [this, &run, &argument](const char* end) {
-    return end == run || appendItem({run, static_cast<std::size_t>(end - run)}, argument);
+  const auto appendRun = [this, &run, &at, &argument] {
+    const char* const begin = std::exchange(run, at);
+    return begin == at || appendItem({begin, static_cast<std::size_t>(at - begin)}, argument);
+  };
+  // The token at `at` may go on behind the NUL at `end`.
+  const auto getMore = [&input, &run, &at, &appendRun](const char* end) {
+    const bool isMore = appendRun() && input.getMore(at, end);
+    run = at;
+    return isMore;
   };
   for (;;) {
-    switch (kByteClasses[static_cast<unsigned char>(*at)]) {
-      case ByteClass::Other:
-        ++at;
-        break;
+    at = passPlain(at, run, argument.isExpanded);
+    switch (classOf(*at)) {
       case ByteClass::Word: {
         const char* const end = passAll(kWordBytes, at);
-        if (!argument.isExpanded || !names_.mayHoldMacro(at)) {
-          at = end;
+        if (*end == '\0') {
+          if (!getMore(end)) {
+            return false;
+          }
           break;
         }
         const char* word = at;
@@ -339,77 +526,116 @@ bool DirectExpansion::readArgument(const char*& at, Making& argument) {
           at = end;
           break;
         }
-        if (name->macro == nullptr || !isName(name->spelling.kind) || word != at || !appendRun(word)) {
+        if (word != at || !appendRun()) {
           return false;
         }
-        at = end;
-        if (!readName(word, at, *name, argument)) {
+        input.moveTo(end);
+        if (!readName(input, *name, argument)) {
           return false;
         }
-        run = at;
+        run = at = input.at();
         break;
       }
-      case ByteClass::Blank: {
-        const char* const end = passAll(kBlankBytes, at);
-        if (end == at + 1 && *at == ' ' && at != run && *end != ')' && *end != ',') {
-          ++at;
-          break;
-        }
-        if (!appendRun(at)) {
+      case ByteClass::Quote:
+        if (!input.passLiteral(run, at)) {
           return false;
         }
-        argument.blankWaits = size_ != argument.begin;
-        run = at = end;
         break;
-      }
-      case ByteClass::Parenthesis:
-        if (*at == '(') {
-          ++argument.depth;
-        } else if (argument.depth-- == 0) {
-          argument.end = *at;
-          return appendRun(at++);
-        }
+      case ByteClass::Opening:
+        ++argument.depth;
         ++at;
         break;
+      case ByteClass::Closing:
       case ByteClass::Comma:
         if (argument.depth == 0) {
           argument.end = *at;
-          return appendRun(at++);
+          input.moveTo(at + 1);
+          return appendRun();
         }
+        argument.depth -= *at == ')' ? 1U : 0U;
         ++at;
-        break;
-      case ByteClass::Quote:
-        at = passSimpleLiteral(at);
-        if (at == nullptr) {
-          return false;
-        }
         break;
       case ByteClass::Slash:
-        if (at[1] == '/' || at[1] == '*') {
+      case ByteClass::LineEnd:
+      case ByteClass::Blank:
+        if (*at == '/' && at[1] == '\0') {
+          if (!getMore(at + 1)) {
+            return false;
+          }
+          break;
+        }
+        if (!appendRun() || (*at == '\n' && input.isInCondition) || !input.passWhiteSpace(at)) {
           return false;
         }
-        ++at;
+        argument.blankWaits = size_ != argument.begin;
+        run = at;
         break;
+      case ByteClass::Nul:
+        if (!getMore(at)) {
+          return false;
+        }
+        break;
+      case ByteClass::Other:
       case ByteClass::Unsure:
         return false;
     }
   }
 }
 
-// At the name of a macro in an argument: `at` is behind the word.
-bool DirectExpansion::readName(const char* word, const char*& at, Name& name, Making& argument) {
+// Behind what stands for itself at `at`, a place behind `run`: operators, words that are no macros, single blanks.
+inline const char* DirectExpansion::passPlain(const char* at, const char* run, bool isExpanded) const {
+  for (;;) {
+    switch (classOf(*at)) {
+      case ByteClass::Other:
+        ++at;
+        break;
+      case ByteClass::Word: {
+        const char* const end = passAll(kWordBytes, at);
+        if (*end == '\0' || (isExpanded && mayHoldMacro(at, end))) {
+          return at;
+        }
+        at = end;
+        break;
+      }
+      case ByteClass::Blank:
+        if (*at != ' ' || at == run || classOf(at[1]) > ByteClass::Opening) {
+          return at;
+        }
+        ++at;
+        break;
+      case ByteClass::Slash:
+        if (at[1] == '\0' || isCommentAt(at)) {
+          return at;
+        }
+        ++at;
+        break;
+      default:
+        return at;
+    }
+  }
+}
+
+// At the name of a macro in an argument, behind the word.
+bool DirectExpansion::readName(Input& input, Name& name, Making& argument) {
+  if (name.macro == nullptr || !isName(name.spelling.kind)) {
+    return false;
+  }
   if (!name.macro->functionLike) {
     argument.hasMacros = true;
     return appendBlank(argument) && replaceObjectLike(name, argument);
   }
-  const char* const behind = passAll(kBlankBytes, at);
-  if (*behind != '(') {
-    argument.value.macro = &name;
-    return size_ == argument.begin && append({word, static_cast<std::size_t>(at - word)});
+  const char* behind = input.at();
+  if (!input.passWhiteSpace(behind)) {
+    return false;
   }
-  at = behind + 1;
+  const bool isInvoked = *behind == '(';
+  input.moveTo(isInvoked ? behind + 1 : behind);
+  if (!isInvoked) {
+    argument.value.macro = &name;
+    return size_ == argument.begin && append(name.text());
+  }
   argument.hasMacros = true;
-  return appendBlank(argument) && replaceInvocation(name, at, argument);
+  return appendBlank(argument) && replaceInvocation(name, input, argument);
 }
 
 bool DirectExpansion::readArgument(Body& body, Making& argument) {
@@ -440,7 +666,6 @@ bool DirectExpansion::appendItems(Body& body, Making& making) {
         break;
       case Replacement::Step::Kind::Join:
         isDone = appendJoined(body, making);
-        ++body.step;
         break;
       case Replacement::Step::Kind::Misuse:
         break;
@@ -466,7 +691,7 @@ bool DirectExpansion::appendTokens(Body& body, Making& making) {
   const Spelling* const* const end = tokens.data() + tokens.size();
   for (; at != end; ++at) {
     const Spelling& token = **at;
-    if (token.name != nullptr && token.name->macro != nullptr && making.isExpanded) {
+    if (token.name != nullptr && token.name->macro != nullptr && making.isExpanded && !token.name->isBeingReplaced) {
       body.token = static_cast<std::size_t>(at - tokens.data()) + 1;
       making.hasMacros = true;
       if (!appendBlank(making) ||
@@ -513,7 +738,7 @@ bool DirectExpansion::appendTokens(Body& body, Making& making) {
 
 // The argument in the place of its parameter.
 bool DirectExpansion::appendValue(Body& body, const Value& value, Making& making) {
-  if (value.macro != nullptr && making.isExpanded) {
+  if (value.macro != nullptr && making.isExpanded && !value.macro->isBeingReplaced) {
     Name& name = *value.macro;
     if (body.passOpening()) {
       making.hasMacros = true;
@@ -542,13 +767,25 @@ bool DirectExpansion::appendLiteral(const Value& value, Making& making) {
   return isOneString(literal_) && appendItem(literal_, making);
 }
 
-// The operands of a "##" as one text, if it is a word without a macro's name.
-bool DirectExpansion::appendJoined(const Body& body, Making& making) {
+// The operands of a "##" as one text, of words, operators and blanks.
+bool DirectExpansion::appendJoined(Body& body, Making& making) {
+  const Replacement::Step& step = body.steps[body.step++];
   if (!appendBlank(making)) {
     return false;
   }
-  const Replacement::Step& step = body.steps[body.step];
   const std::size_t begin = size_;
+  if (!appendOperands(body, step) || size_ == begin) {
+    return false;
+  }
+  spendOnText(size_ - begin);
+  bytes_[size_] = '\0';  // Ends the last word; what other texts have left there might belong to it.
+  const char* const text = bytes_.get() + begin;
+  const char* const end = bytes_.get() + size_;
+  return isPlain(names_, text, end) ? standsApart(begin, making)
+                                    : std::all_of(text, end, isWordByte) && replaceJoined(body, begin, making);
+}
+
+bool DirectExpansion::appendOperands(const Body& body, const Replacement::Step& step) {
   for (const Replacement::Item& operand :
        std::span(body.replacement.operands()).subspan(step.begin, step.end - step.begin)) {
     const bool isAppended = operand.kind == Replacement::Item::Kind::Token
@@ -559,15 +796,24 @@ bool DirectExpansion::appendJoined(const Body& body, Making& making) {
       return false;
     }
   }
-  spendOnText(size_ - begin);
-  if (size_ == begin) {
+  return true;
+}
+
+// The word behind `begin`, which "##" has made and which holds the name of a macro.
+bool DirectExpansion::replaceJoined(Body& body, std::size_t begin, Making& making) {
+  const char* const text = bytes_.get() + begin;
+  const char* word = text;
+  Name* const name = findMacroName(names_, word, bytes_.get() + size_);
+  if (word != text || name->macro == nullptr || !isName(name->spelling.kind)) {
     return false;
   }
-  bytes_[size_] = '\0';  // Ends the word; what other texts have left there might belong to it.
-  const char* word = bytes_.get() + begin;
-  const char* const end = bytes_.get() + size_;
-  return std::all_of(word, end, isWordByte) && findMacroName(names_, word, end) == nullptr &&
-         standsApart(begin, making);
+  if (!making.isExpanded || name->isBeingReplaced) {
+    return standsApart(begin, making);
+  }
+  size_ = begin;
+  making.hasMacros = true;
+  return name->macro->functionLike ? body.passOpening() && replaceInvocation(*name, body, making)
+                                   : replaceObjectLike(*name, making);
 }
 
 }  // namespace qnpp

@@ -11,6 +11,12 @@
 
 namespace qnpp {
 
+namespace {
+
+bool isFunctionLike(const Name* name) { return name != nullptr && name->macro != nullptr && name->macro->functionLike; }
+
+}  // namespace
+
 /// The replacement of an invocation.
 struct MacroExpander::Substitution {
   explicit Substitution(TokenStream& stream) : ended(stream) {}
@@ -51,7 +57,7 @@ MacroExpander::MacroExpander(const LexerContext& context, NameTable& names, Toke
       messages_(messages),
       macros_(macros),
       predefined_(macros, names),
-      direct_(macros, names, context.budget) {}
+      direct_(macros, names, predefined_, stream, context.budget) {}
 
 // Expansions are left only where memory ran out. Each closed source is above those of the expansions that wait for it.
 MacroExpander::~MacroExpander() {
@@ -70,7 +76,7 @@ void MacroExpander::expandInText() {
     context_.output.write(stream_.text(), stream_.origin());
   } else if (name->macro->functionLike) {
     expandFunctionLikeInText(*name);
-  } else if (!kShortcuts || name->isRefreshed) {
+  } else if (!kShortcuts) {
     pushObjectLike(*name, HideSet(stream_.hideSets().with(stream_.hideSet(), *name)));
   } else {
     expandObjectLikeInText(*name);
@@ -84,21 +90,42 @@ void MacroExpander::expandObjectLikeInText(Name& name) {
     return;
   }
   const TokenStream::Hold hold(stream_);
+  if (name.isRefreshed) {
+    if (!expandDirectly(name)) {
+      pushObjectLike(name, HideSet(stream_.hideSets().with(stream_.hideSet(), name)));
+    }
+    return;
+  }
   const SpellingRange tokens = macros_.replacementOf(name).tokens();
-  context_.budget.spendOnExpansion(1 + tokens.size());
   if (stream_.isInFile() && findFinalText(name, names_, stream_.blocks())) {
+    context_.budget.spendOnExpansion(1 + tokens.size());
     context_.output.write(name.finalText.text());
     return;
   }
-  // What would be read back and written is written right here.
+  // What would be read back and written is written right here. A name at the end may find its "(" behind the list.
   const std::size_t written = writeLeadingText(tokens, context_.output);
+  if (written < tokens.size() && !isFunctionLike(tokens.back()->name) && expandDirectly(name, written)) {
+    return;
+  }
+  context_.budget.spendOnExpansion(1 + tokens.size());
   if (written < tokens.size()) {
     stream_.push({tokens.subspan(written), stream_.hideSets().with(stream_.hideSet(), name)});
   }
 }
 
-bool MacroExpander::expandDirectly(Name& name) {
-  if (!stream_.passInBuffer([this, &name](const char* at) { return direct_.expand(name, at); })) {
+std::optional<std::string_view> MacroExpander::expand(Name& macro, const char*& at) {
+  const TokenStream::Hold hold(stream_);
+  const char* const behind = macro.macro->functionLike ? direct_.expandInCondition(macro, at) : nullptr;
+  if (behind == nullptr) {
+    return std::nullopt;
+  }
+  at = behind;
+  return direct_.text();
+}
+
+bool MacroExpander::expandDirectly(Name& name, std::size_t firstToken) {
+  const auto expand = [&](BytesAhead& bytes) { return direct_.expand(name, bytes, firstToken); };
+  if (!stream_.passAhead(expand)) {
     return false;
   }
   context_.output.write(direct_.text());

@@ -25,23 +25,27 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
 #include "lexer/Messages.h"
+#include "lexer/PlainLine.h"
 #include "lexer/Spares.h"
 #include "lexer/TokenStream.h"
 #include "macros/Arguments.h"
 #include "macros/CppMacroTable.h"
 #include "macros/DirectExpansion.h"
 #include "macros/ExpansionTrace.h"
+#include "macros/FinalText.h"
 #include "macros/Predefined.h"
 
 namespace qnpp {
 
 /// Expands macros: names in text, whose expansion becomes the current source of the stream, and lists of tokens.
-class MacroExpander {
+class MacroExpander final : public PlainLine::Macros {
  public:
   /// All are borrowed and outlive the object. Defines the predefined macros in `macros`.
   MacroExpander(const LexerContext& context, NameTable& names, TokenStream& stream, CppMacroTable& macros,
@@ -49,6 +53,10 @@ class MacroExpander {
   MacroExpander(const MacroExpander&) = delete;
   MacroExpander& operator=(const MacroExpander&) = delete;
   ~MacroExpander();
+
+  /// Macros in a condition that is read right in the line.
+  std::optional<std::string_view> textOf(const Name& macro) override { return findTextInPlace(macro); }
+  std::optional<std::string_view> expand(Name& macro, const char*& at) override;
 
   /// The current token of the stream is a name in a text line. It is written, or its expansion becomes the current
   /// source, so that rescanning is reading on. A function-like name takes its arguments from the stream.
@@ -64,7 +72,7 @@ class MacroExpander {
   struct ListExpansion;
   enum class Invocation : std::uint8_t { None, Malformed, Complete };  // What stands behind a function-like name.
 
-  bool expandDirectly(Name& name);
+  bool expandDirectly(Name& name, std::size_t firstToken = 0);
   void expandFunctionLikeInText(Name& name);
   void expandObjectLikeInText(Name& name);
   void pushObjectLike(const Name& name, const HideSet& hideSet);

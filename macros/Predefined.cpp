@@ -40,11 +40,14 @@ PredefinedMacros::PredefinedMacros(CppMacroTable& table, NameTable& names)
 }
 
 void PredefinedMacros::refresh(const Name& name, const CppFileScanner& file) {
-  if (&name == file_) {
-    name.macro->text = fileText_ = '"' + file.fileName() + '"';
-  } else if (&name == line_) {
-    name.macro->text = lineText_ = std::to_string(file.line());
+  if (name.isRefreshed) {
+    std::string& text = &name == file_ ? fileText_ : lineText_;
+    name.macro->text = text = textOf(name, file);
   }
+}
+
+std::string PredefinedMacros::textOf(const Name& name, const CppFileScanner& file) const {
+  return &name == file_ ? '"' + file.fileName() + '"' : std::to_string(file.line());
 }
 
 }  // namespace qnpp

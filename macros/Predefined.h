@@ -19,6 +19,8 @@ class PredefinedMacros {
   /// later definition is compared with the value of the last use. Only the name counts: a definition of the source's
   /// own is overwritten too.
   void refresh(const Name& name, const CppFileScanner& file);
+  /// That text, for one of these names that changes.
+  std::string textOf(const Name& name, const CppFileScanner& file) const;
 
  private:
   Name* file_;

@@ -270,7 +270,6 @@ const Replacement& ReplacementMaker::make(std::string_view text, const Parameter
 void ReplacementMaker::findIsText(std::span<const Step> steps) {
   const auto isOrdinary = [](const Spelling* token) {
     return token->kind != TK_NEWLINE && token->kind != TK_CONTINUATION && isWord(token->kind) == isName(token->kind) &&
-           (token->name == nullptr || !token->name->isRefreshed) &&
            (token->kind != TK_SPACE || token == blankSpelling()) &&
            (token->kind != TK_OTHER || !has(kQuotesAndBackslash, *token->data));
   };

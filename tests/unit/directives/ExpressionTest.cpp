@@ -85,6 +85,11 @@ struct LineEvaluated {
   std::string rest;
 };
 
+struct ObjectLikeMacros final : PlainLine::Macros {
+  std::optional<std::string_view> textOf(const Name& macro) override { return findTextInPlace(macro); }
+  std::optional<std::string_view> expand(Name& /*macro*/, const char*& /*at*/) override { return std::nullopt; }
+};
+
 LineEvaluated evaluateLine(const std::string& expression) {
   const std::string text = "x " + expression + "\nnext\n";
   StreamSetting setting(text);
@@ -97,7 +102,8 @@ LineEvaluated evaluateLine(const std::string& expression) {
   setting.stream.get();
   MessageList messages;
   ExpressionEvaluator evaluator(setting.stream, messages, setting.budget);
-  const std::optional<CppExprValue> value = evaluator.evaluateLine(findTextInPlace);
+  ObjectLikeMacros macros;
+  const std::optional<CppExprValue> value = evaluator.evaluateLine(macros);
   return {value, messages.identifiers, setting.takeAll()};
 }
 

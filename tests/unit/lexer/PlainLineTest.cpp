@@ -23,8 +23,8 @@ namespace {
 
 using std::string_view_literals::operator""sv;
 
-// Object-like macros, each text in memory of its own, so that reading behind it is noticed.
-struct Macros {
+// Macros, each text in memory of its own, so that reading behind it is noticed.
+struct Macros final : PlainLine::Macros {
   struct Row {
     std::string_view name;
     std::string_view text;
@@ -44,6 +44,18 @@ struct Macros {
     }
   }
 
+  std::optional<std::string_view> textOf(const Name& macro) override { return findTextInPlace(macro); }
+  // Function-like ones with arguments come to their text.
+  std::optional<std::string_view> expand(Name& macro, const char*& at) override {
+    const std::string_view rest(at);
+    const std::size_t end = rest.find(')');
+    if (!rest.starts_with("(") || end == std::string_view::npos) {
+      return std::nullopt;
+    }
+    at += end + 1;
+    return macro.macro->text;
+  }
+
   std::vector<std::unique_ptr<char[]>> texts;
   std::vector<std::unique_ptr<CppMacro>> macros;
 };
@@ -55,11 +67,11 @@ struct Read {
 };
 
 // What is behind the "x" that the input begins with.
-Read readPlain(std::istream& input, LexerSetting& setting) {
+Read readPlain(std::istream& input, LexerSetting& setting, PlainLine::Macros& macros) {
   CppLexer lexer(input, setting.context);
   EXPECT_EQ(lexer.next(), TK_IDENTIFIER);
   Read read;
-  read.isRead = lexer.readPlainLine(findTextInPlace, [&read](PlainLine& line) {
+  read.isRead = lexer.readPlainLine(macros, [&read](PlainLine& line) {
     for (CppTokenKind kind = line.next(false); kind != TK_END; kind = line.next(false)) {
       read.tokens += dumpToken(kind, line.text()) + " ";
     }
@@ -87,9 +99,9 @@ Read readByTokens(std::istream& input) {
 // With these macros: what "x `line`" gives, "given up" for one that is not read.
 std::string tokensOf(std::string_view line, std::initializer_list<Macros::Row> rows) {
   LexerSetting setting;
-  const Macros macros(setting.names, rows);
+  Macros macros(setting.names, rows);
   std::istringstream input("x " + std::string(line) + "\nnext\n");
-  const Read read = readPlain(input, setting);
+  const Read read = readPlain(input, setting, macros);
   const Read whole = [&line] {
     std::istringstream again("x " + std::string(line) + "\nnext\n");
     return readByTokens(again);
@@ -144,6 +156,18 @@ TEST(PlainLineTest, MacrosAreReadInThePlaceOfTheirNames) {
   EXPECT_EQ(tokensOf("A1", {{"A", "1"}}), "IDENTIFIER:A1 ");
 }
 
+TEST(PlainLineTest, NamesInWhatAMacroHasComeToStay) {
+  const auto is = [](std::string_view line, std::string_view tokens) {
+    EXPECT_EQ(tokensOf(line, {{"F", "A + F", true}, {"G", "defined A", true}, {"A", "1"}, {"B", "F(2)"}}), tokens)
+        << line;
+  };
+  is("F(2) A", "IDENTIFIER:A + IDENTIFIER:F DEC_INT:1 ");
+  is("F(1)F(2)", "IDENTIFIER:A + IDENTIFIER:F IDENTIFIER:A + IDENTIFIER:F ");
+  is("A F", "given up");
+  is("G(1)", "given up");
+  is("B", "given up");  // The arguments would be in the text of B.
+}
+
 TEST(PlainLineTest, MacrosThatAreMoreThanTheirTextAreGivenUp) {
   constexpr std::string_view kTexts[] = {"defined", "defined B", "F",      "\"s\"", "1\n",
                                          "# 1",     "1 /* c */", "1 // c", "1\0"sv};
@@ -162,7 +186,7 @@ TEST(PlainLineTest, NestingAndWorkAreLimited) {
       macros.push_back(std::make_unique<Macros>(setting.names, std::initializer_list<Macros::Row>{{name, next}}));
     }
     std::istringstream input("x M0\n");
-    EXPECT_EQ(readPlain(input, setting).isRead, levels <= 16) << levels;
+    EXPECT_EQ(readPlain(input, setting, *macros.front()).isRead, levels <= 16) << levels;
   }
   EXPECT_EQ(tokensOf("A", {{"A", "B B B B B B B B B B B B B B B B"},
                            {"B", "C C C C C C C C C C C C C C C C"},
@@ -173,11 +197,11 @@ TEST(PlainLineTest, NestingAndWorkAreLimited) {
 
 TEST(PlainLineTest, AProtectedNameIsAskedForOnly) {
   LexerSetting setting;
-  const Macros macros(setting.names, {{"A", "1"}, {"if", "1"}, {"F", "x", true}});
+  Macros macros(setting.names, {{"A", "1"}, {"if", "1"}, {"F", "x", true}});
   std::istringstream input("x A B if else F A\n");
   CppLexer lexer(input, setting.context);
   static_cast<void>(lexer.next());
-  const bool isRead = lexer.readPlainLine(findTextInPlace, [](PlainLine& line) {
+  const bool isRead = lexer.readPlainLine(macros, [](PlainLine& line) {
     const auto expect = [&line](CppTokenKind kind, bool isMacro) {
       EXPECT_EQ(line.next(true), kind);
       EXPECT_EQ(line.isMacro(), isMacro);
@@ -216,7 +240,8 @@ TEST(PlainLineTest, LinesInPiecesAreReadWholeOrNotAtAll) {
     PiecewiseInput input(text, random() % 2 == 0 ? text.size() + 1 : 1 + random() % 9);
     PiecewiseInput again(text, text.size() + 1);
     LexerSetting setting;
-    const Read read = readPlain(input, setting);
+    Macros macros(setting.names, {});
+    const Read read = readPlain(input, setting, macros);
     const Read expected = readByTokens(again);
     if (read.isRead) {
       ++readCount;

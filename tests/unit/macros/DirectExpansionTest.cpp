@@ -4,11 +4,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "lexer/Budget.h"
+#include "lexer/CppFileScanner.h"
+#include "tests/support/PiecewiseInput.h"
 #include "tests/support/Text.h"
 #include "tests/unit/support/Definitions.h"
 
@@ -20,16 +25,29 @@ struct DirectSetting : DefinitionSetting {
 
   // What the name at the beginning of `text` and its arguments come to, "|" and the rest of the text; or "no".
   std::string expand(std::string_view text) {
-    const TokenStream::Hold hold(streams.stream);
-    const std::string line = std::string(text) + std::string(8, '\0');
-    const std::size_t end = text.find_first_of(" (\n");
-    Name* const name = streams.names.find(text.substr(0, end));
-    const char* const behind = direct.expand(*name, line.data() + end);
-    return behind == nullptr ? "no" : std::string(direct.text()) + "|" + behind;
+    return expandBehindName(text, [this](Name& name, const char* at) {
+      BytesAhead bytes(at);
+      return direct.expand(name, bytes);
+    });
+  }
+  std::string expandInCondition(std::string_view text) {
+    return expandBehindName(text, [this](Name& name, const char* at) { return direct.expandInCondition(name, at); });
   }
 
   Budget budget;
-  DirectExpansion direct{table, streams.names, budget};
+  PredefinedMacros predefined{table, streams.names};
+  DirectExpansion direct{table, streams.names, predefined, streams.stream, budget};
+
+ private:
+  template <typename Expand>
+  std::string expandBehindName(std::string_view text, Expand expand) {
+    const TokenStream::Hold hold(streams.stream);
+    const std::string line = std::string(text) + std::string(8, '\0');
+    const std::size_t end = std::min(text.find_first_of(" (\n"), text.size());
+    Name* const name = streams.names.find(text.substr(0, end));
+    const char* const behind = expand(*name, line.data() + end);
+    return behind == nullptr ? "no" : std::string(direct.text()) + "|" + behind;
+  }
 };
 
 struct DirectRow {
@@ -120,22 +138,65 @@ TEST(DirectExpansionTest, AnArgumentMayBeTheNameOfAMacro) {
   });
 }
 
-TEST(DirectExpansionTest, NamesThatStayAreGivenUp) {
+TEST(DirectExpansionTest, NamesThatMayStayAreGivenUp) {
   expectDirect({
-      {{"F(x) F"}, "F(1)", "no"},
-      {{"F(x) F(x)"}, "F(1)", "no"},
-      {{"F(x) x(1)"}, "F(F)", "no"},
-      {{"F(x) x A", "A A+1"}, "F(1)", "no"},
-      {{"F(x) x", "A A+1"}, "F(A)", "no"},
-      {{"F(x) G(x)", "G(x) F(x)"}, "F(1)", "no"},
       {{"F(x) x G", "G(x) x"}, "F(1)", "no"},
       {{"F(x) G x", "G(x) x"}, "F((1))", "no"},
       {{"F(x) G(x", "G(x) x"}, "F(1)", "no"},
-      {{"F(x) x##G", "aG 1"}, "F(a)", "no"},
-      {{"F(x) x##1", "G(x) x"}, "F(G)", "G1|"},
-      {{"F(x,y) x##y", "ab 1"}, "F(a,b)", "no"},
+      {{"F(x) x##G", "aG(x) x"}, "F(a)", "no"},
       {{"F(x,y) x##y", "b 1"}, "F(1,b)", "no"},
+      {{"A F", "F(x) x"}, "A(1)", "no"},
   });
+}
+
+TEST(DirectExpansionTest, NamesStayInTheirOwnExpansion) {
+  expectDirect({
+      {{"F(x) F"}, "F(1)", "F|"},
+      {{"F(x) F(x)"}, "F(1)", "F(1)|"},
+      {{"F(x) F(x)"}, "F(F(1))", "F(F(1))|"},
+      {{"F(x) x(1)"}, "F(F)", "F(1)|"},
+      {{"F(x) x A", "A A+1"}, "F(1)", "1 A+1|"},
+      {{"F(x) x", "A A+1"}, "F(A)", "A+1|"},
+      {{"F(x) G(x)", "G(x) F(x)"}, "F(1)", "F(1)|"},
+      {{"F(x) G(F)", "G(x) x(1) #x"}, "F(1)", "F(1) \"F\"|"},
+      {{"F(x) G(F)+G(x)", "G(x) <x>"}, "F(F(2))", "<F>+<<F>+<2>>|"},
+  });
+}
+
+TEST(DirectExpansionTest, WhatIsJoinedIsExpandedUnlessItIsHidden) {
+  expectDirect({
+      {{"F(x) x##G", "aG 1"}, "F(a)", "1|"},
+      {{"F(x) x##1", "G(x) x"}, "F(G)", "G1|"},
+      {{"F(x,y) x##y", "ab 1"}, "F(a,b)", "1|"},
+      {{"F(x,y) x##y(1)", "ab(x) [x]"}, "F(a,b)", "[1]|"},
+      {{"F(x,y) x##y"}, "F(,F)", "F|"},
+      {{"F(x,y) G(x##y)", "G(x) #x", "ab 1"}, "F(a,b)", "\"ab\"|"},
+      {{"F(x,y) G(x##y)", "G(x) x", "ab 1"}, "F(a,b)", "1|"},
+      {{"F(x,y) <x##y>"}, "F(a b,c d)", "<a bc d>|"},
+      {{"F(x,y) x##y"}, "F(+,=)", "+=|"},
+      {{"F(x,y) x##y", "b 1"}, "F(a b,c)", "a bc|"},
+      {{"F(x,y) x##y", "b 1"}, "F(a,c b)", "no"},
+      {{"F(x,y) x##y"}, "F(/,/)", "no"},
+      {{"F(x,y) x##y"}, "F((a),b)", "no"},
+      {{"F(x,y) x##y"}, "F(\"a\",b)", "no"},
+      {{"F(x,y) x##y"}, "F(_Pra,gma)", "no"},
+  });
+}
+
+TEST(DirectExpansionTest, ObjectLikeMacrosAreReplacedWhereTheyStand) {
+  expectDirect({
+      {{"A F(1)+", "F(x) [x]"}, "A(2)", "[1]+|(2)"},
+      {{"A A B", "B A"}, "A", "A A|"},
+      {{"A B", "B"}, "A\n", "|\n"},
+  });
+}
+
+TEST(DirectExpansionTest, TheEndOfAListMayBeReplaced) {
+  DirectSetting setting({"A 1+B 2 B", "B b"});
+  const TokenStream::Hold hold(setting.streams.stream);
+  BytesAhead bytes("");
+  EXPECT_NE(setting.direct.expand(*setting.streams.names.find("A"), bytes, 2), nullptr);
+  EXPECT_EQ(setting.direct.text(), "b 2 b");
 }
 
 TEST(DirectExpansionTest, WhatIsReportedIsGivenUp) {
@@ -158,12 +219,15 @@ TEST(DirectExpansionTest, WhatIsReportedIsGivenUp) {
 
 TEST(DirectExpansionTest, OtherBytesAreGivenUp) {
   expectDirect({
-      {{"F(x) x"}, "F(a\n)", "no"},
       {{"F(x) x"}, "F(a\r)", "no"},
       {{"F(x) x"}, "F(a\\b)", "no"},
       {{"F(x) x"}, "F(a/b)", "a/b|"},
-      {{"F(x) x"}, "F(a/**/)", "no"},
+      {{"F(x) x"}, "F(a/*\n*/)", "no"},
+      {{"F(x) x"}, "F(a/*\r*/)", "no"},
+      {{"F(x) x"}, "F(a/*)", "no"},
+      {{"F(x) x"}, "F(a/*/)", "no"},
       {{"F(x) x"}, "F(a//)", "no"},
+      {{"F(x) x"}, "F(a//\r\n)", "no"},
       {{"F(x) x"}, "F(don't)", "no"},
       {{"F(x) x"}, "F('')", "no"},
       {{"F(x) x"}, "F(\"\")", "\"\"|"},
@@ -191,6 +255,64 @@ TEST(DirectExpansionTest, TextsThatMayBecomeOneTokenAreGivenUp) {
       {{"F(x) x", "G() a"}, "F(1G())", "no"},
       {{"F(x) x", "G() +"}, "F(a G()b)", "a +b|"},
   });
+}
+
+TEST(DirectExpansionTest, LineEndsAndCommentsAreWhiteSpace) {
+  expectDirect({
+      {{"F(x) <x>"}, "F\n( a\n\n +b\n)\n", "<a +b>|\n"},
+      {{"F(x,y) #x y"}, "F(a/**/b, // c )\n c/***/ )", "\"a b\" c|"},
+      {{"F(x) <x>"}, "F /*(*/(/*)*/)", "no"},
+      {{"F(x) x(1)", "G(x) [x]"}, "F(G\n)", "[1]|"},
+      {{"F(x) x", "G(x) [x]"}, "F(G // (\n (a / b))", "[a / b]|"},
+  });
+}
+
+// The number of lines that an invocation goes over is told; what is read twice counts once.
+TEST(DirectExpansionTest, LinesAreCounted) {
+  DirectSetting setting({"F(x) #x x", "A 1"});
+  const TokenStream::Hold hold(setting.streams.stream);
+  const std::string text = "(\nA\n+// c\nA)" + std::string(8, '\0');
+  BytesAhead bytes(text.data());
+  EXPECT_NE(setting.direct.expand(*setting.streams.names.find("F"), bytes), nullptr);
+  EXPECT_EQ(setting.direct.text(), "\"A + A\" 1 + 1");
+  EXPECT_EQ(bytes.lines(), 3U);
+}
+
+// What ends anywhere in the scanner's buffer goes on behind it; and nothing is taken where the input ends too early.
+TEST(DirectExpansionTest, InvocationsInPiecesAreReadWholeOrNotAtAll) {
+  const std::string text = "F (aa A, /* , */ bb // )\n 'c)' A/A , G( \"d,\")+ F(1, 2 ,3 ) , ) end";
+  const std::string expanded = "aa 1 bb 'c)' 1/1 <\"d,\">+ 1 2 3 \"3\" \"<\\\"d,\\\">+ 1 2 3 \\\"3\\\"\"";
+  for (std::size_t piece = 1; piece < 20; ++piece) {
+    for (const std::size_t size : {text.size(), text.find(") end"), text.find("d,")}) {
+      const std::string source = text.substr(0, size);
+      DirectSetting setting({"F(x,y,z) x y z P(z)", "P(x) #x", "G(x) <x>", "A 1"});
+      TokenStream& stream = setting.streams.stream;
+      stream.pushFile(std::make_unique<CppFileScanner>("b.c", std::make_unique<PiecewiseInput>(source, piece),
+                                                       setting.streams.context));
+      const TokenStream::Hold hold(stream);
+      Name& name = *setting.streams.names.find("F");
+      EXPECT_EQ(stream.get(), TK_IDENTIFIER);
+      const bool isExpanded = stream.passAhead([&](BytesAhead& bytes) { return setting.direct.expand(name, bytes); });
+      EXPECT_EQ(isExpanded, size == text.size()) << piece;
+      EXPECT_EQ(stream.file()->line(), isExpanded ? 2 : 1) << piece;
+      EXPECT_EQ(stream.get(), TK_SPACE);
+      EXPECT_EQ(stream.get(), isExpanded ? CppTokenKind{TK_IDENTIFIER} : '(') << piece;
+      EXPECT_TRUE(!isExpanded || setting.direct.text() == expanded) << piece << setting.direct.text();
+    }
+  }
+}
+
+// There the value counts: operators must not become one, and neither the line's end nor `defined` is passed by.
+TEST(DirectExpansionTest, InAConditionMoreIsGivenUp) {
+  DirectSetting setting({"F(x) x=x", "G(x) (x)", "L(x) __LINE__"});
+  EXPECT_EQ(setting.expand("F(=)"), "===|");
+  EXPECT_EQ(setting.expandInCondition("F(=)"), "no");
+  EXPECT_EQ(setting.expandInCondition("F(1) > 2"), "1=1| > 2");
+  EXPECT_EQ(setting.expandInCondition("G( /* a */ G(-1) )"), "((-1))|");
+  EXPECT_EQ(setting.expandInCondition("G(1\n)"), "no");
+  EXPECT_EQ(setting.expandInCondition("G(1 // )\n)"), "no");
+  EXPECT_EQ(setting.expandInCondition("G\n(1)"), "no");
+  EXPECT_EQ(setting.expandInCondition("L(1)"), "no");
 }
 
 // White space in an argument is single blanks between its tokens; in a result it is as it comes.
@@ -242,14 +364,28 @@ TEST(DirectExpansionTest, WhatAnotherInvocationHasLeftIsNoPartOfAWord) {
   EXPECT_EQ(setting.expand("F(0,x)"), "no");  // A number, and behind it the name of a macro.
 }
 
-TEST(DirectExpansionTest, WhatChangesAtEachUseIsGivenUp) {
-  expectDirect({
-      {{"F(x) x __LINE__"}, "F(a)", "a __LINE__|"},  // Here nobody has defined it.
-  });
-  DirectSetting setting({"F(x) x", "G(x) x __LINE__", "__LINE__ 1"});
-  setting.streams.names.find("__LINE__")->isRefreshed = true;
-  EXPECT_EQ(setting.expand("F(__LINE__)"), "no");
-  EXPECT_EQ(setting.expand("G(1)"), "no");
+// Its text stays stored where it was used, and nowhere else.
+TEST(DirectExpansionTest, WhatChangesAtEachUseIsThatOfTheLine) {
+  DirectSetting setting({"F(x) x #x", "G(x) x __LINE__", "A __LINE__ __FILE__", "B(x)"});
+  CppFileScanner& file = *setting.streams.stream.file();
+  file.setFileName("dir/a b.c");
+  file.setLine(12);
+  EXPECT_EQ(setting.expand("B(__LINE__)"), "|");
+  EXPECT_EQ(setting.expand("F(__LINE__ B)"), "no");
+  EXPECT_EQ(setting.expand("F(\n__LINE__)"), "no");
+  EXPECT_EQ(setting.streams.names.find("__LINE__")->macro->text, "");
+  EXPECT_EQ(setting.expand("F(__LINE__)"), "12 \"__LINE__\"|");
+  EXPECT_EQ(setting.streams.names.find("__LINE__")->macro->text, "12");
+  EXPECT_EQ(setting.expand("__FILE__"), "\"dir/a b.c\"|");
+  EXPECT_EQ(setting.expand("A"), "12 \"dir/a b.c\"|");
+  file.setLine(13);
+  EXPECT_EQ(setting.expand("G(1)"), "1 13|");
+  EXPECT_EQ(setting.expand("G(1) __LINE__"), "1 13| __LINE__");
+  for (const char* const name : {"a\"b", "a\\b", "a\nb"}) {
+    file.setFileName(name);
+    EXPECT_EQ(setting.expand("__FILE__"), "no");
+  }
+  EXPECT_EQ(setting.streams.names.find("__FILE__")->macro->text, "\"dir/a b.c\"");
 }
 
 // Functions that call each other nest as deep as invocations; and doubled thirty times a word would fill the memory.

@@ -161,7 +161,7 @@ TEST(MacroExpanderTest, WhatCommentsOfAnArgumentDoIsRepeated) {
 
 // A definition may be replaced while an expansion reads it; what is being read stays as it was.
 TEST(MacroExpanderTest, AnInvocationReadsOnInAReplacedDefinition) {
-  ExpanderSetting setting({"A [ B ]", "B 1"});
+  ExpanderSetting setting({"A [ B ]", "B() 1"});
   setting.streams.pushText("A\n");
   setting.streams.stream.get();
   setting.expander.expandInText();

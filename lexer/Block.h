@@ -91,7 +91,9 @@ class VectorBlock {
       const __m128i sums = _mm_sad_epu8(reinterpret_cast<__m128i>(-(a_ + b_ + c_ + d_)), _mm_setzero_si128());
       return static_cast<std::size_t>(_mm_cvtsi128_si32(sums) + _mm_extract_epi16(sums, 4));
     }
-    std::uint64_t bits() const { return bitsOf(a_) | bitsOf(b_) << 16 | bitsOf(c_) << 32 | bitsOf(d_) << 48; }
+    [[gnu::always_inline]] std::uint64_t bits() const {
+      return bitsOf(a_) | bitsOf(b_) << 16 | bitsOf(c_) << 32 | bitsOf(d_) << 48;
+    }
 
    private:
     static std::uint64_t bitsOf(Found part) {

@@ -330,7 +330,7 @@ const char* DirectExpansion::replaceInput(Name& name, Input& input, std::size_t 
   bool isReplaced = false;
   if (!name.macro->functionLike) {
     isReplaced = replaceObjectLike(name, result, firstToken);
-  } else if (const char* at = input.at(); input.passWhiteSpace(at) && *at == '(') {
+  } else if (const char* at = input.at(); *at == '(' || (input.passWhiteSpace(at) && *at == '(')) {
     input.moveTo(at + 1);
     isReplaced = replaceInvocation(name, input, result);
   }

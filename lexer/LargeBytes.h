@@ -15,14 +15,12 @@ namespace qnpp {
 class FreeLargeBytes {
  public:
   explicit FreeLargeBytes(std::size_t size = 0) : size_(size) {}
-  void operator()(char* bytes) const { ::operator delete(bytes, alignmentOf(size_)); }
-
-  // The system is asked for large pages behind this size, and it has none in any other place. Where large pages are of
-  // another size this does no harm.
-  static std::align_val_t alignmentOf(std::size_t size) {
-    return std::align_val_t(size < kLargePage ? alignof(std::max_align_t) : kLargePage);
+  void operator()(char* bytes) const {
+    size_ < kLargePage ? ::operator delete(bytes) : ::operator delete(bytes, std::align_val_t(kLargePage));
   }
 
+  /// From this size on the system is asked for large pages, of which each has to begin at a multiple of its size. Where
+  /// they are of another size this does no harm.
   static constexpr std::size_t kLargePage = std::size_t{1} << 21;
 
  private:
@@ -34,11 +32,14 @@ using LargeBytes = std::unique_ptr<char[], FreeLargeBytes>;
 /// `size` bytes, aligned for any object. Those of a table that grows for as long as the input does are touched for the
 /// first time page by page, and that costs more than what is written there; with large pages it is a fifth of it.
 inline LargeBytes makeLargeBytes(std::size_t size) {
-  LargeBytes made(static_cast<char*>(::operator new(size, FreeLargeBytes::alignmentOf(size))), FreeLargeBytes(size));
-#if defined(MADV_HUGEPAGE)
-  if (size >= FreeLargeBytes::kLargePage) {
-    ::madvise(made.get(), size, MADV_HUGEPAGE);  // A wish: without them it is slower, that is all.
+  constexpr std::size_t kLargePage = FreeLargeBytes::kLargePage;
+  const FreeLargeBytes free(size);
+  if (size < kLargePage) {
+    return {static_cast<char*>(::operator new(size)), free};
   }
+  LargeBytes made(static_cast<char*>(::operator new(size, std::align_val_t(kLargePage))), free);
+#if defined(MADV_HUGEPAGE)
+  ::madvise(made.get(), size, MADV_HUGEPAGE);  // A wish: without them it is slower, that is all.
 #endif
   return made;
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <cstddef>
+#include <memory>
 
 #include "lexer/TextArena.h"
 
@@ -36,7 +37,7 @@ class BlockStore {
       forbidUse(block, sizeOf(sizeClass));
       return;
     }
-    free_[sizeClass] = new (block) Free{free_[sizeClass]};
+    free_[sizeClass] = std::construct_at(static_cast<Free*>(block), Free{free_[sizeClass]});
   }
 
  private:

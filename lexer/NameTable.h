@@ -39,10 +39,9 @@ struct Name {
   CppMacro* macro = nullptr;  ///< The current definition, owned by the CppMacroTable; null while there is none.
   mutable HideSet::Link* link = nullptr;  ///< What it has come with into a set that is kept as a line, see HideSet.cpp.
   std::uint32_t id = 0;                   ///< Position in the order of appearance, from 0.
-  std::uint32_t priority = 0;  ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
-  FinalText finalText;         ///< Of the macro.
-  std::uint32_t parameter =
-      0;  ///< While a list is made for a definition of which it is a parameter: the place, from 1.
+  std::uint32_t priority = 0;     ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
+  FinalText finalText;            ///< Of the macro.
+  std::uint32_t parameter = 0;    ///< While a list is made of which it is a parameter: its place, from 1.
   bool wantsParenthesis = false;  ///< The macro is function-like: text copied as it stands may hold the name alone.
   bool isInFilter = false;        ///< There is a definition, or has been.
   bool isRefreshed = false;       ///< The text of the macro changes at each use, see PredefinedMacros.

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <new>
 
 #include "lexer/ShortCopy.h"
 #include "lexer/Shortcuts.h"
@@ -70,7 +69,8 @@ CppMacro* CppMacroTable::store(const CppMacro& macro) {
   text[macro.text.size()] = '\0';
   copyShort(parameters, list.data(), list.size());
   const auto count = static_cast<std::uint32_t>(macro.parameters.size());
-  return new (block) CppMacro{{text, macro.text.size()}, {{parameters, list.size()}, count}, macro.functionLike};
+  return std::construct_at(reinterpret_cast<CppMacro*>(block),
+                           CppMacro{{text, macro.text.size()}, {{parameters, list.size()}, count}, macro.functionLike});
 }
 
 void CppMacroTable::undefine(std::string_view name) {

@@ -41,7 +41,7 @@ class Case:
 class Generator:
     """Writes one random project.  Few short names are used, so that everything collides with everything."""
 
-    TRAITS = ["long tokens", "padding", "rescanning", "ladder", "live definition", "directive in argument"]
+    TRAITS = ["long tokens", "padding", "rescanning", "ladder", "numbers", "live definition", "directive in argument"]
     NAMES = [b"A", b"B", b"C", b"f", b"g", b"h", b"x", b"y"]
     KEYWORDS = [b"if", b"line", b"define", b"include", b"error", b"ident", b"else", b"endif", b"pragma", b"undef",
                 b"elif"]
@@ -682,12 +682,36 @@ class Generator:
             lines.append(self.pick(b"", b"A", name, b"f", b"f(", b"#", b"\\", b"3 " + name))
         return self.line_end().join(lines)
 
+    def number_lines(self):
+        """Numbers and names joined by ##, or side by side: what is one number and what a number and a macro's name
+        behind it.  Long and short texts take turns, so that what the long ones have left stands behind the short."""
+        self.traits.add("numbers")
+        names = self.chance.sample([b"x", b"X", b"xA", b"L", b"u", b"e5", b"A", b"_", b"ab", b"uL"], self.pick(2, 3, 5))
+        operands = names + [b"0", b"0x", b"0X", b"1", b"12", b"08", b"1e", b"1L", b"0xF", b"ul", b"x1", b"a", b"b"]
+        several = [b"a##b", b"0##a", b"a##x", b"a##b##b", b"0a", b"1a", b"a b", b"J(a,b)", b"J(0,a)b", b"#a",
+                   b"a##b.b##a", b"J(J(a,b),b)", b"a##b(1)"]
+        lines = [b"#define " + name + b" " + self.pick(b"y", b"", b"0x", b"J", *operands) for name in names]
+        lines.append(b"#define J(a,b) a##b")
+        for name in (b"g", b"h"):
+            body = self.pick(*several) + self.pick(b"", b" ") + self.pick(*several)
+            lines.append(b"#define " + name + b"(a,b) " + body)
+        for _ in range(self.pick(5, 10, 20)):
+            arguments = []
+            for _ in range(2):
+                joined = b"J(" + self.pick(*operands) + b"," + self.pick(*operands) + b")"
+                long = self.pick(b"1", b"F", b"x") * self.pick(5, 20, 60)
+                arguments.append(self.pick(*operands, *operands, long, joined))
+            name = self.pick(b"J", b"J", b"g", b"h")
+            lines.append(self.pick(b"", b"", b"0", b"1") + name + b"(" + b",".join(arguments) + b")"
+                         + self.pick(b"", b"", b"1", b"x", b"(1,2)"))
+        return lines
+
     def text(self, count):
         """The bytes of a file."""
         self.eol = self.pick(b"\n", b"\n", b"\n", b"\n", b"\r\n", b"\r", b"mixed")
-        kind = self.chance.choices(("lines", "expansions", "rescanning", "ladder"), (45, 24, 28, 3))[0]
-        lines = {"lines": lambda: self.lines(0, count), "expansions": self.expansion_lines,
-                 "rescanning": self.rescanning_lines, "ladder": self.ladder_lines}[kind]()
+        writers = (lambda: self.lines(0, count), self.expansion_lines, self.rescanning_lines, self.ladder_lines,
+                   self.number_lines)
+        lines = self.chance.choices(writers, (45, 24, 25, 3, 3))[0]()
         result = b"".join(line + self.line_end() for line in lines)
         roll = self.chance.random()
         if roll < 0.15:

@@ -53,7 +53,6 @@ void GuardedFiles::seeGuard(const Name& guard, bool isSkipped, const Traces& tra
 // At the `#endif`: finds out how many line ends the group stands for.
 bool GuardedFiles::endGroup(const Traces& traces, CppFileScanner* file) {
   now_.outputBehind = traces.outputSize;
-  now_.effectsAtEnd = traces.effects;
   if (now_.isSkipped) {
     now_.lineEndsInGroup = traces.outputSize - now_.outputAtGroup;
     return true;
@@ -76,9 +75,8 @@ bool GuardedFiles::endGroup(const Traces& traces, CppFileScanner* file) {
 
 void GuardedFiles::leave(const std::string& path, const std::optional<FileStamp>& stamp, std::size_t depth,
                          const Traces& traces) {
-  // A comment behind the group may have been open at the end of the file, which is told each time.
-  const bool isSure = now_.stage == Stage::BehindGroup && stamp && traces.messages == now_.entered.messages &&
-                      traces.effects == now_.effectsAtEnd;
+  // What is told of a comment behind the group that was open at the end of the file is told each time.
+  const bool isSure = now_.stage == Stage::BehindGroup && stamp && traces.messages == now_.entered.messages;
   if (isSure) {
     const std::uint64_t besideGroup =
         (now_.outputAtGroup - now_.entered.outputSize) + (traces.outputSize - now_.outputBehind);

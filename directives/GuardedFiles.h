@@ -34,7 +34,6 @@ class GuardedFiles {
   struct Traces {
     std::uint64_t outputSize = 0;
     std::uint64_t messages = 0;
-    std::uint64_t effects = 0;  ///< Of comments, see LexerContext.
   };
 
   /// How many line ends the file of this path stands for, if it is remembered, its guard is defined and it has not been
@@ -78,7 +77,6 @@ class GuardedFiles {
     std::uint64_t outputAtGroup = 0;  // and the output there.
     std::uint64_t lineEndsInGroup = 0;
     std::uint64_t outputBehind = 0;  // At the `#endif`.
-    std::uint64_t effectsAtEnd = 0;
     Traces entered;
   };
 

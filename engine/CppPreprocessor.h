@@ -126,7 +126,7 @@ class CppPreprocessor {
   void observe(Tell tell) const {
     stream_.observe(tell);
   }
-  GuardedFiles::Traces traces() const { return {output_.position(), diagnostics_.count(), effectCount_}; }
+  GuardedFiles::Traces traces() const { return {output_.position(), diagnostics_.count()}; }
 
   Host& host_;
   OutputBuffer output_;

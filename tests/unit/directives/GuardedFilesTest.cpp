@@ -34,20 +34,19 @@ struct GuardedFilesTest : testing::Test {
   }
 
   // A file is read with these steps; between entering and leaving it `written` comes on top.
-  void read(const std::vector<Step>& steps, GuardedFiles::Traces written = {4, 0, 0}) {
-    files.enter({100, 10, 1});
+  void read(const std::vector<Step>& steps, GuardedFiles::Traces written = {4, 0}) {
+    files.enter({100, 10});
     for (const Step& step : steps) {
       if (step.kind == TK_END) {
         files.seeText();
       } else {
-        files.seeDirective(step.kind, step.isSkipped, step.conditionals, {100, 10, 1}, &file);
+        files.seeDirective(step.kind, step.isSkipped, step.conditionals, {100, 10}, &file);
       }
       if (files.isAtGuard()) {
-        files.seeGuard(guard, true, {100, 10, 1}, &file);
+        files.seeGuard(guard, true, {100, 10}, &file);
       }
     }
-    files.leave(path, stampOf(path), kOpenFiles,
-                {100 + written.outputSize, 10 + written.messages, 1 + written.effects});
+    files.leave(path, stampOf(path), kOpenFiles, {100 + written.outputSize, 10 + written.messages});
   }
   // A file is read that consists of a group whose guard is not defined yet: how many line ends the group is known to
   // stand for then. The last "#endif" is that of the guard; what is before it is not followed.
@@ -57,18 +56,18 @@ struct GuardedFilesTest : testing::Test {
     input->reset(text);
     CppFileScanner scanner("a.h", std::move(input), setting.context);
     scanner.setStamp(stampOf(path));
-    files.enter({100, 10, 1});
+    files.enter({100, 10});
     while (scanner.get() != TK_IFNDEF) {
     }
-    files.seeDirective(TK_IFNDEF, false, 0, {100, 10, 1}, &scanner);
+    files.seeDirective(TK_IFNDEF, false, 0, {100, 10}, &scanner);
     while (scanner.get() != TK_NEWLINE) {
     }
-    files.seeGuard(guard, false, {100, 10, 1}, &scanner);
+    files.seeGuard(guard, false, {100, 10}, &scanner);
     while (scanner.offset() + 1 != text.size()) {
       scanner.get();
     }
-    files.seeDirective(TK_ENDIF, false, 1, {500, 10, 1}, &scanner);
-    files.leave(path, stampOf(path), kOpenFiles, {500, 10, 1});
+    files.seeDirective(TK_ENDIF, false, 1, {500, 10}, &scanner);
+    files.leave(path, stampOf(path), kOpenFiles, {500, 10});
     const std::optional<std::uint64_t> lineEnds = files.find(path, kOpenFiles, 0);
     path = folder.write(std::to_string(++readCount) + ".h", "12345");  // The next one is another file.
     return lineEnds;
@@ -133,10 +132,8 @@ TEST_F(GuardedFilesTest, AnythingBesideTheGroupIsADoubt) {
   }
 }
 
-TEST_F(GuardedFilesTest, AMessageOrACommentBehindTheGroupIsADoubt) {
-  read(kGuarded, {4, 1, 0});
-  EXPECT_FALSE(isKnown());
-  read(kGuarded, {4, 0, 1});
+TEST_F(GuardedFilesTest, AMessageIsADoubt) {
+  read(kGuarded, {4, 1});
   EXPECT_FALSE(isKnown());
 }
 

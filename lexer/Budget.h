@@ -21,6 +21,9 @@ struct RunEnded {
 /// are looked at every few thousand units.
 class Budget {
  public:
+  /// Of a text that an expansion makes or passes over: what costs as much as a token.
+  static constexpr std::size_t kBytesLikeAToken = 16;
+
   /// Without limits, until `setLimits`.
   Budget() = default;
   Budget(const Budget&) = delete;

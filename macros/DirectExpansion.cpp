@@ -19,7 +19,6 @@ namespace {
 constexpr std::size_t kDeepest = 40;
 constexpr std::size_t kMostWork = std::size_t{1} << 21;
 constexpr std::size_t kLeastWork = std::size_t{1} << 10;
-constexpr std::size_t kBytesLikeAToken = 16;
 constexpr std::size_t kMostText = std::size_t{1} << 21;
 constexpr std::size_t kMostInput = std::size_t{1} << 26;
 constexpr std::size_t kTextPerInput = 4;  // What has been read may come to more than that, byte for byte.
@@ -347,7 +346,7 @@ const char* DirectExpansion::replaceInput(Name& name, Input& input, std::size_t 
   return input.at();
 }
 
-void DirectExpansion::spendOnText(std::size_t size) { work_ += 1 + size / kBytesLikeAToken; }
+void DirectExpansion::spendOnText(std::size_t size) { work_ += 1 + size / Budget::kBytesLikeAToken; }
 
 // The replacement list of the macro `name`, if it may be used here.
 const Replacement* DirectExpansion::enter(const Name& name) {

@@ -335,10 +335,7 @@ const Spelling* MacroExpander::join(const Substitution& substitution, std::size_
 }
 
 // The text that "#" or "##" has made.
-void MacroExpander::spendOnText() {
-  constexpr std::size_t kBytesLikeAToken = 16;
-  context_.budget.spendOnExpansion(joinedText_.size() / kBytesLikeAToken);
-}
+void MacroExpander::spendOnText() { context_.budget.spendOnExpansion(joinedText_.size() / Budget::kBytesLikeAToken); }
 
 // ---- List expansion ----
 

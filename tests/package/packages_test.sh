@@ -3,7 +3,8 @@
 #
 #   packages_test.sh build <checkout> <its release build> <folder>     makes them twice below <folder>, and with the shared
 #                                                                      library
-#   packages_test.sh reproducible|lintian|deb|shared|tarball <folder>
+#   packages_test.sh reproducible <its release build> <folder>
+#   packages_test.sh lintian|deb|shared|tarball <folder>
 . "$(dirname "$0")/lib.sh"
 
 # The files that belong to the program, without anything built.
@@ -11,15 +12,6 @@ copyCheckout() { # copyCheckout <checkout> <folder>
   mkdir -p "$2"
   (cd "$1" && tar -cf - --exclude=./.git --exclude='./build*' --exclude=./tests --exclude=./bench --exclude=./fuzz .) |
     tar -xf - -C "$2"
-}
-
-# giveRevision <checkout> <copy of it> <revision>: what Git answers there, whatever is committed in the meantime.
-giveRevision() {
-  local git=(git -c "safe.directory=$1" -C "$1") revision
-  revision=$("${git[@]}" rev-parse --verify --quiet "$3^{commit}") || return 0
-  git init -q "$2"
-  (cd "$1" && realpath "$("${git[@]}" rev-parse --git-path objects)") >"$2/.git/objects/info/alternates"
-  printf '%s\n' "$revision" >"$2/.git/HEAD"
 }
 
 configure() { # configure <source folder> <build folder> <release build, whose compiler and flags are taken> [words...]
@@ -31,33 +23,29 @@ configure() { # configure <source folder> <build folder> <release build, whose c
 }
 cached() { sed -n "s/^$2:[A-Z]*=//p" "$1/CMakeCache.txt"; } # cached <build folder> <variable>
 
-# Once with the program of the release build, once with one that is built from a copy of the sources. One job, because
-# other tests run beside it.
+# Of the programs of the release build. A part of them is compiled once more in the other place: generated and written
+# sources. All of it would take most of the time of these tests, by the same options. One job, because other tests run
+# beside it.
 build() { # build <checkout> <release build> <folder>
-  local here=$3/here there="$3/another place/with a longer name" day revision
+  local here=$3/here there="$3/another place/with a longer name" programs
+  programs=("$2"/{qnpp,qnpp-build,qnpp-explain,qnpp-check,libqnpp.a})
   rm -rf "$3"
   mkdir -p "$3"
-  # What the program knows, so that midnight and a commit make no difference.
-  IFS=, read -r day revision <<<"$("$2/qnpp" -v | sed -n '1s/.*(\(.*\), \(.*\)).*/\1,\2/p')"
-  SOURCE_DATE_EPOCH=$(date -u +%s -d "$day UTC") || failed 'the program knows its day'
-  export SOURCE_DATE_EPOCH
+  export SOURCE_DATE_EPOCH=1767225600
   copyCheckout "$1" "$here"
   copyCheckout "$1" "$there"
-  giveRevision "$1" "$there" "$revision"
   umask 022
   { configure "$here" "$here/build" "$2" && cmake --build "$here/build" --target qnpp_man qnpp-build_man qnpp-explain_man qnpp-check_man &&
-    cp "$2"/{qnpp,qnpp-build,qnpp-explain,qnpp-check,libqnpp.a} "$here/build" && (cd "$here/build" && cpack); } >"$3/log.1" 2>&1 ||
+    cp "${programs[@]}" "$here/build" && (cd "$here/build" && cpack); } >"$3/log.1" 2>&1 ||
     failed 'the packages can be made' "$(tail -n 30 "$3/log.1")"
   # The programs are the same with the shared library. The umask of the maker does not show in a package.
   { configure "$here" "$3/shared" "$2" -DQNPP_SHARED_LIBRARY=ON &&
-    cp -P "$2"/{qnpp,qnpp-build,qnpp-explain,qnpp-check} "$2"/libqnpp.so* "$here"/build/*.1 "$3/shared" &&
-    (umask 077 && cd "$3/shared" && cpack -G DEB); } \
+    cp -P "${programs[@]}" "$2"/libqnpp.so* "$here"/build/*.1 "$3/shared" && (umask 077 && cd "$3/shared" && cpack -G DEB); } \
     >"$3/log.3" 2>&1 || failed 'the packages with the shared library can be made' "$(tail -n 30 "$3/log.3")"
   export TZ=Pacific/Honolulu
-  # The companions, compiled by the same options, would take twice as long again.
   { configure "$there" "$3/another place/b" "$2" &&
-    cmake --build "$3/another place/b" --parallel 1 --target qnpp qnpp_library &&
-    cp "$2"/{qnpp-build,qnpp-explain,qnpp-check} "$here"/build/*.1 "$3/another place/b" && (cd "$3/another place/b" && cpack); } >"$3/log.2" 2>&1 ||
+    cmake --build "$3/another place/b" --parallel 1 --target qnpp_lexer_generated qnpp_process &&
+    cp "${programs[@]}" "$here"/build/*.1 "$3/another place/b" && (cd "$3/another place/b" && cpack); } >"$3/log.2" 2>&1 ||
     failed 'the packages can be made in another place' "$(tail -n 30 "$3/log.2")"
   printf '%s/\n' "$1"/{directives,driver,engine,include,lexer,library,macros,tools} "$2" >"$3/places"
   ls "$here/build"/*.tar.gz || failed 'there is a .tar.gz'
@@ -69,16 +57,17 @@ needsPackages() { # needsPackages <folder>: leaves the names of the files in $de
   development=$(ls "$1"/here/build/libqnpp-dev_*.deb)
 }
 
-reproducible() { # reproducible <folder>
-  local here=$1/here/build there="$1/another place/b" file
-  same 'what the program says of its build' "$("$there/qnpp" -v)" "$("$here/qnpp" -v)"
-  cmp "$here/qnpp" "$there/qnpp" || failed 'qnpp is the same'
+reproducible() { # reproducible <release build> <folder>
+  local here=$2/here/build there="$2/another place/b" file
+  for file in libqnpp_process.a CMakeFiles/qnpp_lexer_generated.dir/generated/CppLexer.cpp.o; do
+    cmp "$1/$file" "$there/$file" || failed "$file is the same"
+  done
   for file in "$here"/*.tar.gz "$here"/*.deb; do
     [ -e "$file" ] || continue
     cmp "$file" "$there/${file##*/}" || failed "${file##*/} is the same"
   done
   for file in "$here"/qnpp{,-build,-explain,-check}; do
-    same "what ${file##*/} says of where it was built" '' "$(strings "$file" | grep -F -f "$1/places")"
+    same "what ${file##*/} says of where it was built" '' "$(strings "$file" | grep -F -f "$2/places")"
   done
 }
 

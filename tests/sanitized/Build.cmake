@@ -1,19 +1,16 @@
-# cmake -DSOURCE_DIR=... -DBUILD_DIR=... -DGENERATOR=... -DSANITIZERS=... -DTARGETS=... -P Build.cmake: see CMakeLists.txt.
+# cmake -DSOURCE_DIR=... -DBUILD_DIR=... -DGENERATOR=... -DSANITIZERS=... -DCOMPILER=... -DTARGETS=... -P Build.cmake: see
+# CMakeLists.txt.
 #
-# Compiling takes most of the time. So nothing is optimised, each target is compiled in one go, and clang, which takes half
-# as long as gcc, does it where it and its sanitizers are installed.
+# Nothing is optimised and each target is compiled in one go: compiling takes most of the time.
 
-find_program(clang clang++)
-if(clang)
+if(COMPILER)
   file(WRITE "${BUILD_DIR}/empty.cpp" "int main() {}\n")
-  execute_process(
-    COMMAND "${clang}" "-fsanitize=${SANITIZERS}" empty.cpp -o empty
-    WORKING_DIRECTORY "${BUILD_DIR}" RESULT_VARIABLE status ERROR_QUIET)
+  execute_process(COMMAND "${COMPILER}" "-fsanitize=${SANITIZERS}" empty.cpp -o empty
+                  WORKING_DIRECTORY "${BUILD_DIR}" RESULT_VARIABLE status ERROR_QUIET)
   if(status EQUAL 0)
-    set(ENV{CXX} "${clang}")
+    set(ENV{CXX} "${COMPILER}")
   endif()
 endif()
-
 execute_process(
   COMMAND "${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${BUILD_DIR}" -G "${GENERATOR}" -DCMAKE_BUILD_TYPE=RelWithDebInfo
           -DCMAKE_CXX_FLAGS=-D_GLIBCXX_ASSERTIONS "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O0 -g1 -UNDEBUG"

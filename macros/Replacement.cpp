@@ -311,11 +311,8 @@ void ReplacementMaker::findIsText(std::span<const Step> steps) {
 // ---- Storage ----
 
 const Replacement& ReplacementMaker::finish() {
-  const std::size_t tokenBytes = tokens_.size() * sizeof(const Spelling*);  // NOLINT(bugprone-sizeof-expression)
-  const std::size_t ownBytes = own_.size() * sizeof(Spelling);
-  const std::size_t stepBytes = steps_.size() * sizeof(Step);
-  const std::size_t operandBytes = operands_.size() * sizeof(Item);
-  const std::size_t size = sizeof(Replacement) + tokenBytes + ownBytes + stepBytes + operandBytes + texts_.size();
+  const std::size_t size = sizeof(Replacement) + std::span(tokens_).size_bytes() + std::span(own_).size_bytes() +
+                           std::span(steps_).size_bytes() + std::span(operands_).size_bytes() + texts_.size();
   char* at = static_cast<char*>(store_.take(size));
   auto& made = *new (at) Replacement;
   at += sizeof(Replacement);
@@ -323,7 +320,7 @@ const Replacement& ReplacementMaker::finish() {
     using Element = typename std::remove_reference_t<decltype(from)>::value_type;
     auto* const to = reinterpret_cast<Element*>(at);
     std::uninitialized_copy(from.begin(), from.end(), to);
-    at += from.size() * sizeof(Element);
+    at = reinterpret_cast<char*>(to + from.size());
     return std::span<Element>(to, from.size());
   };
   const std::span<const Spelling*> tokens = copy(tokens_);

@@ -332,7 +332,7 @@ void Recorder::defined(const Name& name, const CppMacro& macro) {
   endDefinition(name.text(), true);
   Definition definition;
   definition.name = name.text();
-  macro.parameters.forEach([&](std::string_view name) { definition.parameters.emplace_back(name); });
+  macro.parameters.forEach([&](std::string_view parameter) { definition.parameters.emplace_back(parameter); });
   definition.text = macro.text;
   definition.isFunctionLike = macro.functionLike;
   definition.place = openFiles_.empty() ? SourcePlace() : line_.place;

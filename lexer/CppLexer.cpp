@@ -525,7 +525,7 @@ class CppLexer::TextCopy {
 
   // The line end at `end` is the next token.
   void handOutLineEnd(char* end) {
-    if (*end != '\n') {
+    if (*end != '\n' || end[1] == '\0') {  // Perhaps the buffer ends here, and the rules get more input first.
       handOutTokenAt(end);
       return;
     }

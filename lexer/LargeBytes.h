@@ -16,7 +16,11 @@ class FreeLargeBytes {
  public:
   explicit FreeLargeBytes(std::size_t size = 0) : size_(size) {}
   void operator()(char* bytes) const {
-    size_ < kLargePage ? ::operator delete(bytes) : ::operator delete(bytes, std::align_val_t(kLargePage));
+    if (size_ < kLargePage) {
+      ::operator delete(bytes);
+    } else {
+      ::operator delete(bytes, std::align_val_t(kLargePage));
+    }
   }
 
   /// From this size on the system is asked for large pages, of which each has to begin at a multiple of its size. Where

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <exception>
 #include <functional>
 #include <istream>
@@ -27,7 +26,7 @@ class CppPreprocessor;
 /// What a caller has set.
 struct Settings {
   std::vector<std::string> definitions;
-  std::deque<std::string> includeDirectories;
+  std::vector<std::string> includeDirectories;
   Resolver resolver;
   DiagnosticSink diagnosticSink;
   OutputSink outputSink;

@@ -336,6 +336,10 @@ const char* DirectExpansion::replaceInput(Name& name, Input& input, std::size_t 
   // What changes from line to line is that of the last; and in a condition an operand of `defined` is not expanded.
   if (!isReplaced || (!refreshed_.empty() && (input.lines != 0 || input.isInCondition))) {
     mostWork_ -= std::min(work_, mostWork_ - kLeastWork);
+    if (capacity_ > kMostText) {  // The general way takes enough by itself.
+      bytes_.reset();
+      capacity_ = size_ = 0;
+    }
     return nullptr;
   }
   for (const Name* const refreshed : refreshed_) {

@@ -1,12 +1,12 @@
 # Prints what zsh offers at the end of a command line, one word a line, sorted.
 #
-#   zsh -f complete.zsh <folder of the completion> <command line>
+#   zsh -f complete.zsh <folder of the completion> <command line> <file for what it learns at its start>
 #
 # The shell that completes runs on a terminal of its own. There compadd(), through which every offer goes, prints the words
 # instead of adding them.
 zmodload zsh/zpty || exit 77
 
-folder=$1 line=$2
+folder=$1 line=$2 dump=$3
 startup=$(mktemp -d) || exit 1
 trap 'rm -rf $startup' EXIT
 cat >$startup/.zshrc <<'END'
@@ -15,7 +15,7 @@ unset zle_bracketed_paste
 stty -echo cols 200 rows 500
 fpath=($COMPLETIONS $fpath)
 autoload -Uz compinit
-compinit -u -D
+compinit -u -d $DUMP
 compadd() {
   # Asked to fill arrays, it offers nothing.
   if [[ ${@[1,(i)(-|--)]} == *-(O|A|D)\ * ]]; then
@@ -34,7 +34,7 @@ offer() {
 zle -C offering complete-word offer
 bindkey '^I' offering
 END
-export COMPLETIONS=$folder ZDOTDIR=$startup
+export COMPLETIONS=$folder DUMP=$dump ZDOTDIR=$startup
 zpty completing zsh -d -i
 zpty -w -n completing "$line"$'\t'
 offers=()

@@ -29,7 +29,7 @@ offers_in_bash() {
     "$3"
     printf "%s\n" "${COMPREPLY[@]}"' offers "$completions/$name.bash" "$1" "$function"
 }
-offers_in_zsh() { timeout 60 zsh -f "$tests/complete.zsh" "$completions" "$1"; }
+offers_in_zsh() { timeout 60 zsh -f "$tests/complete.zsh" "$completions" "$1" "$work/zcompdump"; }
 offers_in_fish() {
   HOME=$work/home fish --no-config -c "source '$completions/$name.fish'; complete -C '$1'" | cut -f 1
 }

@@ -186,7 +186,7 @@ newTree
 run "$tree/scripts/test" -R some </dev/null
 same 'the status is that of ctest' 8 "$status"
 same 'the output is that of ctest' '100% of nothing' "$out"
-check 'words go to ctest' grep -q '^ctest --test-dir .* -j2 -R some$' "$CALLS"
+check 'words go to ctest' grep -q '^ctest --test-dir .* -j3 -R some$' "$CALLS"
 run "$tree/scripts/test" --quick -R some </dev/null
 check 'quick tests are those that are not long' grep -q '^ctest --test-dir .* -LE long -R some$' "$CALLS"
 : >"$CALLS"

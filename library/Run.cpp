@@ -250,7 +250,6 @@ void Run::noteEnd(CppPreprocessor& engine) noexcept {
 
 template <typename Call>
 auto Run::callBack(Call call) {
-  ++callCount_;
   try {
     return call();
   } catch (...) {
@@ -275,8 +274,8 @@ void Run::write(std::string_view text) {
 void Run::deliver(std::string_view text) {
   isOutputOver_ = true;  // Unless this goes well: there must be no gap in the output.
   if (settings_.outputSink) {
+    callCount_ += settings_.outputSink.target<StreamSink>() == nullptr ? 1U : 0U;
     callBack([&] { settings_.outputSink(text); });
-    callCount_ -= settings_.outputSink.target<StreamSink>() != nullptr ? 1U : 0U;
   } else {
     result_.output.append(text);
   }
@@ -307,6 +306,7 @@ void Run::report(const Report& report) {
                                  report.printed,
                                  includeChain_.data(),
                                  includeChain_.size()};
+  ++callCount_;
   callBack([&] { settings_.diagnosticSink(diagnostic); });
 }
 

@@ -89,7 +89,7 @@ class Run final : public Host {
   bool isEnded_ = false;           // Before the end of the source.
   const char* failure_ = nullptr;  // What the scanner said when it could not go on.
   bool isOutputOver_ = false;      // Nothing may be delivered any more.
-  std::uint64_t callCount_ = 0;    // Of the caller's functions, but for a StreamSink.
+  std::uint64_t callCount_ = 0;    // Of the caller's sinks, but for a StreamSink.
   std::uint64_t delivered_ = 0;
   std::uint64_t linesDelivered_ = 0;
   std::size_t entriesCounted_ = 0;  // Entries of the line map that have got their line of the output.

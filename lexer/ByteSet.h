@@ -30,7 +30,9 @@ consteval ByteSet allBytesBut(std::string_view bytes) {
 inline constexpr ByteSet kDigitBytes = bytesOf("0123456789");
 inline constexpr ByteSet kHexDigits = bytesOf("0123456789ABCDEFabcdef");
 
-/// Behind a backslash in a character literal. Behind an "x" a hexadecimal digit has to follow.
+/// Behind a backslash in a literal. In that of a character an "x" may stand there too, and a hexadecimal digit behind
+/// it.
+inline constexpr ByteSet kStringEscapes = bytesOf("\"\\");
 inline constexpr ByteSet kCharacterEscapes = bytesOf("\"'?\\abfnrtv01234567");
 
 inline constexpr ByteSet kBlankBytes = bytesOf(" \t\v\f");

@@ -174,6 +174,29 @@ std::size_t behindLiteral(const char* block, std::size_t place, std::uint64_t st
   return block[next] == block[place] && !isEmptyCharacter ? next + 1 : 0;
 }
 
+// What makes an escape with the backslash before it.
+const ByteSet& escapesOf(char quote) { return quote == '"' ? kStringEscapes : kCharacterEscapes; }
+
+// The first byte from `at` on that may be no item of a literal.
+char* passItems(char* at, char quote) {
+  const ByteSet& escapes = escapesOf(quote);
+  for (;;) {
+    const Block block(at);
+    std::uint64_t stops = block.find<'\\', '\n', '\0'>() | (quote == '"' ? block.find<'"'>() : block.find<'\''>());
+    char* const begin = at;
+    for (at += 64; stops != 0; stops &= bitsFrom(static_cast<std::size_t>(at - begin))) {
+      at = begin + std::countr_zero(stops);
+      if (*at != '\\' || !has(escapes, at[1])) {
+        return at;
+      }
+      at += 2;
+      if (at >= begin + 64) {
+        break;
+      }
+    }
+  }
+}
+
 }  // namespace
 
 CppLexer::CppLexer(std::istream& input, const LexerContext& context)
@@ -233,9 +256,7 @@ void CppLexer::passBlanksInBuffer() {
 // ---- Directives ----
 
 CppTokenKind CppLexer::passLineStart(std::string& leadingSpace) {
-  if (!isReading()) {
-    return TK_END;
-  }
+  beginReading();
   char* at = beginScan();
   CppTokenKind passed = TK_END;
   for (;;) {
@@ -644,7 +665,7 @@ bool CppLexer::passLiteral(char*& at) {
     return false;
   }
   for (;;) {
-    at = quote == '"' ? findAny<'"', '\\', '\n', '\0'>(at) : findAny<'\'', '\\', '\n', '\0'>(at);
+    at = passItems(at, quote);
     if (*at == '\0' && !atBufferEnd(at)) {
       ++at;
     } else if (*at == '\0' ? refill(at) : *at == '\\' && passEscape(at, quote)) {
@@ -675,8 +696,8 @@ bool CppLexer::passEscape(char*& at, char quote) {
     return *place;
   };
   const char escape = byteAt(1);
-  const bool isEscape = quote == '"' ? escape == '"' || escape == '\\'
-                                     : has(kCharacterEscapes, escape) || (escape == 'x' && has(kHexDigits, byteAt(2)));
+  const bool isHexadecimal = quote == '\'' && escape == 'x' && has(kHexDigits, byteAt(2));
+  const bool isEscape = isHexadecimal || has(escapesOf(quote), escape);
   if (isEscape) {
     at = yytext + start + 2;  // Further digits of an octal or hexadecimal escape are items like any other.
   }
@@ -1120,7 +1141,8 @@ class CppLexer::LineSkip {
 };
 
 CppTokenKind CppLexer::skipWholeLines(NestedConditionals& conditionals) {
-  return isReading() ? LineSkip(*this, conditionals).run() : TK_END;
+  beginReading();
+  return LineSkip(*this, conditionals).run();
 }
 
 // The rest of one line. Comments and literals are recognised, because a line end inside a comment does not end the line

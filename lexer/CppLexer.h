@@ -265,8 +265,9 @@ class CppLexer final : public yyCppFlexLexer {
     return refill(at);
   }
 
-  // Whether the scanner has begun and its buffer can be read as described above.
+  // Whether the scanner has begun and its buffer can be read as described above; and sees to it.
   bool isReading() const;
+  void beginReading();
 
   std::uint64_t offsetOf(const char* at) const { return bytesRead_ - static_cast<std::uint64_t>(bufferEnd() - at); }
 

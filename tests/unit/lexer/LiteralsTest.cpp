@@ -1,6 +1,7 @@
 // String and character literals, and quotes that open none.
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -55,6 +56,19 @@ TEST(LiteralsTest, StringsKnowTwoEscapesOnly) {
     const std::string text = std::string("\"\\") + static_cast<char>(code) + "x\"";
     const bool isEscape = code == '"' || code == '\\';
     EXPECT_EQ(lexAll(text) == "STRING:" + visible(text), isEscape) << visible(text);
+  }
+}
+
+TEST(LiteralsTest, EscapesStandAtAnyPlaceOfALiteral) {
+  for (std::size_t before = 0; before < 70; ++before) {
+    for (std::size_t escapes = 1; escapes < 70; ++escapes) {
+      std::string items(before, 'a');
+      for (std::size_t index = 0; index < escapes; ++index) {
+        items += index % 3 == 0 ? "\\\"" : "\\\\";
+      }
+      const std::string text = '"' + items + "b\"'" + items + "b'";
+      EXPECT_EQ(lexAll(text), "STRING:\"" + items + "b\" CHAR:'" + items + "b'");
+    }
   }
 }
 

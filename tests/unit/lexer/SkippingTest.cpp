@@ -453,7 +453,6 @@ TEST(SkippingTest, WholeLinesTellWhereTheyStop) {
   }
 }
 
-// From the start of the second line.
 TEST(SkippingTest, WhatStandsBeforeTextAndTheBeginningOfADirectiveArePassed) {
   struct Row {
     std::string_view text;
@@ -463,6 +462,7 @@ TEST(SkippingTest, WhatStandsBeforeTextAndTheBeginningOfADirectiveArePassed) {
     const char* rest;
   };
   const Row rows[] = {
+      {"\n", TK_END, "", "", ""},
       {"\na", TK_OTHER, "", "", "IDENTIFIER:a"},
       {"\n  a", TK_OTHER, "", "  ", "IDENTIFIER:a"},
       {"\n\n \t\n\r\v\f\r\n a", TK_OTHER, "\n\n\n\n", " ", "IDENTIFIER:a"},
@@ -497,17 +497,21 @@ TEST(SkippingTest, WhatStandsBeforeTextAndTheBeginningOfADirectiveArePassed) {
       {"\n /a", TK_SPACE, "", " ", "/ IDENTIFIER:a"},
       {"\n \\\n a", TK_SPACE, "", " ", "CONTINUATION SPACE IDENTIFIER:a"},
   };
-  for (const Row& row : rows) {
-    InputText input;
-    input.reset(row.text);
-    LexerSetting setting;
-    CppLexer lexer(input, setting.context);
-    EXPECT_EQ(lexer.next(), TK_NEWLINE);
-    std::string leading;
-    EXPECT_EQ(lexer.passLineStart(leading), row.passed) << visible(row.text);
-    EXPECT_EQ(setting.written(), row.output) << visible(row.text);
-    EXPECT_EQ(leading, row.leading) << visible(row.text);
-    EXPECT_EQ(dumpRest(lexer), row.rest) << visible(row.text);
+  for (const bool isFirstLine : {false, true}) {
+    for (const Row& row : rows) {
+      InputText input;
+      input.reset(isFirstLine ? row.text.substr(1) : row.text);
+      LexerSetting setting;
+      CppLexer lexer(input, setting.context);
+      if (!isFirstLine) {
+        EXPECT_EQ(lexer.next(), TK_NEWLINE);
+      }
+      std::string leading;
+      EXPECT_EQ(lexer.passLineStart(leading), row.passed) << visible(row.text);
+      EXPECT_EQ(setting.written(), row.output) << visible(row.text);
+      EXPECT_EQ(leading, row.leading) << visible(row.text);
+      EXPECT_EQ(dumpRest(lexer), row.rest) << visible(row.text);
+    }
   }
 }
 

@@ -21,8 +21,8 @@ constexpr std::size_t kMostWork = std::size_t{1} << 21;
 constexpr std::size_t kLeastWork = std::size_t{1} << 10;
 constexpr std::size_t kMostText = std::size_t{1} << 21;
 constexpr std::size_t kMostInput = std::size_t{1} << 26;
-constexpr std::size_t kTextPerInput = 4;  // What has been read may come to more than that, byte for byte.
-constexpr std::size_t kSlack = 4;         // Bytes behind a word that may be read, the first of which ends it.
+constexpr std::size_t kTextPerWork = 4;  // What comes of the input, and of the work, may be more than that.
+constexpr std::size_t kSlack = 4;        // Bytes behind a word that may be read, the first of which ends it.
 
 constexpr ByteSet kQuoteAndBackslash = bytesOf("\"\\");
 
@@ -123,8 +123,10 @@ struct DirectExpansion::Input {
   const char* at() const { return bytes.begin() + offset; }
   void moveTo(const char* at) {
     offset = static_cast<std::size_t>(at - bytes.begin());
-    furthest = std::max(furthest, offset);
+    noteReading(at);
   }
+  // To be told what has been read.
+  void noteReading(const char* at) { furthest = std::max(furthest, static_cast<std::size_t>(at - bytes.begin())); }
   // At the NUL at `end`, gets more of the input. `from` moves along.
   bool getMore(const char*& from, const char*& end) {
     const auto size = end - from;
@@ -275,7 +277,7 @@ inline bool DirectExpansion::append(const Part& part) {
 }
 
 bool DirectExpansion::makeRoom(std::size_t size) {
-  if (size_ + size > kMostText + kTextPerInput * inputSize_) {
+  if (size_ + size > kMostText + kTextPerWork * (inputSize_ + work_)) {
     return false;
   }
   const std::size_t capacity = std::max<std::size_t>(4096, 2 * (size_ + size));
@@ -502,8 +504,9 @@ bool DirectExpansion::readArgument(Input& input, Making& argument) {
     return false;
   }
   const char* run = at;  // What has not been appended.
-  const auto appendRun = [this, &run, &at, &argument] {
+  const auto appendRun = [this, &input, &run, &at, &argument] {
     const char* const begin = std::exchange(run, at);
+    input.noteReading(at);
     return begin == at || appendItem({begin, static_cast<std::size_t>(at - begin)}, argument);
   };
   // The token at `at` may go on behind the NUL at `end`.

@@ -402,6 +402,8 @@ TEST(DirectExpansionTest, DepthAndSizeAreLimited) {
   EXPECT_EQ(setting.expand("A29(a)"), "no");
   EXPECT_EQ(setting.expand("B2(a)"), "a a a a|");
   EXPECT_EQ(setting.expand("B29(a)"), "no");
+  const std::string argument(std::size_t{5} << 20, 'a');
+  EXPECT_TRUE(setting.expand("F(" + argument + "\n b) c") == "(" + argument + " b)| c");
 }
 
 // A source that has much work given up has little done in vain: only what is of use lets more be done.

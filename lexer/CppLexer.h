@@ -265,8 +265,7 @@ class CppLexer final : public yyCppFlexLexer {
     return refill(at);
   }
 
-  // Whether the scanner has begun and its buffer can be read as described above; and sees to it.
-  bool isReading() const;
+  // Fills the buffer, if nothing has been read yet, so that it can be read as described above.
   void beginReading();
 
   std::uint64_t offsetOf(const char* at) const { return bytesRead_ - static_cast<std::uint64_t>(bufferEnd() - at); }

@@ -180,6 +180,23 @@ TEST(CppFileScannerTest, WhatCannotBeOpenedSaysSo) {
   EXPECT_EQ(setting.diagnostics.str(), "");
 }
 
+// To the next file it is as good as new, and reads it into the same buffer.
+TEST(CppFileScannerTest, IsUsedForAnotherFile) {
+  FileReading reading("a b\n");
+  EXPECT_EQ(reading.get(), "IDENTIFIER:a");
+  const char* const buffer = reading.scanner.text().data();
+  EXPECT_EQ(reading.getAll(), "SPACE IDENTIFIER:b NEWLINE END");
+  reading.scanner.setFileName("other");
+  reading.scanner.reset();
+  reading.scanner.open("next", std::make_unique<std::istringstream>("c"));
+  EXPECT_EQ(reading.scanner.fileName(), "next");
+  EXPECT_EQ(reading.scanner.path(), "next");
+  EXPECT_EQ(reading.scanner.line(), 1);
+  EXPECT_EQ(reading.get(), "IDENTIFIER:c");
+  EXPECT_EQ(reading.scanner.text().data(), buffer);
+  EXPECT_EQ(reading.getAll(), "NEWLINE END");
+}
+
 TEST(CppFileScannerTest, IsAFileWithAnEmptyHideSet) {
   FileReading reading("x");
   EXPECT_TRUE(reading.scanner.isFile());

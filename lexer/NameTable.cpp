@@ -68,7 +68,7 @@ NameTable::Secret NameTable::drawSecret() {
 }
 
 NameTable::NameTable(const Secret& secret) : secret_(secret) {
-  makeSlots(kInitialSlots);
+  static_cast<void>(makeSlots(kInitialSlots));
   for (const auto& [text, kind] : kKeywords) {
     intern(text)->spelling.kind = static_cast<std::int16_t>(kind);
   }
@@ -137,17 +137,18 @@ void NameTable::noteMacro(Name& name) {
   }
 }
 
-void NameTable::makeSlots(std::size_t count) {
-  slotBytes_ = makeLargeBytes(count * sizeof(Slot));
-  slots_ = reinterpret_cast<Slot*>(slotBytes_.get());
+// Returns what the slots lay in before.
+LargeBytes NameTable::makeSlots(std::size_t count) {
+  LargeBytes bytes = makeLargeBytes(count * sizeof(Slot));
+  slots_ = reinterpret_cast<Slot*>(bytes.get());
   std::uninitialized_fill_n(slots_, count, Slot{});
   mask_ = count - 1;
+  return std::exchange(slotBytes_, std::move(bytes));
 }
 
 void NameTable::grow() {
-  const LargeBytes bytes = std::move(slotBytes_);
   const std::span slots(slots_, mask_ + 1);
-  makeSlots(slots.size() * 2);
+  const LargeBytes bytes = makeSlots(slots.size() * 2);
   for (const Slot& slot : slots) {
     if (slot.number != 0) {
       std::size_t at = slot.hash & mask_;

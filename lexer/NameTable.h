@@ -124,7 +124,7 @@ class NameTable {
 
   Name& addName(std::string_view text);
   std::uint32_t drawPriority();
-  void makeSlots(std::size_t count);
+  LargeBytes makeSlots(std::size_t count);
   void grow();
 
   static constexpr std::size_t kNamesInRow = 64;

@@ -123,9 +123,10 @@ inline constexpr MergingWays kMergingWays = [] {
   add("=!<>", "=");
   add("<", "<");
   add(">", ">");
-  add("/", "/*");  // The way kComment.
+  add("/", "/*");
   return ways;
 }();
+static_assert(kMergingWays.ofFirst['*'] == MergingWays::kComment);
 
 /// Whether `token`, without white space before it, may become part of the token before it when both are lexed as one
 /// text. May say yes too often. Asked for every token of an argument, hence the table.

@@ -33,7 +33,7 @@ class Diagnostics final : public MessageSink {
 
   Host& host_;
   const TokenStream& stream_;
-  // Of the message being reported. They keep some memory for the last one, that there is no more.
+  // Of the message being reported. They keep some memory, for the one that there is none left.
   FilePlace place_;
   std::string text_;
   std::string printed_;

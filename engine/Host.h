@@ -57,7 +57,7 @@ class Host : public TextSink {
   virtual bool isResolver() const = 0;
   virtual std::optional<FoundFile> resolve(const IncludeName& name, const FilePlace& place,
                                            std::string_view includerPath) = 0;
-  /// How often the caller has been given control and may have changed files.
+  /// How often a sink of the caller's has been called that may have changed files.
   virtual std::uint64_t callCount() const = 0;
 
   /// Before a file is entered, which makes `depth` files around it.

@@ -290,8 +290,8 @@ class CppLexer final : public yyCppFlexLexer {
   // Parts of copyText; see TextCopy.
   class TextCopy;
 
-  // Readers behind the opening characters. They return the place behind, and forget what is before it. A literal that
-  // is not closed is passed up to behind its quote.
+  // Readers behind the opening characters. Those of literals tell whether there is one, and pass over the quote alone
+  // if it opens none; the others return the place behind, and forget what is before it.
   bool readLiteral();
   bool passLiteral(char*& at);
   bool passEscape(char*& at, char quote);

@@ -45,7 +45,7 @@ struct Name {
   bool wantsParenthesis = false;  ///< The macro is function-like: text copied as it stands may hold the name alone.
   bool isInFilter = false;        ///< There is a definition, or has been.
   bool isRefreshed = false;       ///< The text of the macro changes at each use, see PredefinedMacros.
-  bool isBeingReplaced = false;   ///< See DirectExpansion.
+  bool isBeingReplaced = false;   ///< By a DirectExpansion, which is at its list: the name is hidden there.
 
   std::string_view text() const { return spelling.text(); }
 };
@@ -84,9 +84,9 @@ class NameTable {
 
   /// To be called when `name` gets a definition.
   void noteMacro(Name& name);
-  /// Both are false for most words that hold no name with a macro definition and not `_Pragma`. The first looks at the
-  /// first two bytes and says yes for numbers: a name may follow one directly. The second is for names; the three bytes
-  /// behind `word` may be read.
+  /// Where these are false, the word holds no name with a macro definition and not `_Pragma`; they are so for most
+  /// words without one. The first looks at the first two bytes and says yes for numbers: a name may follow one
+  /// directly. The second is for names; the three bytes behind `word` may be read.
   bool mayHoldMacro(const char* word) const { return macroNames_.mayBegin(word); }
   bool mayBeMacro(std::string_view word) const { return macroNames_.mayHold(word); }
 

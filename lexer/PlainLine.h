@@ -22,11 +22,11 @@ class PlainLine {
   /// Knows what macros come to. All texts have a NUL behind them.
   class Macros {
    public:
-    /// The text of a macro, if reading it in the place of the macro's name is all that an expansion does.
-    virtual std::optional<std::string_view> textOf(const Name& macro) = 0;
+    /// The text of the macro `name`, if reading it in the place of the name is all that an expansion does.
+    virtual std::optional<std::string_view> textOf(const Name& name) = 0;
     /// What any other comes to after all rescanning, if `at`, in the line and behind its name, ends what is replaced;
     /// it moves behind that. Valid until the next question.
-    virtual std::optional<std::string_view> expand(Name& macro, const char*& at) = 0;
+    virtual std::optional<std::string_view> expand(Name& name, const char*& at) = 0;
 
    protected:
     ~Macros() = default;

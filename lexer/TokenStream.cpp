@@ -189,7 +189,7 @@ TokenStream::Closed::Closed(TokenStream& stream, const TokenRange& tokens, Norma
 TokenStream::Closed::~Closed() {
   assert(stream_.floor_ > enclosingFloor_);  // The last that was made goes first.
   const SpellingPool::Mark mark = stream_.sources_[stream_.floor_].mark;
-  while (stream_.sources_.size() > stream_.floor_) {  // There are lists above it only where memory ran out.
+  while (stream_.sources_.size() > stream_.floor_) {  // Lists are above it only where the run was ended early.
     stream_.removeList();
   }
   stream_.floor_ = enclosingFloor_;

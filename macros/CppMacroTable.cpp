@@ -51,7 +51,7 @@ void CppMacroTable::define(Name& name, const CppMacro& macro) {
   }
   name.macro = stored;
   name.wantsParenthesis = stored->functionLike && !name.isRefreshed;
-  // On the command line words may be defined that no text asks for.
+  // The command line may define words that are no names, such as `defined`: no text is written in their place.
   if (kShortcuts && !name.isRefreshed && isName(name.spelling.kind)) {
     name.finalText = findLastingText(*stored);
   }

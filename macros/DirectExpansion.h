@@ -119,10 +119,10 @@ class DirectExpansion {
   std::size_t size_ = 0;
   std::size_t capacity_ = 0;
   std::vector<Value> values_;  // Arguments of the invocations under way, those of the innermost last.
-  std::size_t depth_ = 0;
-  std::size_t inputSize_ = 0;  // How much of the input has been read for this invocation.
-  std::size_t work_ = 0;       // The same for tokens, or what compares to them;
-  // and the most that may be done beside one for each byte of the input. Work that is given up takes away from it, and
+  std::size_t depth_ = 0;      // Of the invocations under way.
+  std::size_t inputSize_ = 0;  // Bytes of the input that have been read for the outermost of them.
+  std::size_t work_ = 0;       // Tokens that have been handled for it, or what compares to them.
+  // The most work that may be done beside one for each byte of the input. Work that is given up takes away from it, and
   // work that is of use gives that back: so a source that is made to defeat all this cannot have much of it done in
   // vain.
   std::size_t mostWork_;

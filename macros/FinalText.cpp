@@ -130,9 +130,9 @@ bool findFinalText(Name& name, const NameTable& names, BlockStore& store) {
   return true;
 }
 
-std::optional<std::string_view> findTextInPlace(const Name& macro) {
-  const bool isSimple = macro.macro != nullptr && !macro.macro->functionLike && !macro.isRefreshed;
-  return isSimple ? std::optional<std::string_view>(macro.macro->text) : std::nullopt;
+std::optional<std::string_view> findTextInPlace(const Name& name) {
+  const bool isSimple = name.macro != nullptr && !name.macro->functionLike && !name.isRefreshed;
+  return isSimple ? std::optional<std::string_view>(name.macro->text) : std::nullopt;
 }
 
 }  // namespace qnpp

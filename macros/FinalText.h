@@ -37,6 +37,6 @@ FinalText findLastingText(const CppMacro& macro);
 
 /// The text of an object-like macro, of which an expansion is nothing but reading it in the place of the name; none of
 /// any other, and of one whose text changes at each use.
-std::optional<std::string_view> findTextInPlace(const Name& macro);
+std::optional<std::string_view> findTextInPlace(const Name& name);
 
 }  // namespace qnpp

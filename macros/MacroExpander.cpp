@@ -59,7 +59,8 @@ MacroExpander::MacroExpander(const LexerContext& context, NameTable& names, Toke
       predefined_(macros, names),
       direct_(macros, names, predefined_, stream, context.budget) {}
 
-// Expansions are left only where memory ran out. Each closed source is above those of the expansions that wait for it.
+// Expansions are left only where the run was ended early. Each closed source is above those of the expansions that wait
+// for it.
 MacroExpander::~MacroExpander() {
   while (!expansions_.empty()) {
     expansions_.pop_back();
@@ -113,9 +114,9 @@ void MacroExpander::expandObjectLikeInText(Name& name) {
   }
 }
 
-std::optional<std::string_view> MacroExpander::expand(Name& macro, const char*& at) {
+std::optional<std::string_view> MacroExpander::expand(Name& name, const char*& at) {
   const TokenStream::Hold hold(stream_);
-  const char* const behind = macro.macro->functionLike ? direct_.expandInCondition(macro, at) : nullptr;
+  const char* const behind = name.macro->functionLike ? direct_.expandInCondition(name, at) : nullptr;
   if (behind == nullptr) {
     return std::nullopt;
   }

@@ -55,8 +55,8 @@ class MacroExpander final : public PlainLine::Macros {
   ~MacroExpander();
 
   /// Macros in a condition that is read right in the line.
-  std::optional<std::string_view> textOf(const Name& macro) override { return findTextInPlace(macro); }
-  std::optional<std::string_view> expand(Name& macro, const char*& at) override;
+  std::optional<std::string_view> textOf(const Name& name) override { return findTextInPlace(name); }
+  std::optional<std::string_view> expand(Name& name, const char*& at) override;
 
   /// The current token of the stream is a name in a text line. It is written, or its expansion becomes the current
   /// source, so that rescanning is reading on. A function-like name takes its arguments from the stream.

@@ -17,10 +17,11 @@
 
 namespace qnpp {
 
-/// A replacement list as the lexer sees it. A macro's text is lexed at each invocation; since that gives the same
-/// tokens every time, it is done once per definition, and the work of a function-like macro is laid out as a list of
-/// steps. The one exception is a text with a comment that is not closed or holds line ends (a body joined by a
-/// continuation into "/*", a text of the command line): lexing it reports or writes, so it is done anew each time.
+/// A replacement list as the lexer sees it. By the rules a macro's text is lexed at each invocation; since that gives
+/// the same tokens every time, it is done once per definition, and the work of a function-like macro is laid out as a
+/// list of steps. But a text with a comment that is not closed or holds line ends (a body joined by a continuation into
+/// "/*", a text of the command line) is lexed anew each time, since that reports or writes; and so are those texts of
+/// predefined macros that change.
 class Replacement {
  public:
   /// What stands in the place of a token or operand of the list.

@@ -23,6 +23,7 @@ constexpr std::size_t kMostText = std::size_t{1} << 21;
 constexpr std::size_t kMostInput = std::size_t{1} << 26;
 constexpr std::size_t kTextPerWork = 4;  // What comes of the input, and of the work, may be more than that.
 constexpr std::size_t kSlack = 4;        // Bytes behind a word that may be read, the first of which ends it.
+constexpr unsigned kAllWays = ~0U;       // In which tokens may meet, all of which matter in a condition.
 
 constexpr ByteSet kQuoteAndBackslash = bytesOf("\"\\");
 
@@ -90,6 +91,9 @@ bool mayHoldComment(std::string_view text) {
   }
   return false;
 }
+
+// Whether in a condition a name in the text may have been an operand of `defined`, which is not expanded.
+bool mayHoldDefined(std::string_view text) { return text.find("defined") != std::string_view::npos; }
 
 // Whether the text from `at` to `end`, which is not empty, consists of words that are no macros, of operators and
 // blanks.
@@ -310,7 +314,7 @@ const char* DirectExpansion::expand(Name& name, BytesAhead& bytes, std::size_t f
 const char* DirectExpansion::expandInCondition(Name& name, const char* at) {
   BytesAhead bytes(at);
   Input input{bytes, true, inputSize_};
-  meetingWays_ = ~0U;
+  meetingWays_ = kAllWays;
   const char* const behind = replaceInput(name, input, 0);
   if (behind == nullptr || !append({"", 1})) {
     return nullptr;
@@ -463,6 +467,10 @@ bool DirectExpansion::readArguments(Source& source, const CppMacro& macro, const
     end = argument.end;
     Value& value = argument.value;
     value.expanded = {argument.begin, size_ - argument.begin};
+    if (argument.hasMacros && meetingWays_ == kAllWays &&
+        mayHoldDefined({bytes_.get() + argument.begin, value.expanded.size})) {
+      return false;
+    }
     if (value.expanded.size == 0) {
       if (end == ')') {
         break;  // "()" has no argument, and a "," directly before ")" adds none.

@@ -315,6 +315,16 @@ TEST(DirectExpansionTest, InAConditionMoreIsGivenUp) {
   EXPECT_EQ(setting.expandInCondition("L(1)"), "no");
 }
 
+// In a condition `defined` keeps the name behind it from being expanded, even where another word is made of it then.
+TEST(DirectExpansionTest, ExpandedNamesMustNotBeOperandsOfDefined) {
+  DirectSetting setting({"A +1", "F(x) G(x)", "G(x) a##x##1", "H(x) F(def##x A)"});
+  EXPECT_EQ(setting.expandInCondition("F(b A)"), "ab +11|");
+  EXPECT_EQ(setting.expandInCondition("F(defined b)"), "adefined b1|");
+  EXPECT_EQ(setting.expandInCondition("F(defined A)"), "no");
+  EXPECT_EQ(setting.expandInCondition("H(ined)"), "no");
+  EXPECT_EQ(setting.expand("F(defined A)"), "adefined +11|");
+}
+
 // White space in an argument is single blanks between its tokens; in a result it is as it comes.
 TEST(DirectExpansionTest, ArgumentsThatWouldHaveToBeNormalizedAreGivenUp) {
   expectDirect({

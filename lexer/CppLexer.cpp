@@ -16,8 +16,8 @@ namespace {
 // The first byte behind the blanks of a line that may be a directive line, or whose blanks are not over.
 constexpr ByteSet kUnsureLineStart = bytesOf(std::string_view("#/\\\r\0", 5));
 
-// Behind a function-like macro's name and blanks: what may begin an invocation, or more white space.
-constexpr ByteSet kUnsureBehindName = bytesOf(std::string_view("(/\\\r\n\0", 6));
+// Behind a function-like macro's name and white space: what may begin an invocation, or more white space.
+constexpr ByteSet kUnsureBehindName = bytesOf(std::string_view("(/\\\r\0", 5));
 
 constexpr ByteSet kOctalDigits = bytesOf("01234567");
 
@@ -503,18 +503,37 @@ class CppLexer::TextCopy {
       from_ = end;
       return end;
     }
-    char* const behind = name->wantsParenthesis ? passAllBlanks(end) : end;
-    if (name->wantsParenthesis && !has(kUnsureBehindName, *behind)) {
-      // Without a "(" the name stays, and the white space behind it comes out before it.
-      lexer_.context_.output.write(end, static_cast<std::size_t>(behind - end));
-      lexer_.context_.output.write(word, static_cast<std::size_t>(end - word));
-      from_ = behind;
+    const bool mayStandAlone = name->wantsParenthesis && *end != '(';
+    return mayStandAlone ? copyNameAlone(*name, word, end) : handOutName(*name, word, end);
+  }
+
+  // Without a "(" behind it the name stays, and the white space behind it comes out before it, line ends included: what
+  // follows them goes on in the line of the name, even a "#". Rare, so its size is kept out of the callers.
+  [[gnu::noinline]] char* copyNameAlone(Name& name, char* word, char* end) {
+    std::size_t lines = 0;
+    char* behind = passAllBlanks(end);
+    for (; *behind == '\n'; behind = passAllBlanks(behind + 1)) {
+      ++lines;
+    }
+    if (has(kUnsureBehindName, *behind)) {
+      return handOutName(name, word, end);
+    }
+    lexer_.context_.output.write(end, static_cast<std::size_t>(behind - end));
+    lexer_.context_.output.write(word, static_cast<std::size_t>(end - word));
+    lexer_.countLines(lines);
+    from_ = behind;
+    if (lines == 0) {
       return behind;
     }
-    lexer_.name_ = name;
+    at_ = behind;  // In another block: names behind a line end need not have been found in this one.
+    return nullptr;
+  }
+
+  char* handOutName(Name& name, char* word, char* end) {
+    lexer_.name_ = &name;
     lexer_.yytext = word;
     lexer_.endScan(end);
-    handOut(lexer_.token(name->spelling.kind));
+    handOut(lexer_.token(name.spelling.kind));
     return nullptr;
   }
 

@@ -134,6 +134,27 @@ TEST(SkippingTest, TheNameOfAFunctionIsCopiedWhereNoParenthesisFollows) {
   }
 }
 
+// What stands behind them goes on in the line of the name, so that nothing there is a directive, and the next line end
+// is shown: the output is behind.
+TEST(SkippingTest, LineEndsBehindTheNameOfAFunctionAreCopied) {
+  const auto copy = [](std::string_view text) {
+    Reading reading(text, text.size() + 1);
+    reading.setting.names.find("MACRO")->wantsParenthesis = true;
+    EXPECT_EQ(reading.scanner.get(), TK_IDENTIFIER);
+    const CppTokenKind kind = reading.scanner.copyText();
+    return reading.setting.written() + "[" + dumpToken(kind, reading.scanner.text()) + " in line " +
+           std::to_string(reading.scanner.line()) + "]";
+  };
+  EXPECT_EQ(copy("x MACRO \n\n\t; y\nz"), "  \n\n\tMACRO; y[NEWLINE in line 4]");
+  EXPECT_EQ(copy("x MACRO\n# MACRO + MACRO(\n"), " \nMACRO#  MACRO+ [IDENTIFIER:MACRO in line 2]");
+  EXPECT_EQ(copy("x MACRO\nMACRO\n\n1\n"), " \nMACRO\n\nMACRO1[NEWLINE in line 5]");
+  const std::string far(100, ' ');
+  EXPECT_EQ(copy("x" + far + "MACRO\n" + far + "'\n'\n"), far + "\n" + far + "MACRO'[NEWLINE in line 3]");
+  for (const std::string_view behind : {"(", "/* c */y", "\\\ny", "\r\ny"}) {
+    EXPECT_EQ(copy("x MACRO\n" + std::string(behind)), " [IDENTIFIER:MACRO in line 1]") << visible(behind);
+  }
+}
+
 // Looking ahead, taking and copying in any order.
 TEST(SkippingTest, CopyingMayBeginAnywhere) {
   std::mt19937 random(4712);

@@ -266,7 +266,12 @@ class CppLexer final : public yyCppFlexLexer {
   }
 
   // Fills the buffer, if nothing has been read yet, so that it can be read as described above.
-  void beginReading();
+  void beginReading() {
+    if (bytesRead_ == 0 || inputEnded_) {
+      fillFirst();
+    }
+  }
+  void fillFirst();
 
   std::uint64_t offsetOf(const char* at) const { return bytesRead_ - static_cast<std::uint64_t>(bufferEnd() - at); }
 

@@ -27,7 +27,7 @@ constexpr std::string_view kPieces[] = {
     "// l\0 m"sv, "//\\\n",   "\\\n",  "\\\r",    "\\\r\n",   "\n",        "\n",         "\r",       "\r\n",
     "\n#",        "\n  # if", "\n\t",  "\n/**/#", "\n#endif", "\n # else", "\n#ifdef",   "\n#elif",  "\n\\\n#",
     "\0"sv,       "\n\0"sv,   " ",     "\t",      "\v\f",     "##",        "#",          "<<=",      "(",
-    ",",          "\xC3\xA9", "x y z", ";",       "1.5e+3",
+    ",",          "\xC3\xA9", "x y z", ";",       "1.5e+3",   "/*it's*/",  "// it's\n",  "/*/",
 };
 
 std::string makeText(std::mt19937& random) {
@@ -35,7 +35,8 @@ std::string makeText(std::mt19937& random) {
   for (std::size_t left = random() % 24; left > 0; --left) {
     text += kPieces[random() % std::size(kPieces)];
     if (random() % 8 == 0) {
-      text.append(random() % 150, random() % 2 == 0 ? 'x' : ' ');  // Blocks in which nothing matters.
+      const std::string filler(random() % 150, random() % 2 == 0 ? 'x' : ' ');  // Blocks in which nothing matters.
+      text += random() % 2 == 0 ? filler : "/*" + filler + "*/";
     }
   }
   return text;
@@ -418,6 +419,8 @@ TEST(SkippingTest, WholeLinesEndAtALineThatMayBeADirective) {
       {"\n\"/*\"\n'//'\n#\n", "\n\n", "# NEWLINE"},
       {"\n\"/*\n#*/\"\n", "\n\n", ""},  // A quote that closes nothing hides no comment.
       {"\n'\\''\"'/*\\\"//'\"/*\n#*/\n#\n", "\n\n", "# NEWLINE"},
+      {"\n/* it's */ // it's /*\n#\n", "\n", "# NEWLINE"},  // Nor does one inside of a comment.
+      {"\n/* ' */ \"/* */\n#\n", "\n", "# NEWLINE"},
       {"\n\"\n\"/*\"\n'\n'//\n'*/'\n#\n", "\n\n\n\n\n", "# NEWLINE"},
       {"\n\"\\n/*\" \"*/\n#\n", "\n", "# NEWLINE"},  // "\n" is no escape of strings.
       {"\n\"\r#\"\r#\n", "\n", "# NEWLINE"},         // A string may hold a CR.
@@ -436,6 +439,27 @@ TEST(SkippingTest, WholeLinesEndAtALineThatMayBeADirective) {
     lexer.skipWholeLines(conditionals);
     EXPECT_EQ(setting.written(), row.output) << visible(row.text);
     EXPECT_EQ(dumpRest(lexer), row.rest) << visible(row.text);
+  }
+}
+
+// At each place, and of each length, that a comment can have in the blocks.
+TEST(SkippingTest, CommentsInSkippedLinesMayLieAnywhere) {
+  for (std::size_t place = 0; place < 130; ++place) {
+    for (std::size_t size = 0; size < 130; ++size) {
+      const std::string before(place, ' ');
+      const std::string comment = "/*\"\n" + std::string(size, '*') + "'*/";
+      InputText input;
+      const std::string text = "\n" + before + comment + "\\\n//'\n'" + comment + "\n" + comment + comment + "#if\n";
+      input.reset(text);
+      LexerSetting setting;
+      CppLexer lexer(input, setting.context);
+      EXPECT_EQ(lexer.next(), TK_NEWLINE);
+      Conditionals conditionals(false);
+      ASSERT_EQ(lexer.skipWholeLines(conditionals), TK_IF) << place << "+" << size;
+      EXPECT_EQ(setting.written(), "\n\n\n\n\n\n") << place << "+" << size;
+      EXPECT_EQ(setting.effectCount, 4U) << place << "+" << size;
+      EXPECT_EQ(lexer.line(), 9) << place << "+" << size;
+    }
   }
 }
 

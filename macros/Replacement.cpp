@@ -30,7 +30,7 @@ void ReplacementMaker::lex(std::string_view text) {
   operands_.clear();
   texts_.clear();
   own_.clear();
-  expandedArguments_ = textArguments_ = 0;
+  uses_.clear();
   hasEffects_ = isText_ = hasComma_ = false;
   std::size_t written = text.size();
   if (!kShortcuts || !lexPlainText(text)) {
@@ -156,13 +156,13 @@ class ReplacementMaker::StepBuilder {
     finishTokens();
   }
 
-  void findWantedAgain() {
-    std::vector<char>& isWanted = maker_.isWanted_;
-    isWanted.assign(parameterCount_, 0);
+  void findExpanded() {
+    maker_.uses_.assign(parameterCount_, 0);
     for (auto step = maker_.steps_.rbegin(); step != maker_.steps_.rend(); ++step) {
       if (step->kind == Step::Kind::Expand) {
-        step->isWantedAgain = isWanted[step->begin] != 0;
-        isWanted[step->begin] = 1;
+        std::uint8_t& uses = maker_.uses_[step->begin];
+        step->isWantedAgain = uses != 0;
+        uses = Replacement::kExpanded;
       }
     }
   }
@@ -257,11 +257,9 @@ const Replacement& ReplacementMaker::make(std::string_view text, const Parameter
   {
     StepBuilder builder(*this, parameters);
     builder.build();
-    builder.findWantedAgain();
+    builder.findExpanded();
   }
-  if (parameters.size() <= 64) {
-    findIsText(steps_);
-  }
+  findIsText(steps_);
   return finish();
 }
 
@@ -291,14 +289,15 @@ void ReplacementMaker::findIsText(std::span<const Step> steps) {
         }
         break;
       case Step::Kind::Expand:
-        expandedArguments_ |= std::uint64_t{1} << step.begin;
         break;
       case Step::Kind::Stringize:
-        textArguments_ |= std::uint64_t{1} << step.begin;
+        uses_[step.begin] |= Replacement::kText;
         break;
       case Step::Kind::Join:
         for (const Item& item : std::span(operands_).subspan(step.begin, step.end - step.begin)) {
-          textArguments_ |= item.kind == Item::Kind::Token ? 0 : std::uint64_t{1} << item.index;
+          if (item.kind != Item::Kind::Token) {
+            uses_[item.index] |= Replacement::kText;
+          }
         }
         break;
       case Step::Kind::Misuse:
@@ -312,7 +311,8 @@ void ReplacementMaker::findIsText(std::span<const Step> steps) {
 
 const Replacement& ReplacementMaker::finish() {
   const std::size_t size = sizeof(Replacement) + std::span(tokens_).size_bytes() + std::span(own_).size_bytes() +
-                           std::span(steps_).size_bytes() + std::span(operands_).size_bytes() + texts_.size();
+                           std::span(steps_).size_bytes() + std::span(operands_).size_bytes() + texts_.size() +
+                           uses_.size();
   char* at = static_cast<char*>(store_.take(size));
   auto& made = *new (at) Replacement;
   at += sizeof(Replacement);
@@ -327,6 +327,7 @@ const Replacement& ReplacementMaker::finish() {
   const std::span<Spelling> own = copy(own_);
   made.steps_ = copy(steps_);
   made.operands_ = copy(operands_);
+  made.uses_ = copy(uses_);
   copy(texts_);
   // What referred to the spellings and texts here refers to the copies now.
   const Spelling* const first = own_.data();
@@ -343,8 +344,6 @@ const Replacement& ReplacementMaker::finish() {
   }
   made.tokens_ = tokens;
   made.blockSize_ = size;
-  made.expandedArguments_ = expandedArguments_;
-  made.textArguments_ = textArguments_;
   made.hasEffects_ = hasEffects_;
   made.isFixedText_ = isFixedText_;
   made.isText_ = isText_;

@@ -71,8 +71,8 @@ class Replacement {
   /// then whether there is a comma outside of parentheses,
   bool hasComma() const { return hasComma_; }
   /// and whether an argument is wanted expanded, and as text for a "#" or "##".
-  bool usesExpansionOf(std::size_t argument) const { return (expandedArguments_ >> argument & 1U) != 0; }
-  bool usesTextOf(std::size_t argument) const { return (textArguments_ >> argument & 1U) != 0; }
+  bool usesExpansionOf(std::size_t argument) const { return (uses_[argument] & kExpanded) != 0; }
+  bool usesTextOf(std::size_t argument) const { return (uses_[argument] & kText) != 0; }
 
   /// The message of a Misuse step.
   static Message misuse(const Step& step) { return static_cast<Message>(step.begin); }
@@ -82,12 +82,15 @@ class Replacement {
   Replacement() = default;
   ~Replacement() = default;
 
+  // How an argument is wanted, each a bit.
+  static constexpr std::uint8_t kExpanded = 1;
+  static constexpr std::uint8_t kText = 2;
+
   SpellingRange tokens_;
   std::span<const Step> steps_;
   std::span<const Item> operands_;
-  std::uint64_t expandedArguments_ = 0;
-  std::uint64_t textArguments_ = 0;
-  std::size_t blockSize_ = 0;  // Of the block that begins with this object, and ends with what it refers to.
+  std::span<const std::uint8_t> uses_;  // By the parameter.
+  std::size_t blockSize_ = 0;           // Of the block that begins with this object, and ends with what it refers to.
   bool hasEffects_ = false;
   bool isFixedText_ = false;
   bool isText_ = false;
@@ -134,12 +137,10 @@ class ReplacementMaker {
   std::vector<Step> steps_;
   std::vector<Item> operands_;
   std::vector<Item> item_;
-  std::vector<char> isWanted_;     // By the parameter.
-  std::vector<Name*> parameters_;  // Those that are known names.
+  std::vector<std::uint8_t> uses_;  // By the parameter.
+  std::vector<Name*> parameters_;   // Those that are known names.
   std::string texts_;
   std::vector<Spelling> own_;
-  std::uint64_t expandedArguments_ = 0;
-  std::uint64_t textArguments_ = 0;
   bool hasEffects_ = false;
   bool isFixedText_ = false;
   bool isText_ = false;

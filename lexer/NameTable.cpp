@@ -75,8 +75,7 @@ NameTable::NameTable(const Secret& secret) : secret_(secret) {
   noteMacro(*intern("_Pragma"));
 }
 
-Name* NameTable::intern(std::string_view text) {
-  const std::uint32_t hash = hashOf(text);
+Name* NameTable::intern(std::string_view text, std::uint32_t hash) {
   Slot* slot = &slotOf(text, hash);
   if (slot->number != 0) {
     return &nameOf(slot->number - 1);

@@ -32,8 +32,8 @@ struct FinalText {
   std::string_view text() const { return {data, size}; }
 };
 
-/// A name that a macro definition has mentioned: as a macro's name, as a parameter or in a replacement list, or one of
-/// the words with a token kind of their own. Entries are never removed, so a pointer to one stays valid.
+/// A name that a macro definition has mentioned, as a macro's name or in a replacement list but for its parameters, or
+/// one of the words with a token kind of their own. Entries are never removed, so a pointer to one stays valid.
 struct Name {
   Spelling spelling;          ///< Its text; `spelling.name` points back here.
   CppMacro* macro = nullptr;  ///< The current definition, owned by the CppMacroTable; null while there is none.
@@ -41,7 +41,6 @@ struct Name {
   std::uint32_t id = 0;                   ///< Position in the order of appearance, from 0.
   std::uint32_t priority = 0;     ///< A random number: the shape of hide sets follows from it (see HideSet.cpp).
   FinalText finalText;            ///< Of the macro.
-  std::uint32_t parameter = 0;    ///< While a list is made of which it is a parameter: its place, from 1.
   bool wantsParenthesis = false;  ///< The macro is function-like: text copied as it stands may hold the name alone.
   bool isInFilter = false;        ///< There is a definition, or has been.
   bool isRefreshed = false;       ///< The text of the macro changes at each use, see PredefinedMacros.
@@ -78,7 +77,8 @@ class NameTable {
   }
 
   /// The entry for `text`, made if there is none; the bytes are copied.
-  Name* intern(std::string_view text);
+  Name* intern(std::string_view text) { return intern(text, hashOf(text)); }
+  Name* intern(std::string_view text, std::uint32_t hash);
 
   std::size_t size() const { return size_; }
 

@@ -409,8 +409,8 @@ bool DirectExpansion::replaceObjectLike(Name& name, Making& making, std::size_t 
   if (replacement == nullptr) {
     return false;
   }
-  const Replacement::Step all{Replacement::Step::Kind::Tokens, 0,
-                              static_cast<std::uint32_t>(replacement->tokens().size())};
+  const Replacement::Step all{0, static_cast<std::uint32_t>(replacement->tokens().size()),
+                              Replacement::Step::Kind::Tokens};
   Body body{*replacement, {&all, 1}, values_.size(), 0, firstToken};
   Making result{.begin = size_, .isArgument = false};
   return appendResult(name, body, result) && adoptResult(result, making);

@@ -4,7 +4,6 @@
 #include <functional>
 #include <memory>
 #include <new>
-#include <optional>
 #include <type_traits>
 
 #include "lexer/ByteSet.h"
@@ -13,48 +12,44 @@
 
 namespace qnpp {
 
-const Replacement& ReplacementMaker::make(std::string_view text) {
-  lex(text);
-  tokens_.swap(source_);
-  const Step all{Step::Kind::Tokens, 0, static_cast<std::uint32_t>(tokens_.size())};
-  findIsText({&all, 1});
-  return finish();
-}
-
 // ---- Tokens ----
 
-void ReplacementMaker::lex(std::string_view text) {
-  source_.clear();
+void ReplacementMaker::clear() {
   tokens_.clear();
   steps_.clear();
   operands_.clear();
   texts_.clear();
   own_.clear();
-  uses_.clear();
-  hasEffects_ = isText_ = hasComma_ = false;
+}
+
+// Hands each token of the text to a Builder, and tells it where there are no more. Returns whether the tokens are all
+// of the text.
+template <typename Builder>
+bool ReplacementMaker::lex(std::string_view text) {
+  hasEffects_ = isFixedText_ = isText_ = hasComma_ = false;
+  clear();
   std::size_t written = text.size();
-  if (!kShortcuts || !lexPlainText(text)) {
-    source_.clear();
-    texts_.clear();
-    own_.clear();
+  Builder plain(*this);
+  if (kShortcuts && lexPlainText(text, plain)) {
+    plain.finish();
+  } else {
+    clear();
+    Builder builder(*this);
     const std::uint64_t effects = lexer_.effectCount();
     written = 0;  // A comment is more than its blank, a line end of two bytes more than its token.
-    lexer_.lex(text, [this, &written](CppTokenKind kind, std::string_view token) {
+    lexer_.lex(text, [&builder, &written](CppTokenKind kind, std::string_view token) {
       written += token.size();
-      addToken(kind, token);
+      builder.take(kind, token);
     });
+    builder.finish();
     hasEffects_ = lexer_.effectCount() != effects;
   }
-  const auto isFixed = [](const Spelling* token) {
-    return token == nullptr || (token->kind != TK_NEWLINE && token->name == nullptr);
-  };
-  isFixedText_ = !hasEffects_ && written == text.size() && std::all_of(source_.begin(), source_.end(), isFixed);
 
   // Only now do the texts and the spellings stay where they are.
   const char* data = texts_.data();
   auto own = own_.begin();
   if (own != own_.end()) {
-    for (const Spelling*& token : source_) {
+    for (const Spelling*& token : tokens_) {
       if (token == nullptr) {
         own->data = data;
         data += own->size;
@@ -62,23 +57,13 @@ void ReplacementMaker::lex(std::string_view text) {
       }
     }
   }
-}
-
-void ReplacementMaker::addToken(CppTokenKind kind, std::string_view token) {
-  if (isWord(kind)) {
-    source_.push_back(&names_.intern(token)->spelling);
-  } else if (isCharacterToken(kind, token)) {
-    source_.push_back(characterSpelling(token[0]));
-  } else {
-    texts_.append(token);
-    own_.push_back({nullptr, static_cast<std::uint32_t>(token.size()), static_cast<std::int16_t>(kind), nullptr});
-    source_.push_back(nullptr);
-  }
+  return written == text.size();
 }
 
 // Does as the lexer would, which takes far longer for short texts. Returns false where it has to be asked: a text with
 // literals that are not simple, or what may be a comment or a line end.
-bool ReplacementMaker::lexPlainText(std::string_view text) {
+template <typename Builder>
+bool ReplacementMaker::lexPlainText(std::string_view text, Builder& builder) {
   const char* at = text.data();
   const char* const end = at + text.size();
   while (at != end) {
@@ -87,177 +72,212 @@ bool ReplacementMaker::lexPlainText(std::string_view text) {
     if (behind == nullptr || behind > end) {
       return false;
     }
-    addToken(kind, {at, static_cast<std::size_t>(behind - at)});
+    builder.take(kind, {at, static_cast<std::size_t>(behind - at)});
     at = behind;
   }
   return true;
 }
 
-// ---- Steps ----
+void ReplacementMaker::addToken(CppTokenKind kind, std::string_view token) {
+  if (isWord(kind)) {
+    addWord(token, names_.hashOf(token));
+  } else if (isCharacterToken(kind, token)) {
+    tokens_.push_back(characterSpelling(token[0]));
+  } else {
+    texts_.append(token);
+    own_.push_back({nullptr, static_cast<std::uint32_t>(token.size()), static_cast<std::int16_t>(kind), nullptr});
+    tokens_.push_back(nullptr);
+  }
+}
 
-// Reads the tokens item by item. An item is what a "##" can join: a token, a parameter, or a "#" with its parameter.
+void ReplacementMaker::addWord(std::string_view word, std::uint32_t hash) {
+  tokens_.push_back(&names_.intern(word, hash)->spelling);
+}
+
+// ---- Object-like macros ----
+
+class ReplacementMaker::TokenBuilder {
+ public:
+  explicit TokenBuilder(ReplacementMaker& maker) : maker_(maker) {}
+
+  void take(CppTokenKind kind, std::string_view token) { maker_.addToken(kind, token); }
+  void finish() {}
+
+ private:
+  ReplacementMaker& maker_;
+};
+
+const Replacement& ReplacementMaker::make(std::string_view text) {
+  const auto isFixed = [](const Spelling* token) { return token->kind != TK_NEWLINE && token->name == nullptr; };
+  uses_.clear();
+  const bool isAll = lex<TokenBuilder>(text);
+  isFixedText_ = isAll && !hasEffects_ && std::all_of(tokens_.begin(), tokens_.end(), isFixed);
+  const Step all{0, static_cast<std::uint32_t>(tokens_.size()), Step::Kind::Tokens};
+  findIsText({&all, 1});
+  return finish();
+}
+
+// ---- Function-like macros ----
+
+// Makes items of the tokens, and steps of the items. An item is what a "##" can join: a token, a parameter, or a "#"
+// with its parameter. The tokens of the list are added as they come, each behind the blank that is due before its item.
 class ReplacementMaker::StepBuilder {
  public:
-  StepBuilder(ReplacementMaker& maker, const ParameterNames& parameters)
-      : maker_(maker), parameterCount_(parameters.size()) {
-    std::uint32_t count = 0;
-    parameters.forEach([this, &count](std::string_view text) {
-      ++count;
-      if (Name* const name = maker_.names_.find(text)) {
-        name->parameter = count;  // Of equal names the last one counts.
-        maker_.parameters_.push_back(name);
-      }
-    });
-  }
-  StepBuilder(const StepBuilder&) = delete;
-  StepBuilder& operator=(const StepBuilder&) = delete;
-  ~StepBuilder() {
-    for (Name* const name : maker_.parameters_) {
-      name->parameter = 0;
+  explicit StepBuilder(ReplacementMaker& maker) : maker_(maker) {}
+
+  void take(CppTokenKind kind, std::string_view token) {
+    if (isStopped_) {
+      return;
     }
-    maker_.parameters_.clear();
+    if (hashWaits_) {
+      if (!isWhiteSpace(kind)) {
+        takeBehindHash(kind, token);
+      }
+    } else if (isBlank(kind)) {
+      blankWaits_ = true;
+    } else if (kind == TK_PASTE) {
+      if (!hasItem_) {
+        return stop(Message::PasteAtBeginning);
+      }
+      pasteWaits_ = true;
+    } else if (kind == '#') {
+      hashWaits_ = true;
+    } else if (isWord(kind)) {
+      takeWord(token);
+    } else {
+      beginItem();
+      setItem(Item::Kind::Token, tokenCount());
+      maker_.addToken(kind, token);
+    }
   }
 
-  void build() {
-    bool pasteWaits = false;
-    bool blankWaits = false;
-    while (at_ < source().size()) {
-      const CppTokenKind kind = source()[at_]->kind;
-      if (isBlank(kind)) {
-        blankWaits = true;
-        ++at_;
-      } else if (kind == TK_PASTE) {
-        if (!hasItem_) {
-          return stop(Message::PasteAtBeginning, false);
-        }
-        pasteWaits = true;
-        ++at_;
-      } else {
-        const std::optional<Item> item = takeItem();
-        if (!item) {
-          return stop(Message::ParameterExpectedAfterHash, pasteWaits);
-        }
-        if (pasteWaits) {
-          item_.push_back(*item);
-          joined_ = true;
-        } else {
-          finishItem();
-          blankBefore_ = hasItem_ && blankWaits;
-          item_.push_back(*item);
-          hasItem_ = true;
-        }
-        pasteWaits = blankWaits = false;
-      }
+  void finish() {
+    if (isStopped_) {
+      return;
     }
-    if (pasteWaits) {
-      return stop(Message::PasteAtEnd, true);
-    }
-    finishItem();
-    finishTokens();
-  }
-
-  void findExpanded() {
-    maker_.uses_.assign(parameterCount_, 0);
-    for (auto step = maker_.steps_.rbegin(); step != maker_.steps_.rend(); ++step) {
-      if (step->kind == Step::Kind::Expand) {
-        std::uint8_t& uses = maker_.uses_[step->begin];
-        step->isWantedAgain = uses != 0;
-        uses = Replacement::kExpanded;
-      }
+    if (hashWaits_) {
+      stop(Message::ParameterExpectedAfterHash);
+    } else if (pasteWaits_) {
+      stop(Message::PasteAtEnd);
+    } else {
+      finishItem();
+      finishTokens(tokenCount());
     }
   }
 
  private:
-  std::optional<std::uint32_t> parameterOf(const Spelling& token) const {
-    const bool isParameter = isName(token.kind) && token.name->parameter != 0;
-    return isParameter ? std::optional(token.name->parameter - 1) : std::nullopt;
+  void takeBehindHash(CppTokenKind kind, std::string_view token) {
+    const std::uint32_t parameter = isWord(kind) ? maker_.parameters_.find(token, maker_.names_.hashOf(token)) : 0;
+    if (parameter == 0) {
+      stop(Message::ParameterExpectedAfterHash);
+      return;
+    }
+    hashWaits_ = false;
+    beginItem();
+    setItem(Item::Kind::Literal, parameter - 1);
   }
 
-  // Takes an item; none when a "#" has no parameter behind it.
-  std::optional<Item> takeItem() {
-    const Spelling& token = *source()[at_++];
-    if (token.kind == '#') {
-      while (at_ < source().size() && isWhiteSpace(source()[at_]->kind)) {
-        ++at_;
+  void takeWord(std::string_view word) {
+    const std::uint32_t hash = maker_.names_.hashOf(word);
+    const std::uint32_t parameter = maker_.parameters_.find(word, hash);
+    beginItem();
+    if (parameter != 0) {
+      setItem(Item::Kind::Parameter, parameter - 1);
+    } else {
+      setItem(Item::Kind::Token, tokenCount());
+      maker_.addWord(word, hash);
+    }
+  }
+
+  void beginItem() {
+    if (pasteWaits_) {
+      beginJoin();
+    } else if (hasItem_) {
+      finishItem();
+      if (blankWaits_) {
+        maker_.tokens_.push_back(blankSpelling());
       }
-      const auto parameter = at_ < source().size() ? parameterOf(*source()[at_++]) : std::nullopt;
-      return parameter ? std::optional(Item{Item::Kind::Literal, *parameter}) : std::nullopt;
     }
-    if (const auto parameter = parameterOf(token)) {
-      return Item{Item::Kind::Parameter, *parameter};
+    pasteWaits_ = blankWaits_ = false;
+    hasItem_ = true;
+  }
+
+  void setItem(Item::Kind kind, std::uint32_t index) {
+    if (isJoined_) {
+      maker_.operands_.push_back({kind, index});
+    } else {
+      item_ = {kind, index};
     }
-    return Item{Item::Kind::Token, static_cast<std::uint32_t>(at_ - 1)};
+  }
+
+  // The item becomes the first operand. The operands' tokens stand behind those that are appended as they are; nothing
+  // else refers to them.
+  void beginJoin() {
+    if (!isJoined_) {
+      finishTokens(item_.kind == Item::Kind::Token ? item_.index : tokenCount());
+      isJoined_ = true;
+      operandsBegin_ = static_cast<std::uint32_t>(maker_.operands_.size());
+      maker_.operands_.push_back(item_);
+    }
   }
 
   // Lays out the step for the item that has been read.
   void finishItem() {
-    if (item_.empty()) {
-      return;
+    if (isJoined_) {
+      isJoined_ = false;
+      addStep(Step::Kind::Join, operandsBegin_, static_cast<std::uint32_t>(maker_.operands_.size()));
+      tokensBegin_ = tokenCount();
+    } else if (hasItem_ && item_.kind != Item::Kind::Token) {
+      finishTokens(tokenCount());
+      addStep(item_.kind == Item::Kind::Parameter ? Step::Kind::Expand : Step::Kind::Stringize, item_.index, 0);
     }
-    if (blankBefore_) {
-      maker_.tokens_.push_back(blankSpelling());
-    }
-    const Item& first = item_.front();
-    if (joined_) {
-      finishTokens();
-      const auto begin = static_cast<std::uint32_t>(maker_.operands_.size());
-      for (Item& operand : item_) {
-        if (operand.kind == Item::Kind::Token) {
-          // The operands' tokens stand behind those that are appended as they are; nothing else refers to them.
-          maker_.tokens_.push_back(source()[operand.index]);
-          operand.index = static_cast<std::uint32_t>(maker_.tokens_.size() - 1);
-        }
-        maker_.operands_.push_back(operand);
-      }
-      addStep(Step::Kind::Join, begin, static_cast<std::uint32_t>(maker_.operands_.size()));
-      tokensBegin_ = maker_.tokens_.size();
-    } else if (first.kind == Item::Kind::Token) {
-      maker_.tokens_.push_back(source()[first.index]);
-    } else {
-      finishTokens();
-      addStep(first.kind == Item::Kind::Parameter ? Step::Kind::Expand : Step::Kind::Stringize, first.index, 0);
-    }
-    item_.clear();
-    joined_ = false;
   }
 
-  void finishTokens() {
-    const std::size_t end = maker_.tokens_.size();
+  void finishTokens(std::uint32_t end) {
     if (end > tokensBegin_) {
-      addStep(Step::Kind::Tokens, static_cast<std::uint32_t>(tokensBegin_), static_cast<std::uint32_t>(end));
+      addStep(Step::Kind::Tokens, tokensBegin_, end);
       tokensBegin_ = end;
     }
   }
 
   // What has been read stands; the left operand of a "##" that waits in vain stands unexpanded, as it would have been
   // joined.
-  void stop(Message misuse, bool pasteWaits) {
-    joined_ = joined_ || pasteWaits;
+  void stop(Message misuse) {
+    isStopped_ = true;
+    if (pasteWaits_) {
+      beginJoin();
+    }
     finishItem();
-    finishTokens();
+    finishTokens(tokenCount());
     addStep(Step::Kind::Misuse, static_cast<std::uint32_t>(misuse), 0);
   }
 
-  void addStep(Step::Kind kind, std::uint32_t begin, std::uint32_t end) { maker_.steps_.push_back({kind, begin, end}); }
+  void addStep(Step::Kind kind, std::uint32_t begin, std::uint32_t end) { maker_.steps_.push_back({begin, end, kind}); }
 
-  const std::vector<const Spelling*>& source() const { return maker_.source_; }
+  std::uint32_t tokenCount() const { return static_cast<std::uint32_t>(maker_.tokens_.size()); }
 
   ReplacementMaker& maker_;
-  std::size_t parameterCount_;
-  std::size_t at_ = 0;
-  std::vector<Item>& item_ = maker_.item_;  // The item being read; several when joined.
-  bool joined_ = false;
-  bool hasItem_ = false;  // An item has been read, so white space before the next one counts.
-  bool blankBefore_ = false;
-  std::size_t tokensBegin_ = 0;  // Where the tokens begin that no step covers yet.
+  bool isStopped_ = false;
+  bool hashWaits_ = false;           // For its parameter.
+  bool pasteWaits_ = false;          // For its right operand.
+  bool blankWaits_ = false;          // White space has been read behind the last item, so
+  bool hasItem_ = false;             // it counts if there is one.
+  bool isJoined_ = false;            // The item is several,
+  std::uint32_t operandsBegin_ = 0;  // which are the operands from here on;
+  Item item_;                        // otherwise it is this.
+  std::uint32_t tokensBegin_ = 0;    // Where the tokens begin that no step covers yet.
 };
 
 const Replacement& ReplacementMaker::make(std::string_view text, const ParameterNames& parameters) {
-  lex(text);
-  {
-    StepBuilder builder(*this, parameters);
-    builder.build();
-    builder.findExpanded();
+  parameters_.reset(parameters, names_);
+  lex<StepBuilder>(text);
+  uses_.assign(parameters.size(), 0);
+  for (auto step = steps_.rbegin(); step != steps_.rend(); ++step) {
+    if (step->kind == Step::Kind::Expand) {
+      std::uint8_t& uses = uses_[step->begin];
+      step->isWantedAgain = uses != 0;
+      uses = Replacement::kExpanded;
+    }
   }
   findIsText(steps_);
   return finish();

@@ -14,6 +14,7 @@
 #include "lexer/ParameterNames.h"
 #include "lexer/Spelling.h"
 #include "lexer/StoredTextLexer.h"
+#include "macros/ParameterIndex.h"
 
 namespace qnpp {
 
@@ -44,9 +45,9 @@ class Replacement {
       Join,       ///< Append the joined texts of `operands()[begin, end)` as one element.
       Misuse,     ///< Report its `misuse` and stop.
     };
-    Kind kind = Kind::Tokens;
     std::uint32_t begin = 0;
     std::uint32_t end = 0;
+    Kind kind = Kind::Tokens;
     bool isWantedAgain = false;  ///< Of an Expand step: a later one expands the same argument.
   };
 
@@ -119,26 +120,29 @@ class ReplacementMaker {
  private:
   using Item = Replacement::Item;
   using Step = Replacement::Step;
+  class TokenBuilder;
   class StepBuilder;
 
-  void lex(std::string_view text);
-  bool lexPlainText(std::string_view text);
+  void clear();
+  template <typename Builder>
+  bool lex(std::string_view text);
+  template <typename Builder>
+  bool lexPlainText(std::string_view text, Builder& builder);
   void addToken(CppTokenKind kind, std::string_view token);
+  void addWord(std::string_view word, std::uint32_t hash);
   void findIsText(std::span<const Step> steps);
   const Replacement& finish();
 
   NameTable& names_;
   StoredTextLexer& lexer_;
   BlockStore& store_;
+  ParameterIndex parameters_;
   // Of the list that is being made. The tokens that are neither names nor single characters are `own_`, and `texts_`
   // what they consist of.
-  std::vector<const Spelling*> source_;  // As lexed.
-  std::vector<const Spelling*> tokens_;
+  std::vector<const Spelling*> tokens_;  // Null for those of `own_`, until all have been read.
   std::vector<Step> steps_;
   std::vector<Item> operands_;
-  std::vector<Item> item_;
   std::vector<std::uint8_t> uses_;  // By the parameter.
-  std::vector<Name*> parameters_;   // Those that are known names.
   std::string texts_;
   std::vector<Spelling> own_;
   bool hasEffects_ = false;

@@ -71,9 +71,6 @@ constexpr const char* kAtEnd = "\"'##' operator cannot be at the end of the repl
 struct ReplacementTest : testing::Test {
   // The steps of a list for the parameters a, b, and c.
   std::string steps(std::string_view text, const std::vector<std::string>& parameters = {"a", "b", "c"}) {
-    for (const std::string& parameter : parameters) {
-      setting.names.intern(parameter);
-    }
     return dumpSteps(make(text, parameters));
   }
 
@@ -208,6 +205,20 @@ TEST_F(ReplacementTest, AParameterGivenTwiceStandsForItsLastArgument) {
   EXPECT_EQ(steps("a #a a##x", {"a", "b", "a"}), "expand $2 [ ] string #2 [ ] {$2|x}");
 }
 
+TEST_F(ReplacementTest, FindsEachOfManyParameters) {
+  std::vector<std::string> parameters;
+  std::string text;
+  std::string expected;
+  for (int index = 0; index < 1000; ++index) {
+    const std::string name = "p" + std::to_string(index * 7 % 1000);
+    parameters.push_back(name);
+    text += "#" + name + " " + name + "_ p ";
+    expected += (index == 0 ? "string #" : " string #") + std::to_string(index) + " [ " + name + "_ p" +
+                (index == 999 ? "]" : " ]");
+  }
+  EXPECT_EQ(steps(text, parameters), expected);
+}
+
 TEST_F(ReplacementTest, WithoutParametersAHashIsMisusedToo) {
   EXPECT_EQ(steps("x #y", {}), std::string("[x] ") + kNoParameter);
   EXPECT_EQ(steps("x ## y", {}), "{x|y}");
@@ -234,6 +245,12 @@ TEST_F(ReplacementTest, AnObjectLikeListIsItsTokens) {
   }
 }
 
+TEST_F(ReplacementTest, ParametersNeedNotBecomeKnown) {
+  make("parameter #parameter parameter##x", {"parameter"});
+  EXPECT_EQ(setting.names.find("parameter"), nullptr);
+  EXPECT_NE(setting.names.find("x"), nullptr);
+}
+
 TEST_F(ReplacementTest, NamesOfTheListBecomeKnown) {
   EXPECT_EQ(setting.names.find("fresh"), nullptr);
   const Replacement& replacement = make("fresh+if");
@@ -255,9 +272,6 @@ TEST_F(ReplacementTest, KnowsWhichArgumentsAreExpandedAgain) {
       {"a ## a a", {false}},
   };
   for (const AgainRow& row : rows) {
-    for (const std::string_view parameter : {"a", "b"}) {
-      setting.names.intern(parameter);
-    }
     const Replacement& replacement = make(row.text, {"a", "b"});
     std::vector<bool> isWantedAgain;
     for (const Replacement::Step& step : replacement.steps()) {

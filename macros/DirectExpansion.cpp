@@ -254,7 +254,7 @@ inline bool DirectExpansion::standsApart(std::size_t begin, const Making& making
 }
 
 // Appends the blank that waits, if one does.
-inline bool DirectExpansion::appendBlank(Making& making) {
+[[gnu::always_inline]] inline bool DirectExpansion::appendBlank(Making& making) {
   if (!making.blankWaits) {
     return true;
   }
@@ -280,8 +280,13 @@ inline bool DirectExpansion::append(const Part& part) {
   return true;
 }
 
+inline DirectExpansion::Part DirectExpansion::partFrom(std::size_t begin) const {
+  return {static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(size_ - begin)};
+}
+
 bool DirectExpansion::makeRoom(std::size_t size) {
-  if (size_ + size > kMostText + kTextPerWork * (inputSize_ + work_)) {
+  const std::size_t most = kMostText + kTextPerWork * (inputSize_ + work_);
+  if (size_ + size > std::min<std::size_t>(most, UINT32_MAX)) {  // A Part goes no further.
     return false;
   }
   const std::size_t capacity = std::max<std::size_t>(4096, 2 * (size_ + size));
@@ -455,6 +460,9 @@ template <typename Source>
 bool DirectExpansion::readArguments(Source& source, const CppMacro& macro, const Replacement& replacement) {
   const std::size_t firstValue = values_.size();
   const std::size_t expected = macro.parameters.size();
+  if (firstValue + expected > values_.capacity()) {
+    values_.reserve(std::max(firstValue + expected, 2 * values_.capacity()));
+  }
   char end = ',';
   while (end == ',') {
     const std::size_t index = values_.size() - firstValue;
@@ -466,7 +474,7 @@ bool DirectExpansion::readArguments(Source& source, const CppMacro& macro, const
     }
     end = argument.end;
     Value& value = argument.value;
-    value.expanded = {argument.begin, size_ - argument.begin};
+    value.expanded = partFrom(argument.begin);
     if (argument.hasMacros && meetingWays_ == kAllWays &&
         mayHoldDefined({bytes_.get() + argument.begin, value.expanded.size})) {
       return false;
@@ -487,7 +495,7 @@ bool DirectExpansion::readArguments(Source& source, const CppMacro& macro, const
       if (!readArgument(again, text)) {
         return false;
       }
-      value.text = {text.begin, size_ - text.begin};
+      value.text = partFrom(text.begin);
     }
     values_.push_back(value);
   }

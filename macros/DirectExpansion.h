@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -51,10 +52,10 @@ class DirectExpansion {
   std::string_view text() const { return {bytes_.get(), size_}; }
 
  private:
-  // Bytes from `begin` on.
+  // Bytes from `begin` on. A value is small, since an invocation may have very many.
   struct Part {
-    std::size_t begin = 0;
-    std::size_t size = 0;
+    std::uint32_t begin = 0;
+    std::uint32_t size = 0;
   };
   struct Value {
     Part expanded;
@@ -108,6 +109,7 @@ class DirectExpansion {
   bool standsApart(std::size_t begin, const Making& making) const;
   bool append(std::string_view text);
   bool append(const Part& part);
+  Part partFrom(std::size_t begin) const;
   bool makeRoom(std::size_t size);
 
   CppMacroTable& macros_;

@@ -270,6 +270,9 @@ class ReplacementMaker::StepBuilder {
 
 const Replacement& ReplacementMaker::make(std::string_view text, const ParameterNames& parameters) {
   parameters_.reset(parameters, names_);
+  // Mostly each of them stands there once, and something between two.
+  steps_.reserve(2 * parameters.size());
+  tokens_.reserve(2 * parameters.size());
   lex<StepBuilder>(text);
   uses_.assign(parameters.size(), 0);
   for (auto step = steps_.rbegin(); step != steps_.rend(); ++step) {

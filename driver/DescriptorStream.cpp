@@ -1,5 +1,6 @@
 #include "driver/DescriptorStream.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -10,6 +11,12 @@ DescriptorStream::Buffer::~Buffer() {
   if (ownership_ == Ownership::Owned) {
     ::close(descriptor_);
   }
+}
+
+bool DescriptorStream::Buffer::hasReader() const {
+  struct stat status {};
+  const bool isKnown = ::fstat(descriptor_, &status) == 0;
+  return isKnown && !S_ISREG(status.st_mode) && !(S_ISCHR(status.st_mode) && ::isatty(descriptor_) == 0);
 }
 
 std::streamsize DescriptorStream::Buffer::xsputn(const char* from, std::streamsize size) {

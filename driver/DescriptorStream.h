@@ -24,6 +24,10 @@ class DescriptorStream : public std::ostream {
     rdbuf(&buffer_);
   }
 
+  /// Whether somebody reads what is written, and a call may wait for that: false for files and devices such as
+  /// /dev/null.
+  bool hasReader() const { return buffer_.hasReader(); }
+
  private:
   class Buffer : public std::streambuf {
    public:
@@ -31,6 +35,7 @@ class DescriptorStream : public std::ostream {
     Buffer(const Buffer&) = delete;
     Buffer& operator=(const Buffer&) = delete;
     ~Buffer() override;
+    bool hasReader() const;
 
    protected:
     std::streamsize xsputn(const char* from, std::streamsize size) override;

@@ -84,7 +84,13 @@ std::optional<Status> Driver::run(int argc, const char* const* argv) {
   }
   std::ostream& textOutput = outputFile_ != nullptr ? *outputFile_ : output_;
   // Failures of the streams are not looked at: the exit status speaks of the input alone.
-  preprocessor_.setOutputSink(StreamSink{&textOutput});
+  const StreamSink sink{&textOutput};
+  const auto* const descriptor = dynamic_cast<const DescriptorStream*>(&textOutput);
+  if (descriptor == nullptr || descriptor->hasReader()) {  // Who may change included files while the run waits.
+    preprocessor_.setOutputSink([sink](std::string_view block) { sink(block); });
+  } else {
+    preprocessor_.setOutputSink(sink);
+  }
   bool isFatal = false;
   preprocessor_.setDiagnosticSink([this, &isFatal](const Diagnostic& diagnostic) {
     isFatal = diagnostic.severity == Severity::FatalError;

@@ -180,18 +180,17 @@ std::size_t behindLiteral(const char* block, std::size_t place, std::uint64_t st
 }
 
 // What makes an escape with the backslash before it.
-const ByteSet& escapesOf(char quote) { return quote == '"' ? kStringEscapes : kCharacterEscapes; }
+constexpr const ByteSet& escapesOf(char quote) { return quote == '"' ? kStringEscapes : kCharacterEscapes; }
 
 // The first byte from `at` on that may be no item of a literal.
-char* passItems(char* at, char quote) {
-  const ByteSet& escapes = escapesOf(quote);
+template <char Quote>
+char* passItems(char* at) {
   for (;;) {
-    const Block block(at);
-    std::uint64_t stops = block.find<'\\', '\n', '\0'>() | (quote == '"' ? block.find<'"'>() : block.find<'\''>());
+    std::uint64_t stops = Block(at).find<Quote, '\\', '\n', '\0'>();
     char* const begin = at;
     for (at += 64; stops != 0; stops &= bitsFrom(static_cast<std::size_t>(at - begin))) {
       at = begin + std::countr_zero(stops);
-      if (*at != '\\' || !has(escapes, at[1])) {
+      if (*at != '\\' || !has(escapesOf(Quote), at[1])) {
         return at;
       }
       at += 2;
@@ -689,7 +688,7 @@ bool CppLexer::passLiteral(char*& at) {
     return false;
   }
   for (;;) {
-    at = passItems(at, quote);
+    at = quote == '"' ? passItems<'"'>(at) : passItems<'\''>(at);
     if (*at == '\0' && !atBufferEnd(at)) {
       ++at;
     } else if (*at == '\0' ? refill(at) : *at == '\\' && passEscape(at, quote)) {

@@ -2,15 +2,23 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <initializer_list>
 #include <optional>
+#include <ostream>
 #include <sstream>
+#include <streambuf>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "qnpp/version.h"
 #include "tests/support/Files.h"
+#include "tests/support/Text.h"
 
 namespace qnpp {
 namespace {
@@ -32,6 +40,24 @@ constexpr const char* kHelp =
 std::string versionText() {
   return std::string("qnpp version ") + QnGetVersionString() + "\n" + QnGetCopyrightString() + "\n";
 }
+
+// Carries something out before it takes a block.
+class ActingBuffer : public std::streambuf {
+ public:
+  explicit ActingBuffer(std::function<void()> act) : act_(std::move(act)) {}
+  const std::string& written() const { return written_; }
+
+ protected:
+  std::streamsize xsputn(const char* from, std::streamsize size) override {
+    act_();
+    written_.append(from, static_cast<std::size_t>(size));
+    return size;
+  }
+
+ private:
+  std::function<void()> act_;
+  std::string written_;
+};
 
 // Runs whole command lines, with the streams of the process replaced and a scratch folder for files.
 class DriverTest : public testing::Test {
@@ -250,6 +276,24 @@ TEST_F(DriverTest, AnErrorOfTheRunIsNoneOfTheCommandLine) {
   run({}, "#nonsense\n");
   EXPECT_EQ(status_, Status::Errors);
   EXPECT_EQ(messages_, "stdin:1: the indicated directive is not a recognized preprocessing directive.\n");
+}
+
+// While the run waits for its reader. This happens within a few milliseconds of the inclusion before.
+TEST_F(DriverTest, WhoReadsTheOutputMayChangeAHeader) {
+  const std::string text = repeat(2000, std::string(99, 'x') + "\n");
+  const std::string source = write("a.c", "#include \"g.h\"\n#include \"g.h\"\n" + text + "#include \"g.h\"\n");
+  write("g.h", "#ifndef G\n#define G\n#endif\n");
+  write("new.h", "NEW\n");
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // Files that have just been changed are read again.
+  ActingBuffer buffer([this] {
+    if (std::filesystem::exists(path("new.h"))) {
+      std::filesystem::rename(path("new.h"), path("g.h"));
+    }
+  });
+  std::ostream output(&buffer);
+  const char* const argv[] = {"qnpp", source.c_str()};
+  EXPECT_EQ(Driver(output, output, nullptr).run(2, argv), Status::Clean);
+  EXPECT_NE(buffer.written().find("\nNEW\n"), std::string::npos);
 }
 
 }  // namespace

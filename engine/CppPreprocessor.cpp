@@ -1,5 +1,7 @@
 #include "engine/CppPreprocessor.h"
 
+#include <algorithm>
+
 #include "lexer/InputFile.h"
 #include "lexer/Shortcuts.h"
 
@@ -13,8 +15,7 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
   void fileEnded() override {
     preprocessor_.checkEndOfFile();
     const CppFileScanner& file = *preprocessor_.stream_.file();
-    preprocessor_.guardedFiles_.leave(file.path(), file.stamp(), preprocessor_.stream_.files().size(),
-                                      preprocessor_.traces());
+    preprocessor_.guardedFiles_.leave(file.path(), file.stamp(), preprocessor_.traces());
     preprocessor_.observe([](Observer& observer) { observer.fileEnded(); });
   }
   void fileResumed() override { preprocessor_.markLine(LineMark::Returned); }
@@ -41,19 +42,27 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     return isKnown ? momentCount_ : 0;
   }
 
+  // Where no more files are open than have been before, opening does not fail for want of descriptors, so what is known
+  // of the file can stand for it.
   bool open(const std::string& path) override {
     const std::size_t depth = preprocessor_.stream_.files().size() + 1;
-    if (const auto lineEnds = preprocessor_.guardedFiles_.find(path, depth, moment()); kShortcuts && lineEnds) {
-      preprocessor_.found_ = {nullptr, path, *lineEnds};
+    if (kShortcuts && depth <= deepest_ && openKnown(path)) {
       return true;
     }
     auto input = std::make_unique<InputFile>(path);
     const std::optional<FileStamp> stamp = input->stamp();
+    if (depth > deepest_ && input->good() && !input->isRoomFor(filesInMemory())) {
+      return false;
+    }
+    if (kShortcuts && stamp) {
+      input->copyTo(preprocessor_.knownFiles_.opened(path, *stamp, moment()));
+    }
     if (!open(path, std::move(input))) {
       return false;
     }
     isAtRest_ = isAtRest_ && stamp;
     preprocessor_.found_.file->setStamp(stamp);
+    deepest_ = std::max(deepest_, depth);
     return true;
   }
 
@@ -78,7 +87,32 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     bool operator==(const Seen&) const = default;
   };
 
+  // Finds the file among those that are known.
+  bool openKnown(const std::string& path) {
+    const KnownFiles::File* const known = preprocessor_.knownFiles_.find(path, moment());
+    if (known == nullptr) {
+      return false;
+    }
+    if (known->isPassedBy()) {
+      preprocessor_.found_ = {nullptr, path, known->lineEnds};
+      return true;
+    }
+    std::unique_ptr<CppFileScanner> file = preprocessor_.stream_.makeFile();
+    file->open(path, known->text);
+    file->setStamp(known->stamp);
+    preprocessor_.found_ = {std::move(file), path};
+    return true;
+  }
+
+  // How many of the files that are being read would be open if their text had not been kept.
+  std::size_t filesInMemory() const {
+    const auto& files = preprocessor_.stream_.files();
+    return static_cast<std::size_t>(
+        std::count_if(files.begin(), files.end(), [](const CppFileScanner* file) { return file->isInMemory(); }));
+  }
+
   CppPreprocessor& preprocessor_;
+  std::size_t deepest_ = 0;  // So many files have been open at once.
   Seen seen_;
   std::uint64_t momentCount_ = 0;
   bool isAtRest_ = false;

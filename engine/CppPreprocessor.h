@@ -14,6 +14,7 @@
 #include "directives/ExpressionEvaluator.h"
 #include "directives/GuardedFiles.h"
 #include "directives/IncludeSearch.h"
+#include "directives/KnownFiles.h"
 #include "engine/Diagnostics.h"
 #include "engine/Host.h"
 #include "lexer/Budget.h"
@@ -141,7 +142,8 @@ class CppPreprocessor {
   ConditionalStack conditionals_;
   ExpressionEvaluator evaluator_;
   IncludeSearch includes_;
-  GuardedFiles guardedFiles_{names_, lexerContext_.budget};
+  KnownFiles knownFiles_;
+  GuardedFiles guardedFiles_{knownFiles_, names_, lexerContext_.budget};
   FoundFile found_;           // By the search of an `#include`.
   TokenList operand_;         // Of the directive being carried out.
   std::string leadingSpace_;  // Of the line being read.

@@ -10,7 +10,7 @@ CppFileScanner::CppFileScanner(std::string name, std::unique_ptr<std::istream> i
   open(std::move(name), std::move(input));
 }
 
-void CppFileScanner::open(std::string name, std::unique_ptr<std::istream> input) {
+void CppFileScanner::begin(std::string name) {
   fileName_ = std::move(name);
   isRenamed_ = false;
   stamp_.reset();
@@ -18,6 +18,10 @@ void CppFileScanner::open(std::string name, std::unique_ptr<std::istream> input)
   includeLine_ = linesLookedAt_ = 0;
   hasPeek_ = false;
   atLineStart_ = true;
+}
+
+void CppFileScanner::open(std::string name, std::unique_ptr<std::istream> input) {
+  begin(std::move(name));
   isOpen_ = input->good();
   if (isOpen_ && lexer_ == nullptr) {
     lexer_ = std::make_unique<CppLexer>(std::move(input), context_);
@@ -26,8 +30,21 @@ void CppFileScanner::open(std::string name, std::unique_ptr<std::istream> input)
   }
 }
 
+void CppFileScanner::open(std::string name, std::shared_ptr<const FileText> text) {
+  begin(std::move(name));
+  fileText_ = std::move(text);
+  textInput_.reset(**fileText_);
+  isOpen_ = true;
+  if (lexer_ == nullptr) {
+    lexer_ = std::make_unique<CppLexer>(textInput_, context_);
+  } else {
+    lexer_->restart(textInput_);
+  }
+}
+
 void CppFileScanner::reset() {
   isOpen_ = false;
+  fileText_.reset();
   if (lexer_ != nullptr && !lexer_->close()) {
     lexer_.reset();
   }

@@ -33,10 +33,13 @@ class CppFileScanner final : public CppScanner {
 
   /// The same as a new scanner, but for memory that is used again.
   void open(std::string name, std::unique_ptr<std::istream> input);
+  void open(std::string name, std::shared_ptr<const FileText> text);
   /// Closes the input, and gives back memory that another is not likely to need.
   void reset();
 
   bool openFailed() const { return !isOpen_; }
+  /// Whether a text is read, and no file is open for it.
+  bool isInMemory() const { return fileText_ != nullptr; }
 
   /// To be told the stamp that the file had when it was opened, if it has one.
   void setStamp(const std::optional<FileStamp>& stamp) { stamp_ = stamp; }
@@ -133,6 +136,7 @@ class CppFileScanner final : public CppScanner {
   CppTokenKind skipWholeLines(NestedConditionals& conditionals);
 
  private:
+  void begin(std::string name);
   CppTokenKind taken(CppTokenKind kind);
   // In the middle of a line: whether the lexer may pass over what follows.
   bool canPass() const { return kShortcuts && !hasPeek_ && !atLineStart_; }
@@ -142,6 +146,8 @@ class CppFileScanner final : public CppScanner {
   std::string path_;  // If it has another name now.
   bool isRenamed_ = false;
   bool isOpen_ = false;
+  std::shared_ptr<const FileText> fileText_;
+  InputText textInput_;
   std::unique_ptr<CppLexer> lexer_;
   std::optional<FileStamp> stamp_;
   Name* name_ = nullptr;

@@ -2,13 +2,16 @@
 #pragma once
 
 #include <compare>
+#include <cstddef>
 #include <cstdint>
 #include <ios>
 #include <istream>
+#include <memory>
 #include <optional>
 #include <streambuf>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace qnpp {
 
@@ -34,6 +37,9 @@ struct FileStamp {
 /// The stamp of the file of this path; none if that is no regular file, or nothing that can be looked at.
 std::optional<FileStamp> stampOf(const std::string& path);
 
+/// The text of a file, once it has been read and was small enough.
+using FileText = std::optional<std::string>;
+
 /// Reads a file of the system. Blocks go straight into the reader's own buffer, so nothing is copied twice and an open
 /// file costs no buffer here.
 class FileBuffer : public std::streambuf {
@@ -45,9 +51,14 @@ class FileBuffer : public std::streambuf {
   ~FileBuffer() override;
 
   bool isOpen() const { return descriptor_ >= 0; }
+  /// Whether so many more could be open at the same time.
+  bool isRoomFor(std::size_t count) const;
   /// The stamp that the file had when it was opened; none if it is no regular file, or one that has been changed so
   /// recently that it may be changed once more without another stamp.
   const std::optional<FileStamp>& stamp() const { return stamp_; }
+
+  /// To be called before anything is read: the text is to be copied to `copy` if one read gets all of it.
+  void copyTo(std::shared_ptr<FileText> copy) { copy_ = std::move(copy); }
 
  protected:
   /// Reads until `size` bytes are there or the file ends. Throws std::ios_base::failure when the system reports an
@@ -60,6 +71,7 @@ class FileBuffer : public std::streambuf {
   int descriptor_ = -1;
   bool hasEnded_ = false;
   std::optional<FileStamp> stamp_;
+  std::shared_ptr<FileText> copy_;
 };
 
 /// A stream over a file; in the failed state when the file could not be opened.
@@ -73,6 +85,8 @@ class InputFile : public std::istream {
   }
 
   const std::optional<FileStamp>& stamp() const { return buffer_.stamp(); }
+  bool isRoomFor(std::size_t count) const { return buffer_.isRoomFor(count); }
+  void copyTo(std::shared_ptr<FileText> copy) { buffer_.copyTo(std::move(copy)); }
 
  private:
   FileBuffer buffer_;

@@ -2,7 +2,10 @@
 #include "lexer/InputFile.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -59,6 +62,36 @@ TEST(InputFileTest, WhatIsNoReadableFileFails) {
   EXPECT_FALSE(InputFile("").good());
   EXPECT_FALSE(InputFile(name + std::string("\0", 1)).good());
   EXPECT_TRUE(InputFile(name).good());
+}
+
+TEST(InputFileTest, CopiesWhatOneReadGetsAsAWhole) {
+  const TemporaryFolder folder;
+  for (const std::string& content : {std::string("a\0b\n", 4), std::string()}) {
+    const std::string name = folder.write("file", content);
+    for (const std::size_t size : {1U, 4U, 5U, 100U}) {
+      InputFile file(name);
+      const auto copy = std::make_shared<FileText>();
+      file.copyTo(copy);
+      EXPECT_FALSE(copy->has_value());
+      EXPECT_EQ(readInPieces(file, size), content);
+      // With four bytes out of four it is not known yet whether there are more.
+      EXPECT_EQ(*copy, size > content.size() ? FileText(content) : FileText());
+    }
+  }
+}
+
+TEST(InputFileTest, KnowsWhetherMoreCouldBeOpen) {
+  const TemporaryFolder folder;
+  const InputFile file(folder.write("file", ""));
+  rlimit limit{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit fewer = {100, limit.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &fewer), 0);
+  EXPECT_TRUE(file.isRoomFor(0));
+  EXPECT_TRUE(file.isRoomFor(3));
+  EXPECT_FALSE(file.isRoomFor(100));
+  EXPECT_TRUE(file.isRoomFor(3));  // All of them have been closed again.
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
 }
 
 TEST(InputFileTest, ATextCanBeReplacedByAnother) {

@@ -57,7 +57,7 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     if (kShortcuts && stamp) {
       input->copyTo(preprocessor_.knownFiles_.opened(path, *stamp, moment()));
     }
-    if (!open(path, std::move(input))) {
+    if (!openStream(path, std::move(input))) {
       return false;
     }
     isAtRest_ = isAtRest_ && stamp;
@@ -67,7 +67,7 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
   }
 
   // False when the file could not be opened.
-  bool open(std::string path, std::unique_ptr<std::istream> input) {
+  bool openStream(const std::string& path, std::unique_ptr<std::istream> input) {
     const bool isOpen = input->good();
     preprocessor_.observe([&](Observer& observer) { observer.lookedFor(path, isOpen); });
     if (!isOpen) {
@@ -75,7 +75,7 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     }
     std::unique_ptr<CppFileScanner> file = preprocessor_.stream_.makeFile();
     file->open(path, std::move(input));
-    preprocessor_.found_ = {std::move(file), std::move(path)};
+    keep(std::move(file), path);
     return true;
   }
 
@@ -87,20 +87,26 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     bool operator==(const Seen&) const = default;
   };
 
+  void keep(std::unique_ptr<CppFileScanner> file, const std::string& path, std::uint64_t lineEnds = 0) {
+    FoundFile& found = preprocessor_.found_;
+    found.file = std::move(file);
+    found.path = path;
+    found.lineEnds = lineEnds;
+  }
+
   // Finds the file among those that are known.
   bool openKnown(const std::string& path) {
     const KnownFiles::File* const known = preprocessor_.knownFiles_.find(path, moment());
     if (known == nullptr) {
       return false;
     }
-    if (known->isPassedBy()) {
-      preprocessor_.found_ = {nullptr, path, known->lineEnds};
-      return true;
+    std::unique_ptr<CppFileScanner> file;
+    if (!known->isPassedBy()) {
+      file = preprocessor_.stream_.makeFile();
+      file->open(path, known->text);
+      file->setStamp(known->stamp);
     }
-    std::unique_ptr<CppFileScanner> file = preprocessor_.stream_.makeFile();
-    file->open(path, known->text);
-    file->setStamp(known->stamp);
-    preprocessor_.found_ = {std::move(file), path};
+    keep(std::move(file), path, known->lineEnds);
     return true;
   }
 
@@ -136,9 +142,9 @@ void CppPreprocessor::setObserver(Observer& observer) {
   observe([this](Observer& set) { set.watch(stream_); });
 }
 
-bool CppPreprocessor::openSource(std::unique_ptr<std::istream> input, std::string path, const std::string& name) {
+bool CppPreprocessor::openSource(std::unique_ptr<std::istream> input, const std::string& path, const std::string& name) {
   hooks_->begin(*input);
-  auto file = std::make_unique<CppFileScanner>(std::move(path), std::move(input), lexerContext_);
+  auto file = std::make_unique<CppFileScanner>(path, std::move(input), lexerContext_);
   if (file->openFailed()) {
     reportError(Message::CannotOpenSource, file->fileName());
     return false;
@@ -174,7 +180,7 @@ bool CppPreprocessor::findFile(const IncludeName& name) {
     hooks_->beginSearch();
     origin = includes_.find(name, includer.fileName());
   } else if (auto found = host_.resolve(name, place(), includer.path())) {
-    if (hooks_->open(std::move(found->path), std::move(found->input))) {
+    if (hooks_->openStream(found->path, std::move(found->input))) {
       origin = IncludeOrigin::Elsewhere;
     }
   }

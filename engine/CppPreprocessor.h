@@ -57,7 +57,7 @@ class CppPreprocessor {
   /// Opens the main source and writes the first line directive. `name`, unless it is empty, stands for it in messages,
   /// in line directives and in `__FILE__`. An input in a failed state is a source that cannot be opened: that is
   /// reported, and the answer is false.
-  bool openSource(std::unique_ptr<std::istream> input, std::string path, const std::string& name);
+  bool openSource(std::unique_ptr<std::istream> input, const std::string& path, const std::string& name);
 
   /// Preprocesses the whole input of a source that has been opened. Throws DivisionByZero, or FatalLexerError when the
   /// scanner cannot go on.

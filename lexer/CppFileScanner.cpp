@@ -5,13 +5,13 @@
 
 namespace qnpp {
 
-CppFileScanner::CppFileScanner(std::string name, std::unique_ptr<std::istream> input, const LexerContext& context)
+CppFileScanner::CppFileScanner(const std::string& name, std::unique_ptr<std::istream> input, const LexerContext& context)
     : CppFileScanner(context) {
-  open(std::move(name), std::move(input));
+  open(name, std::move(input));
 }
 
-void CppFileScanner::begin(std::string name) {
-  fileName_ = std::move(name);
+void CppFileScanner::begin(const std::string& name) {
+  fileName_ = name;
   isRenamed_ = false;
   stamp_.reset();
   name_ = nullptr;
@@ -20,8 +20,8 @@ void CppFileScanner::begin(std::string name) {
   atLineStart_ = true;
 }
 
-void CppFileScanner::open(std::string name, std::unique_ptr<std::istream> input) {
-  begin(std::move(name));
+void CppFileScanner::open(const std::string& name, std::unique_ptr<std::istream> input) {
+  begin(name);
   isOpen_ = input->good();
   if (isOpen_ && lexer_ == nullptr) {
     lexer_ = std::make_unique<CppLexer>(std::move(input), context_);
@@ -30,8 +30,8 @@ void CppFileScanner::open(std::string name, std::unique_ptr<std::istream> input)
   }
 }
 
-void CppFileScanner::open(std::string name, std::shared_ptr<const FileText> text) {
-  begin(std::move(name));
+void CppFileScanner::open(const std::string& name, std::shared_ptr<const FileText> text) {
+  begin(name);
   fileText_ = std::move(text);
   textInput_.reset(**fileText_);
   isOpen_ = true;

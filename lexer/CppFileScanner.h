@@ -27,13 +27,13 @@ class CppFileScanner final : public CppScanner {
  public:
   /// An input that is in a failed state is a file that could not be opened, which `openFailed` tells; nothing may be
   /// read then.
-  CppFileScanner(std::string name, std::unique_ptr<std::istream> input, const LexerContext& context);
+  CppFileScanner(const std::string& name, std::unique_ptr<std::istream> input, const LexerContext& context);
   /// Without an input until `open`.
   explicit CppFileScanner(const LexerContext& context) : CppScanner(true), context_(context) {}
 
   /// The same as a new scanner, but for memory that is used again.
-  void open(std::string name, std::unique_ptr<std::istream> input);
-  void open(std::string name, std::shared_ptr<const FileText> text);
+  void open(const std::string& name, std::unique_ptr<std::istream> input);
+  void open(const std::string& name, std::shared_ptr<const FileText> text);
   /// Closes the input, and gives back memory that another is not likely to need.
   void reset();
 
@@ -136,7 +136,7 @@ class CppFileScanner final : public CppScanner {
   CppTokenKind skipWholeLines(NestedConditionals& conditionals);
 
  private:
-  void begin(std::string name);
+  void begin(const std::string& name);
   CppTokenKind taken(CppTokenKind kind);
   // In the middle of a line: whether the lexer may pass over what follows.
   bool canPass() const { return kShortcuts && !hasPeek_ && !atLineStart_; }

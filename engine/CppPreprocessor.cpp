@@ -49,34 +49,30 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     if (kShortcuts && depth <= deepest_ && openKnown(path)) {
       return true;
     }
-    auto input = std::make_unique<InputFile>(path);
-    const std::optional<FileStamp> stamp = input->stamp();
-    if (depth > deepest_ && input->good() && !input->isRoomFor(filesInMemory())) {
-      return false;
-    }
-    if (kShortcuts && stamp) {
-      input->copyTo(preprocessor_.knownFiles_.opened(path, *stamp, moment()));
-    }
-    if (!openStream(path, std::move(input))) {
-      return false;
-    }
-    isAtRest_ = isAtRest_ && stamp;
-    preprocessor_.found_.file->setStamp(stamp);
-    deepest_ = std::max(deepest_, depth);
-    return true;
-  }
-
-  // False when the file could not be opened.
-  bool openStream(const std::string& path, std::unique_ptr<std::istream> input) {
-    const bool isOpen = input->good();
+    auto file = std::make_unique<FileBuffer>(path);
+    const bool isOpen = file->isOpen() && (depth <= deepest_ || file->isRoomFor(filesInMemory()));
     preprocessor_.observe([&](Observer& observer) { observer.lookedFor(path, isOpen); });
     if (!isOpen) {
       return false;
     }
-    std::unique_ptr<CppFileScanner> file = preprocessor_.stream_.makeFile();
-    file->open(path, std::move(input));
-    keep(std::move(file), path);
+    deepest_ = std::max(deepest_, depth);
+    const std::optional<FileStamp> stamp = file->stamp();
+    isAtRest_ = isAtRest_ && stamp;
+    if (kShortcuts && stamp) {
+      file->copyTo(preprocessor_.knownFiles_.opened(path, *stamp, moment()));
+    }
+    find(path, std::move(file), stamp);
     return true;
+  }
+
+  // A file that the caller has found; false when it could not be opened.
+  bool open(const std::string& path, std::unique_ptr<std::istream> input) {
+    const bool isOpen = input->good();
+    preprocessor_.observe([&](Observer& observer) { observer.lookedFor(path, isOpen); });
+    if (isOpen) {
+      find(path, std::move(input), std::nullopt);
+    }
+    return isOpen;
   }
 
  private:
@@ -87,27 +83,30 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     bool operator==(const Seen&) const = default;
   };
 
-  void keep(std::unique_ptr<CppFileScanner> file, const std::string& path, std::uint64_t lineEnds = 0) {
-    FoundFile& found = preprocessor_.found_;
-    found.file = std::move(file);
-    found.path = path;
-    found.lineEnds = lineEnds;
-  }
-
-  // Finds the file among those that are known.
+  // Opens the file if it is known.
   bool openKnown(const std::string& path) {
     const KnownFiles::File* const known = preprocessor_.knownFiles_.find(path, moment());
     if (known == nullptr) {
       return false;
     }
-    std::unique_ptr<CppFileScanner> file;
-    if (!known->isPassedBy()) {
-      file = preprocessor_.stream_.makeFile();
-      file->open(path, known->text);
-      file->setStamp(known->stamp);
+    if (known->isPassedBy()) {
+      preprocessor_.found_.file.reset();
+      preprocessor_.found_.path = path;
+      preprocessor_.found_.lineEnds = known->lineEnds;
+    } else {
+      find(path, known->text, known->stamp);
     }
-    keep(std::move(file), path, known->lineEnds);
     return true;
+  }
+
+  // The file has been found, and will be read from `input`.
+  template <typename Input>
+  void find(const std::string& path, Input input, const std::optional<FileStamp>& stamp) {
+    FoundFile& found = preprocessor_.found_;
+    found.file = preprocessor_.stream_.makeFile();
+    found.file->open(path, std::move(input));
+    found.file->setStamp(stamp);
+    found.path = path;
   }
 
   // How many of the files that are being read would be open if their text had not been kept.
@@ -142,7 +141,8 @@ void CppPreprocessor::setObserver(Observer& observer) {
   observe([this](Observer& set) { set.watch(stream_); });
 }
 
-bool CppPreprocessor::openSource(std::unique_ptr<std::istream> input, const std::string& path, const std::string& name) {
+bool CppPreprocessor::openSource(std::unique_ptr<std::istream> input, const std::string& path,
+                                 const std::string& name) {
   hooks_->begin(*input);
   auto file = std::make_unique<CppFileScanner>(path, std::move(input), lexerContext_);
   if (file->openFailed()) {
@@ -180,7 +180,7 @@ bool CppPreprocessor::findFile(const IncludeName& name) {
     hooks_->beginSearch();
     origin = includes_.find(name, includer.fileName());
   } else if (auto found = host_.resolve(name, place(), includer.path())) {
-    if (hooks_->openStream(found->path, std::move(found->input))) {
+    if (hooks_->open(found->path, std::move(found->input))) {
       origin = IncludeOrigin::Elsewhere;
     }
   }

@@ -5,7 +5,8 @@
 
 namespace qnpp {
 
-CppFileScanner::CppFileScanner(const std::string& name, std::unique_ptr<std::istream> input, const LexerContext& context)
+CppFileScanner::CppFileScanner(const std::string& name, std::unique_ptr<std::istream> input,
+                               const LexerContext& context)
     : CppFileScanner(context) {
   open(name, std::move(input));
 }
@@ -30,20 +31,32 @@ void CppFileScanner::open(const std::string& name, std::unique_ptr<std::istream>
   }
 }
 
+void CppFileScanner::open(const std::string& name, std::unique_ptr<FileBuffer> file) {
+  begin(name);
+  file_ = std::move(file);
+  read(*file_);
+}
+
 void CppFileScanner::open(const std::string& name, std::shared_ptr<const FileText> text) {
   begin(name);
   fileText_ = std::move(text);
-  textInput_.reset(**fileText_);
+  textBuffer_.reset(**fileText_);
+  read(textBuffer_);
+}
+
+void CppFileScanner::read(std::streambuf& bytes) {
+  stream_.rdbuf(&bytes);
   isOpen_ = true;
   if (lexer_ == nullptr) {
-    lexer_ = std::make_unique<CppLexer>(textInput_, context_);
+    lexer_ = std::make_unique<CppLexer>(stream_, context_);
   } else {
-    lexer_->restart(textInput_);
+    lexer_->restart(stream_);
   }
 }
 
 void CppFileScanner::reset() {
   isOpen_ = false;
+  file_.reset();
   fileText_.reset();
   if (lexer_ != nullptr && !lexer_->close()) {
     lexer_.reset();

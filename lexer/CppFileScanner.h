@@ -33,6 +33,7 @@ class CppFileScanner final : public CppScanner {
 
   /// The same as a new scanner, but for memory that is used again.
   void open(const std::string& name, std::unique_ptr<std::istream> input);
+  void open(const std::string& name, std::unique_ptr<FileBuffer> file);
   void open(const std::string& name, std::shared_ptr<const FileText> text);
   /// Closes the input, and gives back memory that another is not likely to need.
   void reset();
@@ -137,6 +138,7 @@ class CppFileScanner final : public CppScanner {
 
  private:
   void begin(const std::string& name);
+  void read(std::streambuf& bytes);
   CppTokenKind taken(CppTokenKind kind);
   // In the middle of a line: whether the lexer may pass over what follows.
   bool canPass() const { return kShortcuts && !hasPeek_ && !atLineStart_; }
@@ -146,8 +148,10 @@ class CppFileScanner final : public CppScanner {
   std::string path_;  // If it has another name now.
   bool isRenamed_ = false;
   bool isOpen_ = false;
+  std::unique_ptr<FileBuffer> file_;
   std::shared_ptr<const FileText> fileText_;
-  InputText textInput_;
+  TextBuffer textBuffer_;
+  std::istream stream_{nullptr};  // Over one of these: to make a stream takes longer than to read a small header.
   std::unique_ptr<CppLexer> lexer_;
   std::optional<FileStamp> stamp_;
   Name* name_ = nullptr;

@@ -85,14 +85,23 @@ class InputFile : public std::istream {
   }
 
   const std::optional<FileStamp>& stamp() const { return buffer_.stamp(); }
-  bool isRoomFor(std::size_t count) const { return buffer_.isRoomFor(count); }
-  void copyTo(std::shared_ptr<FileText> copy) { buffer_.copyTo(std::move(copy)); }
 
  private:
   FileBuffer buffer_;
 };
 
-/// A stream over bytes in memory, which are borrowed and must stay as they are while they are read.
+/// Reads bytes in memory, which are borrowed and must stay as they are while they are read.
+class TextBuffer : public std::streambuf {
+ public:
+  /// Starts over with other bytes.
+  void reset(std::string_view text) {
+    // A streambuf's get area is not const, but nothing here writes to it.
+    char* const begin = const_cast<char*>(text.data());
+    setg(begin, begin, begin + text.size());
+  }
+};
+
+/// A stream over bytes in memory.
 class InputText : public std::istream {
  public:
   InputText() : std::istream(nullptr) { rdbuf(&buffer_); }
@@ -104,16 +113,7 @@ class InputText : public std::istream {
   }
 
  private:
-  class Buffer : public std::streambuf {
-   public:
-    void reset(std::string_view text) {
-      // A streambuf's get area is not const, but nothing here writes to it.
-      char* const begin = const_cast<char*>(text.data());
-      setg(begin, begin, begin + text.size());
-    }
-  };
-
-  Buffer buffer_;
+  TextBuffer buffer_;
 };
 
 }  // namespace qnpp

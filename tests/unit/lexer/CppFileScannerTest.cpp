@@ -87,6 +87,21 @@ TEST(CppFileScannerTest, ATextIsReadLikeAFileAndKept) {
   EXPECT_EQ(reading.getAll(), "IDENTIFIER:c NEWLINE END");
 }
 
+TEST(CppFileScannerTest, AFileIsReadAndClosed) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("a.h", "a // b\n");
+  FileReading reading("");
+  for (int round = 0; round < 3; ++round) {
+    reading.scanner.open(path, std::make_unique<FileBuffer>(path));
+    EXPECT_FALSE(reading.scanner.isInMemory());
+    EXPECT_FALSE(reading.scanner.openFailed());
+    EXPECT_EQ(reading.scanner.fileName(), path);
+    EXPECT_EQ(reading.getAll(), "IDENTIFIER:a SPACE SPACE NEWLINE END");
+    reading.scanner.reset();
+    EXPECT_TRUE(reading.scanner.openFailed());
+  }
+}
+
 TEST(CppFileScannerTest, AnotherScannerReadsTheSameText) {
   const auto text = std::make_shared<FileText>("a b");
   FileReading first("");

@@ -14,17 +14,19 @@
 namespace qnpp {
 namespace {
 
-std::string readInPieces(std::istream& stream, std::size_t size) {
+std::string readInPieces(std::streambuf& buffer, std::size_t size) {
   std::string bytes;
   std::string piece(size, '\0');
   for (;;) {
-    const auto count = stream.rdbuf()->sgetn(piece.data(), static_cast<std::streamsize>(size));
+    const auto count = buffer.sgetn(piece.data(), static_cast<std::streamsize>(size));
     if (count == 0) {
       return bytes;
     }
     bytes.append(piece, 0, static_cast<std::size_t>(count));
   }
 }
+
+std::string readInPieces(const std::istream& stream, std::size_t size) { return readInPieces(*stream.rdbuf(), size); }
 
 TEST(InputFileTest, DeliversTheBytesAsTheyAre) {
   const TemporaryFolder folder;
@@ -64,12 +66,12 @@ TEST(InputFileTest, WhatIsNoReadableFileFails) {
   EXPECT_TRUE(InputFile(name).good());
 }
 
-TEST(InputFileTest, CopiesWhatOneReadGetsAsAWhole) {
+TEST(FileBufferTest, CopiesWhatOneReadGetsAsAWhole) {
   const TemporaryFolder folder;
   for (const std::string& content : {std::string("a\0b\n", 4), std::string()}) {
     const std::string name = folder.write("file", content);
     for (const std::size_t size : {1U, 4U, 5U, 100U}) {
-      InputFile file(name);
+      FileBuffer file(name);
       const auto copy = std::make_shared<FileText>();
       file.copyTo(copy);
       EXPECT_FALSE(copy->has_value());
@@ -80,9 +82,9 @@ TEST(InputFileTest, CopiesWhatOneReadGetsAsAWhole) {
   }
 }
 
-TEST(InputFileTest, KnowsWhetherMoreCouldBeOpen) {
+TEST(FileBufferTest, KnowsWhetherMoreCouldBeOpen) {
   const TemporaryFolder folder;
-  const InputFile file(folder.write("file", ""));
+  const FileBuffer file(folder.write("file", ""));
   rlimit limit{};
   ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
   const rlimit fewer = {100, limit.rlim_max};

@@ -1,7 +1,5 @@
 #include "engine/CppPreprocessor.h"
 
-#include <algorithm>
-
 #include "lexer/InputFile.h"
 #include "lexer/Shortcuts.h"
 
@@ -16,6 +14,7 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     preprocessor_.checkEndOfFile();
     const CppFileScanner& file = *preprocessor_.stream_.file();
     preprocessor_.guardedFiles_.leave(file.path(), file.stamp(), preprocessor_.traces());
+    inMemory_ -= file.isInMemory() ? 1U : 0U;
     preprocessor_.observe([](Observer& observer) { observer.fileEnded(); });
   }
   void fileResumed() override { preprocessor_.markLine(LineMark::Returned); }
@@ -42,20 +41,19 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     return isKnown ? momentCount_ : 0;
   }
 
-  // Where no more files are open than have been before, opening does not fail for want of descriptors, so what is known
-  // of the file can stand for it.
+  // Where so many files can be open at once that to open one more cannot fail for want of descriptors, what is known of
+  // the file stands for it.
   bool open(const std::string& path) override {
     const std::size_t depth = preprocessor_.stream_.files().size() + 1;
     if (kShortcuts && depth <= deepest_ && openKnown(path)) {
       return true;
     }
     auto file = std::make_unique<FileBuffer>(path);
-    const bool isOpen = file->isOpen() && (depth <= deepest_ || file->isRoomFor(filesInMemory()));
+    const bool isOpen = file->isOpen() && isRoomFor(*file, depth);
     preprocessor_.observe([&](Observer& observer) { observer.lookedFor(path, isOpen); });
     if (!isOpen) {
       return false;
     }
-    deepest_ = std::max(deepest_, depth);
     const std::optional<FileStamp> stamp = file->stamp();
     isAtRest_ = isAtRest_ && stamp;
     if (kShortcuts && stamp) {
@@ -83,6 +81,16 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     bool operator==(const Seen&) const = default;
   };
 
+  // Whether there are descriptors for as many files as are being read with this one, which is open.
+  bool isRoomFor(const FileBuffer& file, std::size_t depth) {
+    if (depth > deepest_) {
+      // Of as many again, so that the next files need not be asked about.
+      const std::size_t left = inMemory_ == 0 ? 0 : file.descriptorsLeft(inMemory_ + depth);
+      deepest_ = depth - inMemory_ + left;
+    }
+    return depth <= deepest_;
+  }
+
   // Opens the file if it is known.
   bool openKnown(const std::string& path) {
     const KnownFiles::File* const known = preprocessor_.knownFiles_.find(path, moment());
@@ -95,6 +103,7 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
       preprocessor_.found_.lineEnds = known->lineEnds;
     } else {
       find(path, known->text, known->stamp);
+      ++inMemory_;
     }
     return true;
   }
@@ -109,15 +118,9 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     found.path = path;
   }
 
-  // How many of the files that are being read would be open if their text had not been kept.
-  std::size_t filesInMemory() const {
-    const auto& files = preprocessor_.stream_.files();
-    return static_cast<std::size_t>(
-        std::count_if(files.begin(), files.end(), [](const CppFileScanner* file) { return file->isInMemory(); }));
-  }
-
   CppPreprocessor& preprocessor_;
-  std::size_t deepest_ = 0;  // So many files have been open at once.
+  std::size_t deepest_ = 0;   // So many files can be open at once.
+  std::size_t inMemory_ = 0;  // So many of those that are being read would be, had their texts not been kept.
   Seen seen_;
   std::uint64_t momentCount_ = 0;
   bool isAtRest_ = false;

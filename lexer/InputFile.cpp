@@ -22,8 +22,8 @@ void FileBuffer::open(const std::string& path) {
   descriptor_ = ::open(path.c_str(), O_RDONLY | O_BINARY | O_NOINHERIT);
 }
 
-// Nothing is known without a stamp, so nothing else is open in name only.
-bool FileBuffer::isRoomFor(std::size_t) const { return true; }
+// Nobody asks: without a stamp no text is kept.
+std::size_t FileBuffer::descriptorsLeft(std::size_t) const { return 0; }
 
 #else
 
@@ -67,10 +67,10 @@ void FileBuffer::open(const std::string& path) {
   }
 }
 
-bool FileBuffer::isRoomFor(std::size_t count) const {
+std::size_t FileBuffer::descriptorsLeft(std::size_t most) const {
   std::vector<int> taken;
-  taken.reserve(count);
-  while (taken.size() < count) {
+  taken.reserve(most);
+  while (taken.size() < most) {
     const int next = ::fcntl(descriptor_, F_DUPFD_CLOEXEC, 0);
     if (next < 0) {
       break;
@@ -80,7 +80,7 @@ bool FileBuffer::isRoomFor(std::size_t count) const {
   for (const int each : taken) {
     ::close(each);
   }
-  return taken.size() == count;
+  return taken.size();
 }
 
 #endif

@@ -51,8 +51,8 @@ class FileBuffer : public std::streambuf {
   ~FileBuffer() override;
 
   bool isOpen() const { return descriptor_ >= 0; }
-  /// Whether so many more could be open at the same time.
-  bool isRoomFor(std::size_t count) const;
+  /// How many more descriptors there are, up to `most`.
+  std::size_t descriptorsLeft(std::size_t most) const;
   /// The stamp that the file had when it was opened; none if it is no regular file, or one that has been changed so
   /// recently that it may be changed once more without another stamp.
   const std::optional<FileStamp>& stamp() const { return stamp_; }

@@ -12,7 +12,7 @@ bool isAbsoluteName(std::string_view name) {
   return name[0] == '/' || (isLetter && name[1] == ':');
 }
 
-std::string directoryOf(std::string_view path) {
+std::string_view directoryOf(std::string_view path) {
   const auto isSeparator = [](char byte) { return byte == '/' || byte == '\\'; };
   if (path.size() > 1 && isSeparator(path.back())) {
     path.remove_suffix(1);
@@ -24,7 +24,7 @@ std::string directoryOf(std::string_view path) {
   if (size == 0) {
     return ".";
   }
-  return std::string(path.substr(0, size == 1 ? 1 : size - 1));
+  return path.substr(0, size == 1 ? 1 : size - 1);
 }
 
 }  // namespace qnpp

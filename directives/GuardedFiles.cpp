@@ -4,24 +4,6 @@
 
 namespace qnpp {
 
-std::optional<std::uint64_t> GuardedFiles::find(const std::string& path, std::size_t depth, std::uint64_t moment) {
-  const auto found = files_.find(path);
-  if (found == files_.end()) {
-    return std::nullopt;
-  }
-  File& file = found->second;
-  if (file.guard->macro == nullptr || depth > file.depth) {
-    return std::nullopt;
-  }
-  if (moment == 0 || file.lookedAt != moment) {
-    if (stampOf(path) != file.stamp) {
-      return std::nullopt;
-    }
-    file.lookedAt = moment;
-  }
-  return file.lineEnds;
-}
-
 void GuardedFiles::enter(const Traces& traces) {
   enclosing_.push_back(now_);
   now_ = {};
@@ -73,14 +55,13 @@ bool GuardedFiles::endGroup(const Traces& traces, CppFileScanner* file) {
   return count.has_value();
 }
 
-void GuardedFiles::leave(const std::string& path, const std::optional<FileStamp>& stamp, std::size_t depth,
-                         const Traces& traces) {
+void GuardedFiles::leave(const std::string& path, const std::optional<FileStamp>& stamp, const Traces& traces) {
   // What is told of a comment behind the group that was open at the end of the file is told each time.
   const bool isSure = now_.stage == Stage::BehindGroup && stamp && traces.messages == now_.entered.messages;
   if (isSure) {
     const std::uint64_t besideGroup =
         (now_.outputAtGroup - now_.entered.outputSize) + (traces.outputSize - now_.outputBehind);
-    files_[path] = {*stamp, now_.guard, besideGroup + now_.lineEndsInGroup, depth};
+    files_.setGuard(path, *stamp, *now_.guard, besideGroup + now_.lineEndsInGroup);
   }
   now_ = enclosing_.back();
   enclosing_.pop_back();

@@ -6,9 +6,9 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
+#include "directives/KnownFiles.h"
 #include "lexer/Budget.h"
 #include "lexer/CppFileScanner.h"
 #include "lexer/CppTokenKind.h"
@@ -18,17 +18,17 @@
 
 namespace qnpp {
 
-/// Remembers included files for which nothing but line ends are written when their guard is defined: as many each time.
-/// So they need not be opened again.
+/// Finds the included files for which nothing but line ends are written when their guard is defined: as many each time.
 ///
-/// How many line ends these are is not worked out but seen: the reading of a file is followed, and it is remembered if
-/// it consisted of lines with nothing on them, one `#ifndef` with its group, and the `#endif`. A group that was not
+/// How many line ends these are is not worked out but seen: the reading of a file is followed, and it is guarded if it
+/// consisted of lines with nothing on them, one `#ifndef` with its group, and the `#endif`. A group that was not
 /// skipped is skipped once more when it ends, if it is still in the buffer, as the next reading of the file would skip
 /// it. Whatever else happens is a doubt, and a file in doubt is read each time.
 class GuardedFiles {
  public:
-  /// Both are borrowed and outlive the object.
-  GuardedFiles(const NameTable& names, Budget& budget) : names_(names), budget_(budget) {}
+  /// What is found is told to `files`. All are borrowed and outlive the object.
+  GuardedFiles(KnownFiles& files, const NameTable& names, Budget& budget)
+      : files_(files), names_(names), budget_(budget) {}
 
   /// What the reading of a file may be noticed by.
   struct Traces {
@@ -36,15 +36,9 @@ class GuardedFiles {
     std::uint64_t messages = 0;
   };
 
-  /// How many line ends the file of this path stands for, if it is remembered, its guard is defined and it has not been
-  /// changed. `depth` counts the files that would be open: a file that has been opened at no such depth might fail to
-  /// open now for want of descriptors. `moment` is that of the FileOpener: whether a file has been changed is asked
-  /// once in it.
-  std::optional<std::uint64_t> find(const std::string& path, std::size_t depth, std::uint64_t moment);
+  // What is seen before any file has been entered is of no account.
 
-  // ---- Following the current file. What is seen before any has been entered is of no account. ----
-
-  /// It has been entered.
+  /// The current file has been entered.
   void enter(const Traces& traces);
   /// A line that is neither empty nor skipped nor a directive comes.
   void seeText() {
@@ -63,7 +57,7 @@ class GuardedFiles {
   /// It was, with this name, and its line has been taken.
   void seeGuard(const Name& guard, bool isSkipped, const Traces& traces, const CppFileScanner* file);
   /// The file has ended, and all of its content had this stamp.
-  void leave(const std::string& path, const std::optional<FileStamp>& stamp, std::size_t depth, const Traces& traces);
+  void leave(const std::string& path, const std::optional<FileStamp>& stamp, const Traces& traces);
 
  private:
   enum class Stage : std::uint8_t { Doubt, BeforeGuard, AtGuard, InGroup, BehindGroup };
@@ -80,19 +74,11 @@ class GuardedFiles {
     Traces entered;
   };
 
-  struct File {
-    FileStamp stamp;
-    const Name* guard = nullptr;
-    std::uint64_t lineEnds = 0;
-    std::size_t depth = 0;
-    std::uint64_t lookedAt = 0;  // The moment.
-  };
-
   bool endGroup(const Traces& traces, CppFileScanner* file);
 
+  KnownFiles& files_;
   const NameTable& names_;
   Budget& budget_;
-  std::unordered_map<std::string, File> files_;
   Reading now_;
   std::vector<Reading> enclosing_;         // Those of the files around the current one.
   std::unique_ptr<GroupSkipper> skipper_;  // Made when it is needed.

@@ -67,12 +67,17 @@ std::optional<IncludeOrigin> IncludeSearch::find(const IncludeName& name, std::s
       return IncludeOrigin::Absolute;
     }
   } else if (name.isQuoted) {
-    const std::string directory = directoryOf(includer);
-    if (files_.open(directory == "." ? name.name : directory + '/' + name.name)) {
+    const std::string_view directory = directoryOf(includer);
+    if (directory == "." ? files_.open(name.name) : openIn(directory, name.name)) {
       return IncludeOrigin::BesideIncluder;
     }
   }
   return findInDirectories(name.name) ? std::optional(IncludeOrigin::InIncludeDirectory) : std::nullopt;
+}
+
+bool IncludeSearch::openIn(std::string_view directory, const std::string& name) {
+  path_.assign(directory).append("/").append(name);
+  return files_.open(path_);
 }
 
 bool IncludeSearch::findInDirectories(const std::string& name) {
@@ -81,7 +86,7 @@ bool IncludeSearch::findInDirectories(const std::string& name) {
   const bool isKnown = known != absences_.end() && moment != 0 && known->second.moment == moment;
   const std::size_t first = isKnown ? known->second.directories : 0;
   for (std::size_t index = first; index < directories_.size(); ++index) {
-    if (files_.open(std::string(directories_[index]).append("/").append(name))) {
+    if (openIn(directories_[index], name)) {
       if (!isKnown && index > 0 && moment != 0) {
         absences_[name] = {moment, index};
       }

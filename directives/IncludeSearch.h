@@ -64,10 +64,12 @@ class IncludeSearch {
     std::size_t directories = 0;
   };
 
+  bool openIn(std::string_view directory, const std::string& name);
   bool findInDirectories(const std::string& name);
 
   FileOpener& files_;
   std::vector<std::string_view> directories_;
+  std::string path_;  // That was tried last.
   std::unordered_map<std::string, Absence> absences_;
 };
 

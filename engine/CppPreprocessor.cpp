@@ -13,8 +13,8 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
   void fileEnded() override {
     preprocessor_.checkEndOfFile();
     const CppFileScanner& file = *preprocessor_.stream_.file();
-    preprocessor_.guardedFiles_.leave(file.path(), file.stamp(), preprocessor_.stream_.files().size(),
-                                      preprocessor_.traces());
+    preprocessor_.guardedFiles_.leave(file.path(), file.stamp(), preprocessor_.traces());
+    inMemory_ -= file.isInMemory() ? 1U : 0U;
     preprocessor_.observe([](Observer& observer) { observer.fileEnded(); });
   }
   void fileResumed() override { preprocessor_.markLine(LineMark::Returned); }
@@ -41,33 +41,36 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     return isKnown ? momentCount_ : 0;
   }
 
+  // Where so many files can be open at once that to open one more cannot fail for want of descriptors, what is known of
+  // the file stands for it.
   bool open(const std::string& path) override {
     const std::size_t depth = preprocessor_.stream_.files().size() + 1;
-    if (const auto lineEnds = preprocessor_.guardedFiles_.find(path, depth, moment()); kShortcuts && lineEnds) {
-      preprocessor_.found_ = {nullptr, path, *lineEnds};
+    if (kShortcuts && depth <= deepest_ && openKnown(path)) {
       return true;
     }
-    auto input = std::make_unique<InputFile>(path);
-    const std::optional<FileStamp> stamp = input->stamp();
-    if (!open(path, std::move(input))) {
-      return false;
-    }
-    isAtRest_ = isAtRest_ && stamp;
-    preprocessor_.found_.file->setStamp(stamp);
-    return true;
-  }
-
-  // False when the file could not be opened.
-  bool open(std::string path, std::unique_ptr<std::istream> input) {
-    const bool isOpen = input->good();
+    auto file = std::make_unique<FileBuffer>(path);
+    const bool isOpen = file->isOpen() && isRoomFor(*file, depth);
     preprocessor_.observe([&](Observer& observer) { observer.lookedFor(path, isOpen); });
     if (!isOpen) {
       return false;
     }
-    std::unique_ptr<CppFileScanner> file = preprocessor_.stream_.makeFile();
-    file->open(path, std::move(input));
-    preprocessor_.found_ = {std::move(file), std::move(path)};
+    const std::optional<FileStamp> stamp = file->stamp();
+    isAtRest_ = isAtRest_ && stamp;
+    if (kShortcuts && stamp) {
+      file->copyTo(preprocessor_.knownFiles_.opened(path, *stamp, moment()));
+    }
+    find(path, std::move(file), stamp);
     return true;
+  }
+
+  // A file that the caller has found; false when it could not be opened.
+  bool open(const std::string& path, std::unique_ptr<std::istream> input) {
+    const bool isOpen = input->good();
+    preprocessor_.observe([&](Observer& observer) { observer.lookedFor(path, isOpen); });
+    if (isOpen) {
+      find(path, std::move(input), std::nullopt);
+    }
+    return isOpen;
   }
 
  private:
@@ -78,7 +81,46 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     bool operator==(const Seen&) const = default;
   };
 
+  // Whether there are descriptors for as many files as are being read with this one, which is open.
+  bool isRoomFor(const FileBuffer& file, std::size_t depth) {
+    if (depth > deepest_) {
+      // Of as many again, so that the next files need not be asked about.
+      const std::size_t left = inMemory_ == 0 ? 0 : file.descriptorsLeft(inMemory_ + depth);
+      deepest_ = depth - inMemory_ + left;
+    }
+    return depth <= deepest_;
+  }
+
+  // Opens the file if it is known.
+  bool openKnown(const std::string& path) {
+    const KnownFiles::File* const known = preprocessor_.knownFiles_.find(path, moment());
+    if (known == nullptr) {
+      return false;
+    }
+    if (known->isPassedBy()) {
+      preprocessor_.found_.file.reset();
+      preprocessor_.found_.path = path;
+      preprocessor_.found_.lineEnds = known->lineEnds;
+    } else {
+      find(path, known->text, known->stamp);
+      ++inMemory_;
+    }
+    return true;
+  }
+
+  // The file has been found, and will be read from `input`.
+  template <typename Input>
+  void find(const std::string& path, Input input, const std::optional<FileStamp>& stamp) {
+    FoundFile& found = preprocessor_.found_;
+    found.file = preprocessor_.stream_.makeFile();
+    found.file->open(path, std::move(input));
+    found.file->setStamp(stamp);
+    found.path = path;
+  }
+
   CppPreprocessor& preprocessor_;
+  std::size_t deepest_ = 0;   // So many files can be open at once.
+  std::size_t inMemory_ = 0;  // So many of those that are being read would be, had their texts not been kept.
   Seen seen_;
   std::uint64_t momentCount_ = 0;
   bool isAtRest_ = false;
@@ -102,9 +144,10 @@ void CppPreprocessor::setObserver(Observer& observer) {
   observe([this](Observer& set) { set.watch(stream_); });
 }
 
-bool CppPreprocessor::openSource(std::unique_ptr<std::istream> input, std::string path, const std::string& name) {
+bool CppPreprocessor::openSource(std::unique_ptr<std::istream> input, const std::string& path,
+                                 const std::string& name) {
   hooks_->begin(*input);
-  auto file = std::make_unique<CppFileScanner>(std::move(path), std::move(input), lexerContext_);
+  auto file = std::make_unique<CppFileScanner>(path, std::move(input), lexerContext_);
   if (file->openFailed()) {
     reportError(Message::CannotOpenSource, file->fileName());
     return false;
@@ -140,7 +183,7 @@ bool CppPreprocessor::findFile(const IncludeName& name) {
     hooks_->beginSearch();
     origin = includes_.find(name, includer.fileName());
   } else if (auto found = host_.resolve(name, place(), includer.path())) {
-    if (hooks_->open(std::move(found->path), std::move(found->input))) {
+    if (hooks_->open(found->path, std::move(found->input))) {
       origin = IncludeOrigin::Elsewhere;
     }
   }

@@ -14,6 +14,7 @@
 #include "directives/ExpressionEvaluator.h"
 #include "directives/GuardedFiles.h"
 #include "directives/IncludeSearch.h"
+#include "directives/KnownFiles.h"
 #include "engine/Diagnostics.h"
 #include "engine/Host.h"
 #include "lexer/Budget.h"
@@ -56,7 +57,7 @@ class CppPreprocessor {
   /// Opens the main source and writes the first line directive. `name`, unless it is empty, stands for it in messages,
   /// in line directives and in `__FILE__`. An input in a failed state is a source that cannot be opened: that is
   /// reported, and the answer is false.
-  bool openSource(std::unique_ptr<std::istream> input, std::string path, const std::string& name);
+  bool openSource(std::unique_ptr<std::istream> input, const std::string& path, const std::string& name);
 
   /// Preprocesses the whole input of a source that has been opened. Throws DivisionByZero, or FatalLexerError when the
   /// scanner cannot go on.
@@ -141,7 +142,8 @@ class CppPreprocessor {
   ConditionalStack conditionals_;
   ExpressionEvaluator evaluator_;
   IncludeSearch includes_;
-  GuardedFiles guardedFiles_{names_, lexerContext_.budget};
+  KnownFiles knownFiles_;
+  GuardedFiles guardedFiles_{knownFiles_, names_, lexerContext_.budget};
   FoundFile found_;           // By the search of an `#include`.
   TokenList operand_;         // Of the directive being carried out.
   std::string leadingSpace_;  // Of the line being read.

@@ -5,19 +5,24 @@
 
 namespace qnpp {
 
-CppFileScanner::CppFileScanner(std::string name, std::unique_ptr<std::istream> input, const LexerContext& context)
+CppFileScanner::CppFileScanner(const std::string& name, std::unique_ptr<std::istream> input,
+                               const LexerContext& context)
     : CppFileScanner(context) {
-  open(std::move(name), std::move(input));
+  open(name, std::move(input));
 }
 
-void CppFileScanner::open(std::string name, std::unique_ptr<std::istream> input) {
-  fileName_ = std::move(name);
+void CppFileScanner::begin(const std::string& name) {
+  fileName_ = name;
   isRenamed_ = false;
   stamp_.reset();
   name_ = nullptr;
   includeLine_ = linesLookedAt_ = 0;
   hasPeek_ = false;
   atLineStart_ = true;
+}
+
+void CppFileScanner::open(const std::string& name, std::unique_ptr<std::istream> input) {
+  begin(name);
   isOpen_ = input->good();
   if (isOpen_ && lexer_ == nullptr) {
     lexer_ = std::make_unique<CppLexer>(std::move(input), context_);
@@ -26,8 +31,33 @@ void CppFileScanner::open(std::string name, std::unique_ptr<std::istream> input)
   }
 }
 
+void CppFileScanner::open(const std::string& name, std::unique_ptr<FileBuffer> file) {
+  begin(name);
+  file_ = std::move(file);
+  read(*file_);
+}
+
+void CppFileScanner::open(const std::string& name, std::shared_ptr<const FileText> text) {
+  begin(name);
+  fileText_ = std::move(text);
+  textBuffer_.reset(**fileText_);
+  read(textBuffer_);
+}
+
+void CppFileScanner::read(std::streambuf& bytes) {
+  stream_.rdbuf(&bytes);
+  isOpen_ = true;
+  if (lexer_ == nullptr) {
+    lexer_ = std::make_unique<CppLexer>(stream_, context_);
+  } else {
+    lexer_->restart(stream_);
+  }
+}
+
 void CppFileScanner::reset() {
   isOpen_ = false;
+  file_.reset();
+  fileText_.reset();
   if (lexer_ != nullptr && !lexer_->close()) {
     lexer_.reset();
   }

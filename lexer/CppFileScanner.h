@@ -27,16 +27,20 @@ class CppFileScanner final : public CppScanner {
  public:
   /// An input that is in a failed state is a file that could not be opened, which `openFailed` tells; nothing may be
   /// read then.
-  CppFileScanner(std::string name, std::unique_ptr<std::istream> input, const LexerContext& context);
+  CppFileScanner(const std::string& name, std::unique_ptr<std::istream> input, const LexerContext& context);
   /// Without an input until `open`.
   explicit CppFileScanner(const LexerContext& context) : CppScanner(true), context_(context) {}
 
   /// The same as a new scanner, but for memory that is used again.
-  void open(std::string name, std::unique_ptr<std::istream> input);
+  void open(const std::string& name, std::unique_ptr<std::istream> input);
+  void open(const std::string& name, std::unique_ptr<FileBuffer> file);
+  void open(const std::string& name, std::shared_ptr<const FileText> text);
   /// Closes the input, and gives back memory that another is not likely to need.
   void reset();
 
   bool openFailed() const { return !isOpen_; }
+  /// Whether a text is read, and no file is open for it.
+  bool isInMemory() const { return fileText_ != nullptr; }
 
   /// To be told the stamp that the file had when it was opened, if it has one.
   void setStamp(const std::optional<FileStamp>& stamp) { stamp_ = stamp; }
@@ -133,6 +137,8 @@ class CppFileScanner final : public CppScanner {
   CppTokenKind skipWholeLines(NestedConditionals& conditionals);
 
  private:
+  void begin(const std::string& name);
+  void read(std::streambuf& bytes);
   CppTokenKind taken(CppTokenKind kind);
   // In the middle of a line: whether the lexer may pass over what follows.
   bool canPass() const { return kShortcuts && !hasPeek_ && !atLineStart_; }
@@ -142,6 +148,10 @@ class CppFileScanner final : public CppScanner {
   std::string path_;  // If it has another name now.
   bool isRenamed_ = false;
   bool isOpen_ = false;
+  std::unique_ptr<FileBuffer> file_;
+  std::shared_ptr<const FileText> fileText_;
+  TextBuffer textBuffer_;
+  std::istream stream_{nullptr};  // Over one of these: to make a stream takes longer than to read a small header.
   std::unique_ptr<CppLexer> lexer_;
   std::optional<FileStamp> stamp_;
   Name* name_ = nullptr;

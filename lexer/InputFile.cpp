@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <ctime>
+#include <vector>
 
 namespace qnpp {
 
@@ -20,6 +21,9 @@ FileTime fileClock() { return {}; }
 void FileBuffer::open(const std::string& path) {
   descriptor_ = ::open(path.c_str(), O_RDONLY | O_BINARY | O_NOINHERIT);
 }
+
+// Nobody asks: without a stamp no text is kept.
+std::size_t FileBuffer::descriptorsLeft(std::size_t) const { return 0; }
 
 #else
 
@@ -63,6 +67,22 @@ void FileBuffer::open(const std::string& path) {
   }
 }
 
+std::size_t FileBuffer::descriptorsLeft(std::size_t most) const {
+  std::vector<int> taken;
+  taken.reserve(most);
+  while (taken.size() < most) {
+    const int next = ::fcntl(descriptor_, F_DUPFD_CLOEXEC, 0);
+    if (next < 0) {
+      break;
+    }
+    taken.push_back(next);
+  }
+  for (const int each : taken) {
+    ::close(each);
+  }
+  return taken.size();
+}
+
 #endif
 
 FileBuffer::FileBuffer(const std::string& path) {
@@ -92,6 +112,9 @@ std::streamsize FileBuffer::xsgetn(char* to, std::streamsize size) {
     } else if (errno != EINTR) {
       throw std::ios_base::failure("read error");
     }
+  }
+  if (const std::shared_ptr<FileText> copy = std::move(copy_); copy != nullptr && hasEnded_) {
+    copy->emplace(to, static_cast<std::size_t>(got));
   }
   return got;
 }

@@ -2,13 +2,16 @@
 #pragma once
 
 #include <compare>
+#include <cstddef>
 #include <cstdint>
 #include <ios>
 #include <istream>
+#include <memory>
 #include <optional>
 #include <streambuf>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace qnpp {
 
@@ -34,6 +37,9 @@ struct FileStamp {
 /// The stamp of the file of this path; none if that is no regular file, or nothing that can be looked at.
 std::optional<FileStamp> stampOf(const std::string& path);
 
+/// The text of a file, once it has been read and was small enough.
+using FileText = std::optional<std::string>;
+
 /// Reads a file of the system. Blocks go straight into the reader's own buffer, so nothing is copied twice and an open
 /// file costs no buffer here.
 class FileBuffer : public std::streambuf {
@@ -45,9 +51,14 @@ class FileBuffer : public std::streambuf {
   ~FileBuffer() override;
 
   bool isOpen() const { return descriptor_ >= 0; }
+  /// How many more descriptors there are, up to `most`.
+  std::size_t descriptorsLeft(std::size_t most) const;
   /// The stamp that the file had when it was opened; none if it is no regular file, or one that has been changed so
   /// recently that it may be changed once more without another stamp.
   const std::optional<FileStamp>& stamp() const { return stamp_; }
+
+  /// To be called before anything is read: the text is to be copied to `copy` if one read gets all of it.
+  void copyTo(std::shared_ptr<FileText> copy) { copy_ = std::move(copy); }
 
  protected:
   /// Reads until `size` bytes are there or the file ends. Throws std::ios_base::failure when the system reports an
@@ -60,6 +71,7 @@ class FileBuffer : public std::streambuf {
   int descriptor_ = -1;
   bool hasEnded_ = false;
   std::optional<FileStamp> stamp_;
+  std::shared_ptr<FileText> copy_;
 };
 
 /// A stream over a file; in the failed state when the file could not be opened.
@@ -78,7 +90,18 @@ class InputFile : public std::istream {
   FileBuffer buffer_;
 };
 
-/// A stream over bytes in memory, which are borrowed and must stay as they are while they are read.
+/// Reads bytes in memory, which are borrowed and must stay as they are while they are read.
+class TextBuffer : public std::streambuf {
+ public:
+  /// Starts over with other bytes.
+  void reset(std::string_view text) {
+    // A streambuf's get area is not const, but nothing here writes to it.
+    char* const begin = const_cast<char*>(text.data());
+    setg(begin, begin, begin + text.size());
+  }
+};
+
+/// A stream over bytes in memory.
 class InputText : public std::istream {
  public:
   InputText() : std::istream(nullptr) { rdbuf(&buffer_); }
@@ -90,16 +113,7 @@ class InputText : public std::istream {
   }
 
  private:
-  class Buffer : public std::streambuf {
-   public:
-    void reset(std::string_view text) {
-      // A streambuf's get area is not const, but nothing here writes to it.
-      char* const begin = const_cast<char*>(text.data());
-      setg(begin, begin, begin + text.size());
-    }
-  };
-
-  Buffer buffer_;
+  TextBuffer buffer_;
 };
 
 }  // namespace qnpp

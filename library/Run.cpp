@@ -204,7 +204,7 @@ bool Run::open(CppPreprocessor& engine, Source source, std::string_view name) {
     // Mostly what comes out is about as long, and a string that grows to it would be copied and paged in twice.
     result_.output.reserve(std::max(source.text_.size(), source.borrowed_.size()));
   }
-  return engine.openSource(inputOf(std::move(source)), std::move(path), otherName);
+  return engine.openSource(inputOf(std::move(source)), path, otherName);
 }
 
 std::unique_ptr<std::istream> Run::inputOf(Source source) {

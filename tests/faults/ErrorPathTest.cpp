@@ -4,13 +4,16 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "qnpp/preprocessor.h"
+#include "tests/support/Files.h"
 #include "tests/support/LimitedAllocation.h"
 
 // The scanner's buffers come from realloc; the linker sends its calls here.
@@ -55,7 +58,7 @@ struct Outcome {
   std::string messages;
 };
 
-Outcome runWith(std::size_t allocations) {
+Outcome runWith(std::size_t allocations, std::string_view source) {
   Outcome outcome;
   // The strings grow with what is written; that is none of the engine's business.
   outcome.output.reserve(1 << 16);
@@ -67,18 +70,18 @@ Outcome runWith(std::size_t allocations) {
   preprocessor.setOutputSink([&outcome](std::string_view block) { outcome.output.append(block); });
   preprocessor.setDiagnosticSink(
       [&outcome](const Diagnostic& diagnostic) { outcome.messages.append(diagnostic.text); });
-  outcome.status = preprocessor.run(Source::borrowing(kSource), "a.c").status;
+  outcome.status = preprocessor.run(Source::borrowing(source), "a.c").status;
   return outcome;
 }
 
-TEST(ErrorPathTest, givesBackWhatItHoldsWhereverMemoryRunsOut) {
-  const Outcome complete = runWith(SIZE_MAX);
+void expectOrderlyEnds(std::string_view source) {
+  const Outcome complete = runWith(SIZE_MAX, source);
   ASSERT_EQ(complete.status, Status::Errors);
   constexpr std::size_t kMostAllocations = 100'000;
   std::size_t allocations = 0;
   for (Outcome outcome{Status::OutOfMemory, "", ""}; outcome.status == Status::OutOfMemory; ++allocations) {
     ASSERT_LT(allocations, kMostAllocations);
-    outcome = runWith(allocations);
+    outcome = runWith(allocations, source);
     SCOPED_TRACE("after " + std::to_string(allocations) + " allocations");
     EXPECT_TRUE(complete.output.starts_with(outcome.output)) << outcome.output;
     if (outcome.status == Status::OutOfMemory) {
@@ -91,6 +94,17 @@ TEST(ErrorPathTest, givesBackWhatItHoldsWhereverMemoryRunsOut) {
     }
   }
   EXPECT_GT(allocations, 20U) << "hardly any allocation failed";
+}
+
+TEST(ErrorPathTest, givesBackWhatItHoldsWhereverMemoryRunsOut) { expectOrderlyEnds(kSource); }
+
+// The second inclusion has the text of the header kept, and the others read that.
+TEST(ErrorPathTest, givesBackWhatItHoldsWhereMemoryRunsOutForAText) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("a.h", "int of_a_header_that_is_longer_than_a_short_string;\n#error here\n");
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));  // Then the file is old enough to be remembered.
+  const std::string line = "#include \"" + path + "\"\n";
+  expectOrderlyEnds(line + line + line + line);
 }
 
 // More files are open than the message has room for, and it says all the same where that was.

@@ -187,6 +187,27 @@ TEST_F(FaultsTest, filesIncludeEachOtherUntilDescriptorsRunOut) {
   expectIncludesUntilDescriptorsRunOut(outcome, missing + ":1: Cannot open file: " + next + ".\n");
 }
 
+// What has been included before is read without opening it, and takes its descriptors all the same.
+TEST_F(FaultsTest, descriptorsRunOutForFilesThatAreKnownAsWell) {
+  if (isSanitized()) {
+    GTEST_SKIP() << "a sanitizer looks at objects through a pipe, for which no descriptor is left";
+  }
+  constexpr int kFiles = 8;
+  for (int number = 1; number < kFiles; ++number) {
+    folder_.write(std::to_string(number) + ".h",
+                  "#ifdef ALL\n#include \"" + std::to_string(number + 1) + ".h\"\n#endif\n");
+  }
+  folder_.write(std::to_string(kFiles) + ".h", "last\n");
+  // Three are open anyway, so there is room for the source and six files.
+  for (const std::string first : {"4", "5", "6", "7"}) {
+    const std::string known = "#include \"" + first + ".h\"\n";
+    folder_.write("input.c", "#define ALL\n" + known + known + known + "#include \"1.h\"\nend\n");
+    const Outcome outcome = runWith("ulimit -n 10");
+    EXPECT_EQ(outcome.messages, "6.h:2: Cannot open file: 7.h.\n") << first;
+    EXPECT_EQ(countOf(outcome.output, "last"), 3U);
+  }
+}
+
 TEST_F(FaultsTest, noDescriptorIsLeftForTheSource) {
   if (isSanitized()) {
     GTEST_SKIP() << "a sanitizer looks at objects through a pipe, for which no descriptor is left";

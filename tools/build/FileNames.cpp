@@ -47,7 +47,7 @@ std::optional<Include> RenamingSearch::find(const IncludeRequest& request) {
     candidates.push_back(name);
   } else if (request.isQuoted) {
     // Beside the includer as it was opened, or as `#line` has named it.
-    const std::string directory = directoryOf(pathOf(request.place.file));
+    const std::string directory(directoryOf(pathOf(request.place.file)));
     candidates.push_back(directory == "." ? name : directory + '/' + name);
   }
   for (const std::string& directory : directories_) {

@@ -1,8 +1,6 @@
-// Guarded headers that are not read again, and all that makes them be read.
+// Which headers count as guarded, and for how many line ends they stand.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -16,8 +14,6 @@
 
 namespace qnpp {
 namespace {
-
-constexpr std::size_t kOpenFiles = 2;
 
 struct Step {
   CppTokenKind kind;  // Of a directive; TK_END for a line of text.
@@ -33,9 +29,14 @@ struct GuardedFilesTest : testing::Test {
     file.get();
   }
 
-  // A file is read with these steps; between entering and leaving it `written` comes on top.
+  // The file is opened, and a reading begins.
+  void enter(GuardedFiles::Traces traces = {}) {
+    known.opened(path, *stampOf(path), 0);
+    files.enter(traces);
+  }
+  // It is read with these steps; between entering and leaving it `written` comes on top.
   void read(const std::vector<Step>& steps, GuardedFiles::Traces written = {4, 0}) {
-    files.enter({100, 10});
+    enter({100, 10});
     for (const Step& step : steps) {
       if (step.kind == TK_END) {
         files.seeText();
@@ -46,9 +47,9 @@ struct GuardedFilesTest : testing::Test {
         files.seeGuard(guard, true, {100, 10}, &file);
       }
     }
-    files.leave(path, stampOf(path), kOpenFiles, {100 + written.outputSize, 10 + written.messages});
+    files.leave(path, stampOf(path), {100 + written.outputSize, 10 + written.messages});
   }
-  // A file is read that consists of a group whose guard is not defined yet: how many line ends the group is known to
+  // It is read, and consists of a group whose guard is not defined yet: how many line ends the group is known to
   // stand for then. The last "#endif" is that of the guard; what is before it is not followed.
   std::optional<std::uint64_t> lineEndsOfTaken(const std::string& group) {
     const std::string text = "#ifndef G\n" + group + "#endif\n";
@@ -56,7 +57,7 @@ struct GuardedFilesTest : testing::Test {
     input->reset(text);
     CppFileScanner scanner("a.h", std::move(input), setting.context);
     scanner.setStamp(stampOf(path));
-    files.enter({100, 10});
+    enter({100, 10});
     while (scanner.get() != TK_IFNDEF) {
     }
     files.seeDirective(TK_IFNDEF, false, 0, {100, 10}, &scanner);
@@ -67,19 +68,25 @@ struct GuardedFilesTest : testing::Test {
       scanner.get();
     }
     files.seeDirective(TK_ENDIF, false, 1, {500, 10}, &scanner);
-    files.leave(path, stampOf(path), kOpenFiles, {500, 10});
-    const std::optional<std::uint64_t> lineEnds = files.find(path, kOpenFiles, 0);
+    files.leave(path, stampOf(path), {500, 10});
+    const std::optional<std::uint64_t> lineEnds = this->lineEnds();
     path = folder.write(std::to_string(++readCount) + ".h", "12345");  // The next one is another file.
     return lineEnds;
   }
-  bool isKnown(std::uint64_t moment = 0) { return files.find(path, kOpenFiles, moment).has_value(); }
+  // That it is known to stand for.
+  std::optional<std::uint64_t> lineEnds() {
+    const KnownFiles::File* const found = known.find(path, 0);
+    return found != nullptr ? std::optional(found->lineEnds) : std::nullopt;
+  }
+  bool isKnown() { return lineEnds().has_value(); }
 
   TemporaryFolder folder;
   int readCount = 0;
   std::string path = folder.write("a.h", "12345");
   LexerSetting setting;
   CppFileScanner file{"a.h", std::make_unique<std::istringstream>("x\n"), setting.context};
-  GuardedFiles files{setting.names, setting.budget};
+  KnownFiles known;
+  GuardedFiles files{known, setting.names, setting.budget};
   Name guard;
   CppMacro macro;
 };
@@ -87,8 +94,7 @@ struct GuardedFilesTest : testing::Test {
 TEST_F(GuardedFilesTest, AGuardedFileStandsForTheLineEndsSeen) {
   EXPECT_FALSE(isKnown());
   read(kGuarded);
-  EXPECT_EQ(files.find(path, kOpenFiles, 0), 4U);
-  EXPECT_EQ(files.find(path, 1, 0), 4U);
+  EXPECT_EQ(lineEnds(), 4U);
 }
 
 TEST_F(GuardedFilesTest, ConditionalsWithinTheGroupDoNotMatter) {
@@ -138,16 +144,18 @@ TEST_F(GuardedFilesTest, AMessageIsADoubt) {
 }
 
 TEST_F(GuardedFilesTest, EachFileIsFollowedByItself) {
-  files.enter({});
+  const std::string other = folder.write("other.h", "123");
+  enter();
   files.seeDirective(TK_IFNDEF, false, 0, {}, &file);
   files.seeGuard(guard, true, {}, &file);
+  known.opened(other, *stampOf(other), 0);
   files.enter({});  // Another file, which is no guarded one and ends at once.
   files.seeText();
-  files.leave("other.h", stampOf(path), kOpenFiles + 1, {});
+  files.leave(other, stampOf(other), {});
   files.seeDirective(TK_ENDIF, true, 1, {}, &file);
-  files.leave(path, stampOf(path), kOpenFiles, {});
+  files.leave(path, stampOf(path), {});
   EXPECT_TRUE(isKnown());
-  EXPECT_FALSE(files.find("other.h", kOpenFiles, 0).has_value());
+  EXPECT_EQ(known.find(other, 0), nullptr);
 }
 
 // ---- Groups that were not skipped ----
@@ -192,91 +200,31 @@ TEST_F(GuardedFilesTest, AGroupThatEndsElsewhereForTheNextReadingIsADoubt) {
 
 TEST_F(GuardedFilesTest, AnElseBesideATakenGroupIsADoubt) {
   for (const CppTokenKind kind : {TK_ELSE, TK_ELIF}) {
-    files.enter({});
+    enter();
     files.seeDirective(TK_IFNDEF, false, 0, {}, &file);
     files.seeGuard(guard, false, {}, &file);
     files.seeDirective(kind, false, 1, {}, &file);
     EXPECT_FALSE(files.isFollowing());
-    files.leave(path, stampOf(path), kOpenFiles, {});
+    files.leave(path, stampOf(path), {});
   }
   EXPECT_FALSE(isKnown());
 }
 
 TEST_F(GuardedFilesTest, ADirectiveFromAMacroIsADoubt) {
-  files.enter({});
+  enter();
   files.seeDirective(TK_IFNDEF, false, 0, {}, &file);
   files.seeGuard(guard, false, {}, nullptr);
   EXPECT_FALSE(files.isFollowing());
-  files.leave(path, stampOf(path), kOpenFiles, {});
-  EXPECT_FALSE(isKnown());
-}
-
-TEST_F(GuardedFilesTest, TheGuardHasToBeDefined) {
-  read(kGuarded);
-  guard.macro = nullptr;
-  EXPECT_FALSE(isKnown());
-  guard.macro = &macro;
-  EXPECT_TRUE(isKnown());
-}
-
-TEST_F(GuardedFilesTest, MoreOpenFilesThanEverAreADoubt) {
-  read(kGuarded);
-  EXPECT_FALSE(files.find(path, kOpenFiles + 1, 0).has_value());
-}
-
-TEST_F(GuardedFilesTest, AChangedFileIsNotKnown) {
-  read(kGuarded);
-  folder.write("a.h", "123456");
-  EXPECT_FALSE(isKnown());
-}
-
-TEST_F(GuardedFilesTest, AFileIsLookedAtOnceInAMoment) {
-  read(kGuarded);
-  EXPECT_TRUE(isKnown(1));
-  folder.write("a.h", "123456");
-  EXPECT_TRUE(isKnown(1));
-  EXPECT_FALSE(isKnown(0));
-  EXPECT_FALSE(isKnown(2));
-  // What has been found to be changed is not taken for known later in that moment.
-  EXPECT_FALSE(isKnown(2));
-  read(kGuarded);
-  folder.write("a.h", "1234567");
-  EXPECT_FALSE(isKnown(1));
-}
-
-TEST_F(GuardedFilesTest, AnotherFileOfTheSameSizeIsNotKnown) {
-  folder.write("b.h", "12345");
-  read(kGuarded);
-  std::filesystem::rename(folder.path("b.h"), path);
-  EXPECT_FALSE(isKnown());
-}
-
-TEST_F(GuardedFilesTest, AFileThatIsGoneIsNotKnown) {
-  read(kGuarded);
-  std::filesystem::remove(path);
-  EXPECT_FALSE(isKnown());
-  std::filesystem::create_directory(path);
-  EXPECT_FALSE(isKnown());
-}
-
-TEST_F(GuardedFilesTest, ALinkThatLeadsElsewhereIsNotKnown) {
-  folder.write("b.h", "12345");
-  const std::string target = path;
-  path = folder.path("link.h");
-  std::filesystem::create_symlink(target, path);
-  read(kGuarded);
-  EXPECT_TRUE(isKnown());
-  std::filesystem::remove(path);
-  std::filesystem::create_symlink(folder.path("b.h"), path);
+  files.leave(path, stampOf(path), {});
   EXPECT_FALSE(isKnown());
 }
 
 TEST_F(GuardedFilesTest, WithoutAStampNothingIsRemembered) {
-  files.enter({});
+  enter();
   files.seeDirective(TK_IFNDEF, false, 0, {}, &file);
   files.seeGuard(guard, true, {}, &file);
   files.seeDirective(TK_ENDIF, true, 1, {}, &file);
-  files.leave(path, std::nullopt, kOpenFiles, {});
+  files.leave(path, std::nullopt, {});
   EXPECT_FALSE(isKnown());
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <sstream>
 #include <string>
 
@@ -67,6 +68,49 @@ TEST(CppFileScannerTest, EveryFileEndsInOneLineEnd) {
     }
     EXPECT_EQ(tokens + "END", row.tokens) << visible(row.text);
   }
+}
+
+TEST(CppFileScannerTest, ATextIsReadLikeAFileAndKept) {
+  FileReading reading("a");
+  const auto text = std::make_shared<FileText>("b // c\n");
+  for (int round = 0; round < 3; ++round) {
+    reading.scanner.open("b.h", text);
+    EXPECT_TRUE(reading.scanner.isInMemory());
+    EXPECT_EQ(reading.scanner.fileName(), "b.h");
+    EXPECT_EQ(reading.scanner.line(), 1);
+    EXPECT_EQ(reading.getAll(), "IDENTIFIER:b SPACE SPACE NEWLINE END");
+    reading.scanner.reset();
+  }
+  EXPECT_EQ(text.use_count(), 1);
+  reading.scanner.open("c.h", std::make_unique<std::istringstream>("c"));
+  EXPECT_FALSE(reading.scanner.isInMemory());
+  EXPECT_EQ(reading.getAll(), "IDENTIFIER:c NEWLINE END");
+}
+
+TEST(CppFileScannerTest, AFileIsReadAndClosed) {
+  const TemporaryFolder folder;
+  const std::string path = folder.write("a.h", "a // b\n");
+  FileReading reading("");
+  for (int round = 0; round < 3; ++round) {
+    reading.scanner.open(path, std::make_unique<FileBuffer>(path));
+    EXPECT_FALSE(reading.scanner.isInMemory());
+    EXPECT_FALSE(reading.scanner.openFailed());
+    EXPECT_EQ(reading.scanner.fileName(), path);
+    EXPECT_EQ(reading.getAll(), "IDENTIFIER:a SPACE SPACE NEWLINE END");
+    reading.scanner.reset();
+    EXPECT_TRUE(reading.scanner.openFailed());
+  }
+}
+
+TEST(CppFileScannerTest, AnotherScannerReadsTheSameText) {
+  const auto text = std::make_shared<FileText>("a b");
+  FileReading first("");
+  FileReading second("");
+  first.scanner.open("a.h", text);
+  second.scanner.open("a.h", text);
+  EXPECT_EQ(first.get(), "IDENTIFIER:a");
+  EXPECT_EQ(second.getAll(), "IDENTIFIER:a SPACE IDENTIFIER:b NEWLINE END");
+  EXPECT_EQ(first.getAll(), "SPACE IDENTIFIER:b NEWLINE END");
 }
 
 TEST(CppFileScannerTest, TheEndComesAgainAndAgain) {

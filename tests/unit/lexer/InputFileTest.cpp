@@ -2,7 +2,10 @@
 #include "lexer/InputFile.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <cstddef>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -11,17 +14,19 @@
 namespace qnpp {
 namespace {
 
-std::string readInPieces(std::istream& stream, std::size_t size) {
+std::string readInPieces(std::streambuf& buffer, std::size_t size) {
   std::string bytes;
   std::string piece(size, '\0');
   for (;;) {
-    const auto count = stream.rdbuf()->sgetn(piece.data(), static_cast<std::streamsize>(size));
+    const auto count = buffer.sgetn(piece.data(), static_cast<std::streamsize>(size));
     if (count == 0) {
       return bytes;
     }
     bytes.append(piece, 0, static_cast<std::size_t>(count));
   }
 }
+
+std::string readInPieces(const std::istream& stream, std::size_t size) { return readInPieces(*stream.rdbuf(), size); }
 
 TEST(InputFileTest, DeliversTheBytesAsTheyAre) {
   const TemporaryFolder folder;
@@ -59,6 +64,38 @@ TEST(InputFileTest, WhatIsNoReadableFileFails) {
   EXPECT_FALSE(InputFile("").good());
   EXPECT_FALSE(InputFile(name + std::string("\0", 1)).good());
   EXPECT_TRUE(InputFile(name).good());
+}
+
+TEST(FileBufferTest, CopiesWhatOneReadGetsAsAWhole) {
+  const TemporaryFolder folder;
+  for (const std::string& content : {std::string("a\0b\n", 4), std::string()}) {
+    const std::string name = folder.write("file", content);
+    for (const std::size_t size : {1U, 4U, 5U, 100U}) {
+      FileBuffer file(name);
+      const auto copy = std::make_shared<FileText>();
+      file.copyTo(copy);
+      EXPECT_FALSE(copy->has_value());
+      EXPECT_EQ(readInPieces(file, size), content);
+      // With four bytes out of four it is not known yet whether there are more.
+      EXPECT_EQ(*copy, size > content.size() ? FileText(content) : FileText());
+    }
+  }
+}
+
+TEST(FileBufferTest, KnowsHowManyMoreCouldBeOpen) {
+  const TemporaryFolder folder;
+  const FileBuffer file(folder.write("file", ""));
+  rlimit limit{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &limit), 0);
+  const rlimit fewer = {100, limit.rlim_max};
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &fewer), 0);
+  EXPECT_EQ(file.descriptorsLeft(0), 0U);
+  EXPECT_EQ(file.descriptorsLeft(3), 3U);
+  const std::size_t left = file.descriptorsLeft(100);
+  EXPECT_GT(left, 3U);
+  EXPECT_LT(left, 100U);
+  EXPECT_EQ(file.descriptorsLeft(100), left);  // All of them have been closed again.
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
 }
 
 TEST(InputFileTest, ATextCanBeReplacedByAnother) {

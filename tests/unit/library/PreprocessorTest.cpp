@@ -301,22 +301,27 @@ struct ChangedFilesTest : testing::Test {
 
   void change() const {
     folder.write("two/b.h", "int changed;\n");
+    folder.write("two/c.h", "int other;\n");
     folder.write("one/a.h", "int added;\n");
   }
 
   const TemporaryFolder folder;
   const std::string guarded = folder.write("two/b.h", "#ifndef B\n#define B\nint b;\n#endif\n");
   const std::string unguarded = folder.write("two/a.h", "int a;\n");
-  const std::string includes = "#include \"" + guarded + "\"\n#include <a.h>\n";
+  const std::string plain = folder.write("two/c.h", "int plain;\n");
+  const std::string includes = "#include \"" + guarded + "\"\n#include <a.h>\n#include <c.h>\n#include <c.h>\n";
   Preprocessor preprocessor;
 };
 
-// Of both files the first inclusions, and those behind the change.
+// Of each file the first inclusions, and those behind the change.
 void expectChange(const Result& result) {
   EXPECT_NE(result.output.find("int b;"), std::string::npos);
   EXPECT_NE(result.output.find("int a;"), std::string::npos);
   EXPECT_NE(result.output.find("int changed;"), std::string::npos);
   EXPECT_NE(result.output.find("int added;"), std::string::npos);
+  const std::size_t last = result.output.rfind("int plain;");
+  EXPECT_NE(last, std::string::npos);
+  EXPECT_GT(result.output.find("int other;"), last);
 }
 
 TEST_F(ChangedFilesTest, AreReadAgainBetweenTwoLinesOfAReader) {

@@ -426,16 +426,21 @@ ExpressionEvaluator::Result ExpressionEvaluator::evaluate() {
 
 std::optional<CppExprValue> ExpressionEvaluator::evaluateLine(PlainLine::Macros& macros) {
   CppExprValue value;
-  const bool isRead = stream_.readPlainLine(macros, [&](PlainLine& line) {
+  const bool isRead = stream_.passAhead([&](const BytesAhead& bytes) -> const char* {
+    PlainLine line(bytes.begin(), stream_.names(), macros);
     Evaluation evaluation(LineTokens(line), budget_, waiting_);
     value = evaluation.run().value;
-    if (evaluation.peek() != TK_END || line.behindEnd() == nullptr) {
-      return false;
+    if (evaluation.peek() != TK_END || line.end() == nullptr) {
+      return nullptr;
     }
     budget_.spendOnExpansion(line.expansionWork());
-    return true;
+    return line.end();
   });
-  return isRead ? std::optional(value) : std::nullopt;
+  if (!isRead) {
+    return std::nullopt;
+  }
+  stream_.takeLineEnd();
+  return value;
 }
 
 }  // namespace qnpp

@@ -91,16 +91,6 @@ class CppFileScanner final : public CppScanner {
   /// Whether the rest of the line may be read as it stands, see CppLexer::isRestPlain. Only in the middle of a line.
   bool isRestPlain() { return canPass() && lexer_->isRestPlain(); }
 
-  /// The same as that of the lexer; false where nothing was passed. Only in the middle of a line.
-  template <typename Read>
-  bool readPlainLine(PlainLine::Macros& macros, Read read) {
-    if (!canPass() || !lexer_->readPlainLine(macros, read)) {
-      return false;
-    }
-    atLineStart_ = true;
-    return true;
-  }
-
   /// Passes over blanks in the middle of a line, which become the current token; perhaps not over all. Returns whether
   /// there were any.
   bool passBlanks() {

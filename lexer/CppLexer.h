@@ -23,7 +23,6 @@
 #include "lexer/NameTable.h"
 #include "lexer/NestedConditionals.h"
 #include "lexer/OutputBuffer.h"
-#include "lexer/PlainLine.h"
 
 namespace qnpp {
 
@@ -170,17 +169,6 @@ class CppLexer final : public yyCppFlexLexer {
   /// Whether the rest of the line means what stands there and nothing else: all of it is in the buffer, without
   /// comments, continued line ends and macros, and ends in "\n".
   bool isRestPlain();
-
-  /// Lets `read` read the rest of the line as a PlainLine, and passes over it with its line end if `read` says that
-  /// this was all; otherwise returns false, with nothing passed. Only in the middle of a line.
-  template <typename Read>
-  bool readPlainLine(PlainLine::Macros& macros, Read read) {
-    return passAhead([this, &macros, &read](BytesAhead& bytes) {
-      PlainLine line(bytes.begin(), context_.names, macros);
-      bytes.setLines(1);
-      return read(line) ? line.behindEnd() : nullptr;
-    });
-  }
 
   /// Passes over the name behind `#define` or `#undef` as if its tokens had been asked for, and the parameters as well
   /// if `head` wants them. Returns false, with nothing passed, unless there is no fault in them, nothing but blanks is

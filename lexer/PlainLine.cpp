@@ -73,7 +73,7 @@ CppTokenKind PlainLine::next(bool isProtected) {
         if (macro_ != nullptr) {
           return giveUp();
         }
-        behindEnd_ = at_ + 1;
+        end_ = at_;
         return TK_END;
       case Beginning::Nul:
         if (macro_ == nullptr || at_ != textEnd_) {
@@ -90,7 +90,7 @@ CppTokenKind PlainLine::next(bool isProtected) {
 CppTokenKind PlainLine::giveUp() {
   at_ = "";
   macro_ = nullptr;
-  behindEnd_ = nullptr;
+  end_ = nullptr;
   return TK_END;
 }
 

@@ -47,8 +47,8 @@ class PlainLine {
 
   /// Returns TK_END.
   CppTokenKind giveUp();
-  /// Behind the line end, once that has been met; null before, and when it has given up.
-  const char* behindEnd() const { return behindEnd_; }
+  /// The line end, once it has been met; null before, and when it has given up.
+  const char* end() const { return end_; }
   /// How many macros have been expanded, and tokens read from them.
   std::size_t expansionWork() const { return work_; }
 
@@ -80,7 +80,7 @@ class PlainLine {
   const char* at_;
   std::string_view text_;
   bool isMacro_ = false;
-  const char* behindEnd_ = nullptr;
+  const char* end_ = nullptr;
   const char* textEnd_ = nullptr;  // Of the macro's text that is being read,
   const Name* macro_ = nullptr;    // and the macro; null in the line itself.
   bool isExpanded_ = false;        // No name in that text is to be expanded.

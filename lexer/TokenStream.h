@@ -137,13 +137,6 @@ class TokenStream {
   /// CppLexer::isRestPlain.
   bool isRestPlain() { return isInFile_ && fileSource().isRestPlain(); }
 
-  /// Behind the word of a directive: reads the rest of the line, if the current source is a file; see
-  /// CppLexer::readPlainLine.
-  template <typename Read>
-  bool readPlainLine(PlainLine::Macros& macros, Read read) {
-    return isInFile_ && fileSource().readPlainLine(macros, read);
-  }
-
   /// Behind the word of a directive, if the current source is a file: see CppLexer.
   bool readMacroName(std::string_view& name) { return isInFile_ && fileSource().readMacroName(name); }
   bool readMacroHead(MacroHead& head) { return isInFile_ && fileSource().readMacroHead(head); }
@@ -275,6 +268,7 @@ class TokenStream {
   /// A copy of `text`.
   std::string_view store(std::string_view text) { return pool_.store(text); }
   StoredTextLexer& storedTextLexer() { return storedTextLexer_; }
+  const NameTable& names() const { return context_.names; }
 
   /// A macro of this name is being defined, see SpellingPool.
   void nameBecameKnown(Name& name) { pool_.nameBecameKnown(name); }

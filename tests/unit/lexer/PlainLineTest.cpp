@@ -71,13 +71,15 @@ Read readPlain(std::istream& input, LexerSetting& setting, PlainLine::Macros& ma
   CppLexer lexer(input, setting.context);
   EXPECT_EQ(lexer.next(), TK_IDENTIFIER);
   Read read;
-  read.isRead = lexer.readPlainLine(macros, [&read](PlainLine& line) {
+  read.isRead = lexer.passAhead([&](const BytesAhead& bytes) {
+    PlainLine line(bytes.begin(), setting.names, macros);
     for (CppTokenKind kind = line.next(false); kind != TK_END; kind = line.next(false)) {
       read.tokens += dumpToken(kind, line.text()) + " ";
     }
     EXPECT_EQ(line.next(false), TK_END);
-    return true;
+    return line.end();
   });
+  EXPECT_EQ(lexer.passPlainLineEnd(), read.isRead);
   read.rest = dumpRest(lexer);
   return read;
 }
@@ -201,7 +203,8 @@ TEST(PlainLineTest, AProtectedNameIsAskedForOnly) {
   std::istringstream input("x A B if else F A\n");
   CppLexer lexer(input, setting.context);
   static_cast<void>(lexer.next());
-  const bool isRead = lexer.readPlainLine(macros, [](PlainLine& line) {
+  const bool isRead = lexer.passAhead([&](const BytesAhead& bytes) {
+    PlainLine line(bytes.begin(), setting.names, macros);
     const auto expect = [&line](CppTokenKind kind, bool isMacro) {
       EXPECT_EQ(line.next(true), kind);
       EXPECT_EQ(line.isMacro(), isMacro);
@@ -213,10 +216,11 @@ TEST(PlainLineTest, AProtectedNameIsAskedForOnly) {
     expect(TK_IDENTIFIER, true);
     EXPECT_EQ(line.next(false), TK_DEC_INT);
     EXPECT_EQ(line.expansionWork(), 2U);
-    return line.next(false) == TK_END;
+    EXPECT_EQ(line.next(false), TK_END);
+    return line.end();
   });
   EXPECT_TRUE(isRead);
-  EXPECT_EQ(lexer.line(), 2);
+  EXPECT_EQ(dumpRest(lexer), "NEWLINE");
 }
 
 // Any line, in pieces of any size: it is read as the rules read it, or nothing of it is taken.

@@ -36,6 +36,8 @@ inline constexpr ByteSet kStringEscapes = bytesOf("\"\\");
 inline constexpr ByteSet kCharacterEscapes = bytesOf("\"'?\\abfnrtv01234567");
 
 inline constexpr ByteSet kBlankBytes = bytesOf(" \t\v\f");
+/// What ends a line, or may end it where it is the NUL behind a text.
+inline constexpr ByteSet kLineEndsAndNul = bytesOf(std::string_view("\r\n\0", 3));
 inline constexpr ByteSet kQuotesAndBackslash = bytesOf("\"'\\");
 
 /// What names and numbers consist of.

@@ -9,6 +9,7 @@
 
 #include "lexer/Block.h"
 #include "lexer/ByteSet.h"
+#include "lexer/PlainToken.h"
 
 namespace qnpp {
 namespace {
@@ -48,8 +49,6 @@ char* passManyBlanks(char* at) {
 [[gnu::cold]] const char* passManyDigits(const char* at) {
   return passMany(at, [](const Block& block) { return block.digits(); });
 }
-
-bool isComment(const char* at) { return *at == '/' && isOneOf(at[1], '*', '/'); }
 
 // Behind the blanks at `at`, of which there are mostly none or a few.
 inline char* passAllBlanks(char* at) {
@@ -280,7 +279,7 @@ CppTokenKind CppLexer::passLineStart(std::string& leadingSpace) {
       passed = TK_SPACE;
     }
     yytext = at;
-    if (isComment(at)) {
+    if (isCommentAt(at)) {
       at = next == '*' ? passBlockComment(at + 2) : passLineComment(at + 2);
       leadingSpace += ' ';
       passed = TK_SPACE;
@@ -288,8 +287,8 @@ CppTokenKind CppLexer::passLineStart(std::string& leadingSpace) {
     }
     if (*at == '#' && next != '#' && next != '\0') {
       char* word = passAllBlanks(at + 1);
-      const bool isCommentNext = isComment(word);
-      while (isComment(word)) {
+      const bool isCommentNext = isCommentAt(word);
+      while (isCommentAt(word)) {
         word = passAllBlanks(word[1] == '*' ? passBlockComment(word + 2) : passLineComment(word + 2));
       }
       if (*word == '\n') {
@@ -926,7 +925,7 @@ class CppLexer::LineSkip {
       lookAtBlock();
     }
     const std::uint64_t opening = std::uint64_t{1} << place;
-    if (!isComment(block_ + place) || mayBeInLiteral(opening)) {
+    if (!isCommentAt(block_ + place) || mayBeInLiteral(opening)) {
       return false;
     }
     const bool isBlock = block_[place + 1] == '*';

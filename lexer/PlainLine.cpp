@@ -36,9 +36,6 @@ constexpr std::array<Beginning, 256> kBeginnings = [] {
 // In the place of a kind: the text of a macro comes in the place of its name.
 constexpr CppTokenKind kExpanded = -1;
 
-// What ends a line, or may end it; and what a literal may not hold here.
-constexpr ByteSet kEndsOfLine = bytesOf(std::string_view("\r\n\0", 3));
-
 // Whether the byte behind a backslash makes it an escape of a character literal. Further digits stand for themselves.
 bool isCharacterEscape(const char* at) { return has(kCharacterEscapes, *at) || (*at == 'x' && has(kHexDigits, at[1])); }
 
@@ -64,7 +61,7 @@ CppTokenKind PlainLine::next(bool isProtected) {
       case Beginning::Double:
         return takeOperator();
       case Beginning::Slash:
-        if (at_[1] != '*' && at_[1] != '/') {
+        if (!isCommentAt(at_)) {
           return take('/', at_ + 1);
         }
         passComment();
@@ -122,7 +119,7 @@ CppTokenKind PlainLine::takeCharacter() {
       if (!isCharacterEscape(at)) {
         return giveUp();
       }
-    } else if (has(kEndsOfLine, *at)) {
+    } else if (has(kLineEndsAndNul, *at)) {
       return giveUp();
     }
     ++at;
@@ -133,10 +130,7 @@ CppTokenKind PlainLine::takeCharacter() {
 // Moves behind the comment that begins here, if it ends on the line.
 void PlainLine::passComment() {
   const bool isBlock = at_[1] == '*';
-  const char* at = at_ + 2;
-  while (!has(kEndsOfLine, *at) && !(isBlock && at[0] == '*' && at[1] == '/')) {
-    ++at;
-  }
+  const char* const at = findEndOfComment(at_ + 2, isBlock);
   if (macro_ != nullptr || *at != (isBlock ? '*' : '\n')) {
     static_cast<void>(giveUp());
     return;

@@ -4,14 +4,49 @@
 #include "lexer/CppLexer.h"
 
 namespace qnpp {
+namespace {
 
-const char* passSimpleLiteral(const char* at) {
-  const char quote = *at;
-  const char* const inside = ++at;
-  while (*at != quote && *at != '\\' && *at != '\n' && *at != '\0') {
+// Behind the literal at `at` if it is closed and holds no backslash; null otherwise.
+const char* behindSimpleLiteral(const char* at) {
+  const char* const end = findEndOfLiteral(*at, at + 1);
+  const bool isEmptyCharacter = *at == '\'' && end == at + 1;
+  return *end != *at || isEmptyCharacter ? nullptr : end + 1;
+}
+
+}  // namespace
+
+const char* findEndOfComment(const char* at, bool isBlock) {
+  while (!has(kLineEndsAndNul, *at) && !(isBlock && at[0] == '*' && at[1] == '/')) {
     ++at;
   }
-  return *at != quote || (quote == '\'' && at == inside) ? nullptr : at + 1;
+  return at;
+}
+
+bool mayHoldComment(std::string_view text) {
+  const std::size_t last = text.size() - 1;
+  std::size_t at = text.find('/');
+  while (at < last && !isCommentAt(text.data() + at)) {
+    at = text.find('/', at + 1);
+  }
+  return at < last;
+}
+
+bool isStringLiteral(std::string_view text) {
+  if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
+    return false;
+  }
+  const std::string_view inside = text.substr(1, text.size() - 2);
+  for (std::size_t at = 0; at < inside.size(); ++at) {
+    if (inside[at] == '\\') {
+      ++at;
+      if (at == inside.size() || !has(kStringEscapes, inside[at])) {
+        return false;
+      }
+    } else if (inside[at] == '"' || inside[at] == '\n') {
+      return false;
+    }
+  }
+  return true;
 }
 
 const char* passPlainToken(const char* at, CppTokenKind& kind) {
@@ -30,10 +65,10 @@ const char* passPlainToken(const char* at, CppTokenKind& kind) {
     case '"':
     case '\'':
       kind = *at == '"' ? TK_STRING : TK_CHAR;
-      return passSimpleLiteral(at);
+      return behindSimpleLiteral(at);
     case '/':
       kind = '/';
-      return at[1] == '/' || at[1] == '*' ? nullptr : at + 1;
+      return isCommentAt(at) ? nullptr : at + 1;
     case '|':
     case '&':
     case '=':

@@ -40,8 +40,21 @@ inline CppTokenKind kindOfNumber(std::string_view number) {
   return isUnsigned ? TK_OCT_UINT : TK_OCT_INT;
 }
 
-/// Behind the literal at `at` if it is closed and holds no backslash; null otherwise.
-const char* passSimpleLiteral(const char* at);
+inline bool isCommentAt(const char* at) { return *at == '/' && (at[1] == '*' || at[1] == '/'); }
+/// From `at` in a comment: the "*/" that ends it, or the first of kLineEndsAndNul before that.
+const char* findEndOfComment(const char* at, bool isBlock);
+/// Whether lexing `text` could meet a comment. One in a literal counts here, which only costs time.
+bool mayHoldComment(std::string_view text);
+
+/// From `at` in a literal that begins with `quote`: the first byte that ends it or is more than itself.
+inline const char* findEndOfLiteral(char quote, const char* at) {
+  while (*at != quote && *at != '\\' && *at != '\n' && *at != '\0') {
+    ++at;
+  }
+  return at;
+}
+/// True for a text that is one string literal, as stringizing makes it of most arguments.
+bool isStringLiteral(std::string_view text);
 
 /// Behind the token at `at`, whose kind is put into `kind`: that of the scanner, but of any word it may be
 /// TK_IDENTIFIER. Null where it takes the scanner to know: for a literal that is not simple, a NUL, and what may be a

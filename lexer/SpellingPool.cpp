@@ -8,36 +8,9 @@
 #include <new>
 
 #include "lexer/ByteSet.h"
+#include "lexer/PlainToken.h"
 
 namespace qnpp {
-namespace {
-
-// True for a text that is one string literal: what stringizing makes of most arguments. Only \" and \\ are escapes.
-bool isStringLiteral(std::string_view text) {
-  if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
-    return false;
-  }
-  const std::string_view inside = text.substr(1, text.size() - 2);
-  for (std::size_t at = 0; at < inside.size(); ++at) {
-    if (inside[at] == '\\') {
-      ++at;
-      if (at == inside.size() || (inside[at] != '"' && inside[at] != '\\')) {
-        return false;
-      }
-    } else if (inside[at] == '"' || inside[at] == '\n') {
-      return false;
-    }
-  }
-  return true;
-}
-
-// Whether lexing `text` could meet a comment; a "/*" inside a literal counts here, which only costs time.
-bool mayOpenComment(std::string_view text) {
-  return text.find("/*") != std::string_view::npos || text.find("//") != std::string_view::npos;
-}
-
-}  // namespace
-
 Spelling* SpellingPool::make(CppTokenKind kind, std::string_view text) {
   return std::construct_at(
       static_cast<Spelling*>(arena_.allocate(sizeof(Spelling))),
@@ -71,7 +44,7 @@ const Spelling* SpellingPool::spell(std::string_view text) {
   if (isStringLiteral(kept)) {
     return make(TK_STRING, kept);
   }
-  if (mayOpenComment(kept)) {
+  if (mayHoldComment(kept)) {
     return make(Spelling::kOpensComment, kept);
   }
   pieces_.clear();

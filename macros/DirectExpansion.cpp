@@ -25,8 +25,6 @@ constexpr std::size_t kTextPerWork = 4;  // What comes of the input, and of the 
 constexpr std::size_t kSlack = 4;        // Bytes behind a word that may be read, the first of which ends it.
 constexpr unsigned kAllWays = ~0U;       // In which tokens may meet, all of which matter in a condition.
 
-constexpr ByteSet kQuoteAndBackslash = bytesOf("\"\\");
-
 // What a byte of an argument is. Those up to "(" may stand behind a blank that stands for itself.
 enum class ByteClass : std::uint8_t { Other, Word, Quote, Opening, Closing, Comma, Blank, LineEnd, Slash, Nul, Unsure };
 
@@ -55,42 +53,6 @@ constexpr std::array<ByteClass, 256> kByteClasses = [] {
 }();
 
 constexpr ByteClass classOf(char byte) { return kByteClasses[static_cast<unsigned char>(byte)]; }
-
-constexpr ByteSet kLineEndsAndNul = bytesOf(std::string_view("\r\n\0", 3));
-
-bool isCommentAt(const char* at) { return *at == '/' && (at[1] == '/' || at[1] == '*'); }
-
-// Where a literal that begins with `quote` ends if it is of the simple sort, without escapes.
-const char* findQuote(char quote, const char* at) {
-  while (*at != quote && *at != '\\' && *at != '\n' && *at != '\0') {
-    ++at;
-  }
-  return at;
-}
-
-// Whether what "#" has made is a string to the lexer, which knows two escapes. Where an apostrophe stands in a string
-// of the argument, backslashes may be left that are none.
-bool isOneString(std::string_view literal) {
-  if (literal.find('\\') == std::string_view::npos) {
-    return true;
-  }
-  std::size_t at = 1;
-  for (; at + 1 < literal.size(); ++at) {
-    if (literal[at] == '"' || (literal[at] == '\\' && !has(kQuoteAndBackslash, literal[++at]))) {
-      return false;
-    }
-  }
-  return at + 1 == literal.size();
-}
-
-bool mayHoldComment(std::string_view text) {
-  for (std::size_t at = text.find('/'); at != std::string_view::npos; at = text.find('/', at + 1)) {
-    if (isCommentAt(text.data() + at)) {
-      return true;
-    }
-  }
-  return false;
-}
 
 // Whether in a condition a name in the text may have been an operand of `defined`, which is not expanded.
 bool mayHoldDefined(std::string_view text) { return text.find("defined") != std::string_view::npos; }
@@ -173,9 +135,7 @@ bool DirectExpansion::Input::passComment(const char*& at) {
   const bool isBlock = at[1] == '*';
   const char* end = at + 2;
   for (;;) {
-    while (!has(kLineEndsAndNul, *end) && !(isBlock && end[0] == '*' && end[1] == '/')) {
-      ++end;
-    }
+    end = findEndOfComment(end, isBlock);
     if (*end != '\0') {
       break;
     }
@@ -193,7 +153,7 @@ bool DirectExpansion::Input::passLiteral(const char*& from, const char*& at) {
   const char quote = *at;
   const auto inside = at + 1 - from;
   ++at;
-  while (*(at = findQuote(quote, at)) == '\0') {
+  while (*(at = findEndOfLiteral(quote, at)) == '\0') {
     if (!getMore(from, at)) {
       return false;
     }
@@ -428,7 +388,7 @@ bool DirectExpansion::appendRefreshed(const Name& name, Making& making) {
   literal_ = predefined_.textOf(name, *stream_.file());
   spendOnText(literal_.size());
   const char* const end = literal_.data() + literal_.size();
-  return (literal_[0] != '"' || findQuote('"', literal_.data() + 1) + 1 == end) && appendItem(literal_, making);
+  return (literal_[0] != '"' || findEndOfLiteral('"', literal_.data() + 1) + 1 == end) && appendItem(literal_, making);
 }
 
 // Appends what the replacement list comes to, while the name is hidden.
@@ -786,7 +746,9 @@ bool DirectExpansion::appendLiteral(const Value& value, Making& making) {
   literal_.clear();
   appendStringLiteral({bytes_.get() + value.text.begin, value.text.size}, literal_);
   spendOnText(literal_.size());
-  return isOneString(literal_) && appendItem(literal_, making);
+  // Where an apostrophe stands in a string of the argument, backslashes may be left that are no escapes to the lexer.
+  const bool isString = literal_.find('\\') == std::string::npos || isStringLiteral(literal_);
+  return isString && appendItem(literal_, making);
 }
 
 // The operands of a "##" as one text, of words, operators and blanks.

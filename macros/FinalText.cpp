@@ -9,6 +9,7 @@
 
 #include "lexer/ByteSet.h"
 #include "lexer/CppLexer.h"
+#include "lexer/PlainToken.h"
 #include "macros/CppMacro.h"
 
 namespace qnpp {
@@ -82,7 +83,7 @@ FinalText findLastingText(const CppMacro& macro) {
   for (const char* at = begin; at != end;) {
     if (has(kDigitBytes, *at)) {
       at = passNumber(at);  // Behind it a name may follow directly.
-    } else if (has(kMoreThanItself, *at) || (*at == '/' && (at[1] == '/' || at[1] == '*'))) {
+    } else if (has(kMoreThanItself, *at) || isCommentAt(at)) {
       return {};
     } else {
       ++at;

@@ -174,11 +174,11 @@ Byte* findAny(Byte* at) {
   }
 }
 
-/// The first byte from `at` on that no word consists of.
-inline char* passWord(char* at) {
+/// Behind the bytes at `at` that `find` finds in a block: for the few places where there may be very many.
+template <typename Byte, typename Find>
+Byte* passMany(Byte* at, Find find) {
   for (;; at += 64) {
-    const std::uint64_t others = ~Block(at).words();
-    if (others != 0) {
+    if (const std::uint64_t others = ~find(Block(at)); others != 0) {
       return at + std::countr_zero(others);
     }
   }

@@ -9,6 +9,8 @@ namespace qnpp {
 
 using ByteSet = std::array<bool, 256>;
 
+constexpr bool isOneOf(char byte, char a, char b) { return byte == a || byte == b; }
+
 constexpr bool has(const ByteSet& set, char byte) { return set[static_cast<unsigned char>(byte)]; }
 
 consteval ByteSet bytesOf(std::string_view bytes) {
@@ -28,6 +30,7 @@ consteval ByteSet allBytesBut(std::string_view bytes) {
 }
 
 inline constexpr ByteSet kDigitBytes = bytesOf("0123456789");
+inline constexpr ByteSet kOctalDigits = bytesOf("01234567");
 inline constexpr ByteSet kHexDigits = bytesOf("0123456789ABCDEFabcdef");
 
 /// Behind a backslash in a literal. In that of a character an "x" may stand there too, and a hexadecimal digit behind

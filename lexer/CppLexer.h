@@ -51,9 +51,6 @@ struct LexerContext {
   Budget& budget;  ///< Is looked at before input is read.
 };
 
-/// Behind the number that begins at `at`, by the rules of the tokens: the longest one. What ends it has to follow.
-const char* passNumber(const char* at);
-
 /// The name of a macro or `_Pragma` in the word from `word` to `end`, or null. Moves `word` to where the name begins: a
 /// name may follow a number directly. At `end` stands a byte that is none of a word, and three bytes may be read there.
 Name* findMacroName(const NameTable& names, const char*& word, const char* end);

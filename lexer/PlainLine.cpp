@@ -5,7 +5,6 @@
 #include <cstdint>
 
 #include "lexer/ByteSet.h"
-#include "lexer/CppLexer.h"
 #include "lexer/PlainToken.h"
 
 namespace qnpp {

@@ -1,7 +1,6 @@
 #include "lexer/PlainToken.h"
 
 #include "lexer/ByteSet.h"
-#include "lexer/CppLexer.h"
 
 namespace qnpp {
 namespace {

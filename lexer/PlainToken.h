@@ -3,6 +3,7 @@
 
 #include <string_view>
 
+#include "lexer/ByteSet.h"
 #include "lexer/CppTokenKind.h"
 
 namespace qnpp {
@@ -55,6 +56,24 @@ inline const char* findEndOfLiteral(char quote, const char* at) {
 }
 /// True for a text that is one string literal, as stringizing makes it of most arguments.
 bool isStringLiteral(std::string_view text);
+
+/// Behind the number that begins at `at`, by the rules of the tokens: the longest one. What ends it has to follow.
+inline const char* passNumber(const char* at) {
+  if (*at != '0') {
+    at = passAll(kDigitBytes, at);
+  } else if (isOneOf(at[1], 'x', 'X') && has(kHexDigits, at[2])) {
+    at = passAll(kHexDigits, at + 2);
+  } else {
+    at = passAll(kOctalDigits, at);
+  }
+  if (isOneOf(*at, 'u', 'U')) {
+    return isOneOf(at[1], 'l', 'L') ? at + 2 : at + 1;
+  }
+  if (isOneOf(*at, 'l', 'L')) {
+    return isOneOf(at[1], 'u', 'U') ? at + 2 : at + 1;
+  }
+  return at;
+}
 
 /// Behind the token at `at`, whose kind is put into `kind`: that of the scanner, but of any word it may be
 /// TK_IDENTIFIER. Null where it takes the scanner to know: for a literal that is not simple, a NUL, and what may be a

@@ -12,8 +12,10 @@
 #include <cstring>
 
 #if defined(__SSE2__)
+#define QNPP_HAS_VECTORS
 #include <emmintrin.h>
 #elif defined(__aarch64__) && defined(__ARM_NEON)
+#define QNPP_HAS_VECTORS
 #include <arm_neon.h>
 #endif
 
@@ -70,7 +72,7 @@ class ScalarBlock {
   char bytes_[64];
 };
 
-#if defined(__SSE2__) || (defined(__aarch64__) && defined(__ARM_NEON))
+#if defined(QNPP_HAS_VECTORS)
 
 /// The same in four vectors of the compiler's. Only the way from comparisons to bits and sums differs from processor to
 /// processor. Four members and no array, no loop: compilers would leave an array in memory, and the loop a loop.
@@ -157,10 +159,10 @@ class VectorBlock {
 
 #endif
 
-#if defined(QNPP_WITHOUT_SHORTCUTS) || !(defined(__SSE2__) || (defined(__aarch64__) && defined(__ARM_NEON)))
-using Block = ScalarBlock;
-#else
+#if defined(QNPP_HAS_VECTORS) && !defined(QNPP_WITHOUT_SHORTCUTS)
 using Block = VectorBlock;
+#else
+using Block = ScalarBlock;
 #endif
 
 /// The first byte from `at` on that is one of `Stops`. One of them must come: a text ends in a NUL, which is to be one.

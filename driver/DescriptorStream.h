@@ -27,6 +27,7 @@ class DescriptorStream : public std::ostream {
   /// Whether somebody reads what is written, and a call may wait for that: false for files and devices such as
   /// /dev/null.
   bool hasReader() const { return buffer_.hasReader(); }
+  int descriptor() const { return buffer_.descriptor(); }
 
  private:
   class Buffer : public std::streambuf {
@@ -36,6 +37,7 @@ class DescriptorStream : public std::ostream {
     Buffer& operator=(const Buffer&) = delete;
     ~Buffer() override;
     bool hasReader() const;
+    int descriptor() const { return descriptor_; }
 
    protected:
     std::streamsize xsputn(const char* from, std::streamsize size) override;

@@ -84,12 +84,11 @@ std::optional<Status> Driver::run(int argc, const char* const* argv) {
   }
   std::ostream& textOutput = outputFile_ != nullptr ? *outputFile_ : output_;
   // Failures of the streams are not looked at: the exit status speaks of the input alone.
-  const StreamSink sink{&textOutput};
-  const auto* const descriptor = dynamic_cast<const DescriptorStream*>(&textOutput);
-  if (descriptor == nullptr || descriptor->hasReader()) {  // Who may change included files while the run waits.
-    preprocessor_.setOutputSink([sink](std::string_view block) { sink(block); });
-  } else {
-    preprocessor_.setOutputSink(sink);
+  const auto* const written = dynamic_cast<const DescriptorStream*>(&textOutput);
+  if (written != nullptr && !written->hasReader()) {
+    preprocessor_.setOutputSink(StreamSink{&textOutput, written->descriptor()});
+  } else {  // A reader may change included files while the run waits.
+    preprocessor_.setOutputSink([&textOutput](std::string_view block) { textOutput << block; });
   }
   bool isFatal = false;
   preprocessor_.setDiagnosticSink([this, &isFatal](const Diagnostic& diagnostic) {

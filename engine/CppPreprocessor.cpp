@@ -54,7 +54,7 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
     if (!isOpen) {
       return false;
     }
-    const std::optional<FileStamp> stamp = file->stamp();
+    const std::optional<FileStamp> stamp = stampOf(*file);
     isAtRest_ = isAtRest_ && stamp;
     if (kShortcuts && stamp) {
       file->copyTo(preprocessor_.knownFiles_.opened(path, *stamp, moment()));
@@ -74,6 +74,12 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
   }
 
  private:
+  // The stamp of a file at rest, which one that the run itself writes to is not.
+  std::optional<FileStamp> stampOf(const FileBuffer& file) const {
+    const std::optional<FileStamp>& stamp = file.stamp();
+    return stamp && preprocessor_.host_.isOutput(*stamp) ? std::nullopt : stamp;
+  }
+
   // What a moment is known by.
   struct Seen {
     FileTime time;

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "directives/IncludeSearch.h"
+#include "lexer/InputFile.h"
 #include "lexer/Messages.h"
 #include "lexer/OutputBuffer.h"
 
@@ -59,6 +60,8 @@ class Host : public TextSink {
                                            std::string_view includerPath) = 0;
   /// How often a sink of the caller's has been called that may have changed files.
   virtual std::uint64_t callCount() const = 0;
+  /// Whether the output is written to this file, so that it changes whenever a block is delivered.
+  virtual bool isOutput(const FileStamp& file) const = 0;
 
   /// Before a file is entered, which makes `depth` files around it.
   virtual void enter(const Inclusion& inclusion, std::size_t depth) = 0;

@@ -15,6 +15,7 @@ namespace qnpp {
 
 // To look at a file takes as long as to open it, so a stamp would save nothing.
 std::optional<FileStamp> stampOf(const std::string&) { return std::nullopt; }
+std::optional<FileStamp> stampOfOpen(int) { return std::nullopt; }
 FileTime fileClock() { return {}; }
 
 // A directory cannot be opened.
@@ -49,6 +50,11 @@ FileTime fileClock() {
 std::optional<FileStamp> stampOf(const std::string& path) {
   struct stat status {};
   return ::stat(path.c_str(), &status) == 0 ? stampOf(status) : std::nullopt;
+}
+
+std::optional<FileStamp> stampOfOpen(int descriptor) {
+  struct stat status {};
+  return ::fstat(descriptor, &status) == 0 ? stampOf(status) : std::nullopt;
 }
 
 void FileBuffer::open(const std::string& path) {

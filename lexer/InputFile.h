@@ -32,10 +32,14 @@ struct FileStamp {
   std::uint64_t size = 0;
   FileTime changedAt;
   bool operator==(const FileStamp&) const = default;
+  bool isOfSameFile(const FileStamp& other) const { return device == other.device && number == other.number; }
 };
 
 /// The stamp of the file of this path; none if that is no regular file, or nothing that can be looked at.
 std::optional<FileStamp> stampOf(const std::string& path);
+
+/// The same for the file of a descriptor.
+std::optional<FileStamp> stampOfOpen(int descriptor);
 
 /// The text of a file, once it has been read and was small enough.
 using FileText = std::optional<std::string>;

@@ -146,7 +146,7 @@ class CppLexer::TextCopy {
 
   // The functions that follow return where to go on, or null.
 
-  char* copyWord(char* word, char* end) {
+  [[gnu::always_inline]] char* copyWord(char* word, char* end) {
     if (*end == '\0' && lexer_.atBufferEnd(end)) {
       const auto size = end - word;
       if (!refill(word, end)) {

@@ -90,6 +90,9 @@ std::streamsize ReaderInput::Buffer::xsgetn(char* to, std::streamsize size) {
 Run::Run(const Settings& settings, std::atomic<bool>& isCancelled, Result& result)
     : settings_(settings), isCancelled_(isCancelled), result_(result) {
   budget_.watch(isCancelled);
+  if (const auto* const sink = settings.outputSink.target<StreamSink>(); sink != nullptr) {
+    outputFile_ = stampOfOpen(sink->descriptor);
+  }
 }
 
 // ---- Beginning and end ----

@@ -73,6 +73,7 @@ class Run final : public Host {
   std::optional<FoundFile> resolve(const IncludeName& name, const FilePlace& place,
                                    std::string_view includerPath) override;
   std::uint64_t callCount() const override { return callCount_; }
+  bool isOutput(const FileStamp& file) const override { return outputFile_ && outputFile_->isOfSameFile(file); }
   void enter(const Inclusion& inclusion, std::size_t depth) override;
   void mark(LineMark mark, const FilePlace& place, std::uint64_t offset) override;
 
@@ -86,10 +87,11 @@ class Run final : public Host {
   std::atomic<bool>& isCancelled_;
   Result& result_;
   Budget budget_;
-  bool isEnded_ = false;           // Before the end of the source.
-  const char* failure_ = nullptr;  // What the scanner said when it could not go on.
-  bool isOutputOver_ = false;      // Nothing may be delivered any more.
-  std::uint64_t callCount_ = 0;    // Of the caller's sinks, but for a StreamSink.
+  bool isEnded_ = false;                 // Before the end of the source.
+  const char* failure_ = nullptr;        // What the scanner said when it could not go on.
+  bool isOutputOver_ = false;            // Nothing may be delivered any more.
+  std::uint64_t callCount_ = 0;          // Of the caller's sinks, but for a StreamSink,
+  std::optional<FileStamp> outputFile_;  // and the file that this writes to.
   std::uint64_t delivered_ = 0;
   std::uint64_t linesDelivered_ = 0;
   std::size_t entriesCounted_ = 0;  // Entries of the line map that have got their line of the output.

@@ -33,6 +33,7 @@ class Host final : public qnpp::Host {
   void report(const qnpp::Report& report) override { messages_ += report.printed; }
   bool isResolver() const override { return false; }
   std::uint64_t callCount() const override { return 0; }
+  bool isOutput(const qnpp::FileStamp& /*file*/) const override { return false; }
   std::optional<FoundFile> resolve(const qnpp::IncludeName&, const qnpp::FilePlace&, std::string_view) override {
     return std::nullopt;
   }

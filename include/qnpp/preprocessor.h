@@ -72,10 +72,11 @@ using DiagnosticSink = std::function<void(const Diagnostic&)>;
 using OutputSink = std::function<void(std::string_view block)>;
 
 /// An output sink that writes to a stream, whose state it does not look at. While a run calls one, it takes files to
-/// stay as they are; after the call of any other function, it looks at an included file again. So it is for a stream
-/// that nobody reads at the same time, such as one to a file.
+/// stay as they are, but for that of `descriptor`; after the call of any other function, it looks at an included file
+/// again. So it is for a stream that nobody reads at the same time, such as one to a file.
 struct StreamSink {
   std::ostream* stream;  ///< Borrowed.
+  int descriptor = -1;   ///< Of the file that the stream writes to, which the source may include; or -1.
   void operator()(std::string_view block) const { *stream << block; }
 };
 

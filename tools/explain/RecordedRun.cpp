@@ -41,6 +41,7 @@ class RecordingHost final : public Host {
     return std::nullopt;
   }
   std::uint64_t callCount() const override { return 0; }
+  bool isOutput(const FileStamp& /*file*/) const override { return false; }
   void enter(const Inclusion& /*inclusion*/, std::size_t /*depth*/) override {}
   void mark(LineMark /*mark*/, const FilePlace& /*place*/, std::uint64_t /*offset*/) override {}
 

@@ -1,7 +1,9 @@
 #include "driver/Driver.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
@@ -16,6 +18,7 @@
 #include <utility>
 #include <vector>
 
+#include "driver/DescriptorStream.h"
 #include "qnpp/version.h"
 #include "tests/support/Files.h"
 #include "tests/support/Text.h"
@@ -294,6 +297,21 @@ TEST_F(DriverTest, WhoReadsTheOutputMayChangeAHeader) {
   const char* const argv[] = {"qnpp", source.c_str()};
   EXPECT_EQ(Driver(output, output, nullptr).run(2, argv), Status::Clean);
   EXPECT_NE(buffer.written().find("\nNEW\n"), std::string::npos);
+}
+
+// As far as it has been written then, which is but for the last 64 KB: lines that come to nothing the second time.
+TEST_F(DriverTest, TheOutputMayBeIncluded) {
+  const std::string word(99, 'y');
+  const std::string source = write("a.c", "#include \"out.h\"\n#include \"out.h\"\n" + repeat(2000, word + "\n") +
+                                              "#define " + word + "\n#include \"out.h\"\n");
+  write("out.h", "");
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // Files that have just been changed are read again.
+  DescriptorStream output(::open(path("out.h").c_str(), O_WRONLY), DescriptorStream::Ownership::Owned);
+  std::ostringstream messages;
+  const char* const argv[] = {"qnpp", source.c_str()};
+  EXPECT_EQ(Driver(output, messages, nullptr).run(2, argv), Status::Clean);
+  const std::string text = read("out.h");
+  EXPECT_GT(std::count(text.begin(), text.end(), '\n'), 3000);
 }
 
 }  // namespace

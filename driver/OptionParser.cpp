@@ -50,6 +50,7 @@ OptionParser::OptionParser(int argc, const char* const* argv, std::span<const Op
   for (int i = 1; i < argc; ++i) {
     words_.emplace_back(argv[i]);
   }
+  letters_.reserve(words_.size());
   parse();
 }
 
@@ -100,7 +101,7 @@ void OptionParser::recordValueless(const OptionEntry& entry, std::size_t positio
 // the first option of the table, whatever the option at hand. Thus `-I -Ifoo` searches the directory "-Ifoo", whereas
 // in `-I -x` the `-I` lacks its value and `-x` is an option of its own.
 std::size_t OptionParser::recordLetter(const OptionEntry& entry, std::size_t position) {
-  const std::string_view letter = entry.name.substr(0, 1);
+  const char letter = entry.name[0];
   const std::string_view attached = withoutDash(words_[position]).substr(1);
   ++position;
   if (!attached.empty()) {
@@ -195,16 +196,16 @@ void OptionParser::warnAboutIgnoredWords() const {
 
 bool OptionParser::isPresent(std::string_view option) const {
   const auto isEvent = [&](const Event& event) { return event.key == option; };
-  const auto isLetter = [&](const LetterOccurrence& occurrence) { return occurrence.letter == option; };
+  const auto isLetter = [&](const LetterOccurrence& occurrence) { return occurrence.letter == option[0]; };
   return values_.contains(option) || std::any_of(events_.begin(), events_.end(), isEvent) ||
-         std::any_of(letters_.begin(), letters_.end(), isLetter);
+         (option.size() == 1 && std::any_of(letters_.begin(), letters_.end(), isLetter));
 }
 
 std::optional<std::vector<std::string_view>> OptionParser::letterValues(std::string_view letter) const {
   std::vector<std::string_view> values;
   values.reserve(letters_.size());
   for (const LetterOccurrence& occurrence : letters_) {
-    if (occurrence.letter != letter) {
+    if (occurrence.letter != letter[0]) {
       continue;
     }
     if (!occurrence.value) {

@@ -76,7 +76,7 @@ class OptionParser {
 
   // One occurrence of a letter option; no value if it lacks one.
   struct LetterOccurrence {
-    std::string_view letter;
+    char letter;
     std::optional<std::string_view> value;
   };
 

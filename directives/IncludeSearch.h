@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
 #include "lexer/Messages.h"
 #include "lexer/TokenStream.h"
@@ -49,8 +49,8 @@ class IncludeSearch {
   /// `files` is borrowed and outlives the object.
   explicit IncludeSearch(FileOpener& files) : files_(files) {}
 
-  /// Appends a directory, which is borrowed and outlives the object, to those that are searched.
-  void addDirectory(std::string_view directory) { directories_.push_back(directory); }
+  /// Sets the directories that are searched, in this order. They are borrowed and outlive the object.
+  void setDirectories(std::span<const std::string> directories) { directories_ = directories; }
 
   /// The first file that opens: the name itself when it is absolute; else, in the quoted form, the name in the
   /// directory of the includer, as that is called now; then the name in each include directory. None when there is no
@@ -68,7 +68,7 @@ class IncludeSearch {
   bool findInDirectories(const std::string& name);
 
   FileOpener& files_;
-  std::vector<std::string_view> directories_;
+  std::span<const std::string> directories_;
   std::string path_;  // That was tried last.
   std::unordered_map<std::string, Absence> absences_;
 };

@@ -18,7 +18,7 @@ std::string_view withoutDash(std::string_view word) { return word.substr(1); }
 
 // What a valueless option leaves unread: every other word of the command line. The words before it keep a blank behind
 // each, those after it have one between them, so for `-h` the words `a -h b c` give "a b c" and `a -h` gives "a ".
-std::string joinOtherWords(std::span<const std::string_view> words, std::size_t position) {
+std::string joinOtherWords(std::span<const char* const> words, std::size_t position) {
   std::string text;
   for (std::size_t i = 0; i < position; ++i) {
     text.append(words[i]).push_back(' ');
@@ -45,11 +45,11 @@ std::string fillNumber(std::string_view message, std::size_t number) {
 
 OptionParser::OptionParser(int argc, const char* const* argv, std::span<const OptionEntry> table,
                            std::string_view prefix, PlainArguments plainArguments, std::ostream& messages)
-    : table_(table), prefix_(prefix), plainArguments_(plainArguments), messages_(messages) {
-  words_.reserve(static_cast<std::size_t>(std::max(argc, 1)));
-  for (int i = 1; i < argc; ++i) {
-    words_.emplace_back(argv[i]);
-  }
+    : words_(argv + std::min(argc, 1), static_cast<std::size_t>(std::max(argc - 1, 0))),
+      table_(table),
+      prefix_(prefix),
+      plainArguments_(plainArguments),
+      messages_(messages) {
   letters_.reserve(words_.size());
   parse();
 }
@@ -102,19 +102,19 @@ void OptionParser::recordValueless(const OptionEntry& entry, std::size_t positio
 // in `-I -x` the `-I` lacks its value and `-x` is an option of its own.
 std::size_t OptionParser::recordLetter(const OptionEntry& entry, std::size_t position) {
   const char letter = entry.name[0];
-  const std::string_view attached = withoutDash(words_[position]).substr(1);
+  const char* const attached = words_[position] + 2;  // Behind the dash and the letter.
   ++position;
-  if (!attached.empty()) {
+  if (*attached != '\0') {
     letters_.push_back({letter, attached});
     return position;
   }
   if (entry.mustBeAttached() || position == words_.size()) {
-    letters_.push_back({letter, std::nullopt});
+    letters_.push_back({letter, nullptr});
     return position;
   }
-  const std::string_view next = words_[position];
+  const char* const next = words_[position];
   if (looksLikeOption(next) && !withoutDash(next).starts_with(table_.front().name[0])) {
-    letters_.push_back({letter, std::nullopt});
+    letters_.push_back({letter, nullptr});
     return position;
   }
   letters_.push_back({letter, next});
@@ -208,11 +208,11 @@ std::optional<std::vector<std::string_view>> OptionParser::letterValues(std::str
     if (occurrence.letter != letter[0]) {
       continue;
     }
-    if (!occurrence.value) {
+    if (occurrence.value == nullptr) {
       messages_ << prefix_ << fillNumber(missingValueMessage(letter), values.size() + 1) << '\n';
       return std::nullopt;
     }
-    values.push_back(*occurrence.value);
+    values.emplace_back(occurrence.value);
   }
   return values;
 }

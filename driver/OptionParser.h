@@ -74,10 +74,10 @@ class OptionParser {
     std::size_t position = 0;  // The place among the words, where all the others are to be reported.
   };
 
-  // One occurrence of a letter option; no value if it lacks one.
+  // One occurrence of a letter option, with the end of the word that is or holds its value; null if it lacks one.
   struct LetterOccurrence {
     char letter;
-    std::optional<std::string_view> value;
+    const char* value;
   };
 
   void parse();
@@ -92,8 +92,8 @@ class OptionParser {
   template <typename Visitor>
   void forEachEvent(std::string_view key, Visitor visit) const;
 
-  std::vector<std::string_view> words_;  // argv[1] and on; they point into argv.
-  std::span<const OptionEntry> table_;   // Borrowed.
+  std::span<const char* const> words_;  // argv[1] and on, borrowed. Not copied: build systems may give many thousands.
+  std::span<const OptionEntry> table_;  // Borrowed.
   std::string_view prefix_;
   PlainArguments plainArguments_;
   std::ostream& messages_;  // Borrowed.

@@ -44,8 +44,8 @@ class CppPreprocessor {
 
   CppMacroTable& macroTable() { return macroTable_; }
 
-  /// Appends directories, which are borrowed and outlive the object, to those searched by `#include`.
-  void addIncludeDirectory(std::string_view directory) { includes_.addDirectory(directory); }
+  /// Sets the directories that `#include` searches. They are borrowed and outlive the object.
+  void setIncludeDirectories(std::span<const std::string> directories) { includes_.setDirectories(directories); }
 
   /// Whether line directives are written; they are unless this says otherwise.
   void setLineDirectives(bool areWritten) { writesLineDirectives_ = areWritten; }

@@ -192,9 +192,7 @@ void Run::beginEngine(std::unique_ptr<CppPreprocessor>& engine) {
   for (const std::string& definition : settings_.definitions) {
     define(engine->macroTable(), definition);
   }
-  for (const std::string& directory : settings_.includeDirectories) {
-    engine->addIncludeDirectory(directory);
-  }
+  engine->setIncludeDirectories(settings_.includeDirectories);
 }
 
 bool Run::open(CppPreprocessor& engine, Source source, std::string_view name) {

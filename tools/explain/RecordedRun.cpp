@@ -95,9 +95,7 @@ std::optional<Explanation> record(const RunOptions& options, std::string_view te
   for (const std::string& definition : options.definitions) {
     define(definition, preprocessor->macroTable());
   }
-  for (const std::string& directory : options.includeDirectories) {
-    preprocessor->addIncludeDirectory(directory);
-  }
+  preprocessor->setIncludeDirectories(options.includeDirectories);
   if (!open(options, textReadOnce, *preprocessor)) {
     return std::nullopt;
   }

@@ -131,9 +131,7 @@ TEST(IncludeSearchTest, TheFirstFileThatOpensIsTaken) {
   for (const IncludeSearchRow& row : rows) {
     MemoryFiles files(row.files);
     IncludeSearch search(files);
-    for (const std::string& directory : row.directories) {
-      search.addDirectory(directory);
-    }
+    search.setDirectories(row.directories);
     const bool isFound = search.find(row.name, row.includer).has_value();
     EXPECT_EQ(files.tried, row.tried) << row.name.name << " from " << row.includer;
     EXPECT_EQ(isFound, row.isFound) << row.name.name << " from " << row.includer;
@@ -143,9 +141,8 @@ TEST(IncludeSearchTest, TheFirstFileThatOpensIsTaken) {
 TEST(IncludeSearchTest, AnAbsenceIsRememberedInItsMoment) {
   MemoryFiles files({"three/h", "two/other", "four/h"});
   IncludeSearch search(files);
-  for (const char* const directory : {"one", "two", "three", "four"}) {
-    search.addDirectory(directory);
-  }
+  const std::vector<std::string> directories{"one", "two", "three", "four"};
+  search.setDirectories(directories);
   const auto triedFor = [&](const IncludeName& name, std::uint64_t moment) {
     files.tried.clear();
     files.now = moment;

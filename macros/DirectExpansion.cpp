@@ -162,6 +162,14 @@ bool DirectExpansion::Input::passLiteral(const char*& from, const char*& at) {
   return *at++ == quote && !isEmptyCharacter;
 }
 
+// Where an argument of the input is read.
+struct DirectExpansion::Cursor {
+  Input& input;
+  Making& argument;
+  const char* run;  // What has not been appended begins here,
+  const char* at;   // and what has not been looked at here.
+};
+
 struct DirectExpansion::Body {
   const Replacement& replacement;
   std::span<const Replacement::Step> steps;
@@ -479,89 +487,96 @@ bool DirectExpansion::readArgument(Input& input, Making& argument) {
   if (!input.passWhiteSpace(at)) {
     return false;
   }
-  const char* run = at;  // What has not been appended.
-  const auto appendRun = [this, &input, &run, &at, &argument] {
-    const char* const begin = std::exchange(run, at);
-    input.noteReading(at);
-    return begin == at || appendItem({begin, static_cast<std::size_t>(at - begin)}, argument);
-  };
-  // The token at `at` may go on behind the NUL at `end`.
-  const auto getMore = [&input, &run, &at, &appendRun](const char* end) {
-    const bool isMore = appendRun() && input.getMore(at, end);
-    run = at;
-    return isMore;
-  };
+  Cursor cursor{input, argument, at, at};
   for (;;) {
-    at = passPlain(at, run, argument.isExpanded);
+    cursor.at = at = passPlain(cursor.at, cursor.run, argument.isExpanded);
+    bool isPassed = false;
     switch (classOf(*at)) {
-      case ByteClass::Word: {
-        const char* const end = passAll(kWordBytes, at);
-        if (*end == '\0') {
-          if (!getMore(end)) {
-            return false;
-          }
-          break;
-        }
-        const char* word = at;
-        Name* const name = findMacroName(names_, word, end);
-        if (name == nullptr) {
-          at = end;
-          break;
-        }
-        if (word != at || !appendRun()) {
-          return false;
-        }
-        input.moveTo(end);
-        if (!readName(input, *name, argument)) {
-          return false;
-        }
-        run = at = input.at();
+      case ByteClass::Word:
+        isPassed = readWord(cursor);
         break;
-      }
       case ByteClass::Quote:
-        if (!input.passLiteral(run, at)) {
-          return false;
-        }
+        isPassed = input.passLiteral(cursor.run, cursor.at);
         break;
       case ByteClass::Opening:
         ++argument.depth;
-        ++at;
-        break;
+        ++cursor.at;
+        continue;
       case ByteClass::Closing:
       case ByteClass::Comma:
         if (argument.depth == 0) {
           argument.end = *at;
           input.moveTo(at + 1);
-          return appendRun();
+          return appendRun(cursor);
         }
         argument.depth -= *at == ')' ? 1U : 0U;
-        ++at;
-        break;
+        ++cursor.at;
+        continue;
       case ByteClass::Slash:
       case ByteClass::LineEnd:
       case ByteClass::Blank:
-        if (*at == '/' && at[1] == '\0') {
-          if (!getMore(at + 1)) {
-            return false;
-          }
-          break;
-        }
-        if (!appendRun() || (*at == '\n' && input.isInCondition) || !input.passWhiteSpace(at)) {
-          return false;
-        }
-        argument.blankWaits = size_ != argument.begin;
-        run = at;
+        isPassed = readWhiteSpace(cursor);
         break;
       case ByteClass::Nul:
-        if (!getMore(at)) {
-          return false;
-        }
+        isPassed = getMore(cursor, at);
         break;
       case ByteClass::Other:
       case ByteClass::Unsure:
-        return false;
+        break;
+    }
+    if (!isPassed) {
+      return false;
     }
   }
+}
+
+// Appends what has been passed over.
+inline bool DirectExpansion::appendRun(Cursor& cursor) {
+  const char* const begin = std::exchange(cursor.run, cursor.at);
+  cursor.input.noteReading(cursor.at);
+  return begin == cursor.at || appendItem({begin, static_cast<std::size_t>(cursor.at - begin)}, cursor.argument);
+}
+
+// The token at the cursor may go on behind the NUL at `end`.
+bool DirectExpansion::getMore(Cursor& cursor, const char* end) {
+  const bool isMore = appendRun(cursor) && cursor.input.getMore(cursor.at, end);
+  cursor.run = cursor.at;
+  return isMore;
+}
+
+// At a word which may go on behind the buffer, or hold the name of a macro.
+bool DirectExpansion::readWord(Cursor& cursor) {
+  const char* const end = passAll(kWordBytes, cursor.at);
+  if (*end == '\0') {
+    return getMore(cursor, end);
+  }
+  const char* word = cursor.at;
+  Name* const name = findMacroName(names_, word, end);
+  if (name == nullptr) {
+    cursor.at = end;
+    return true;
+  }
+  if (word != cursor.at || !appendRun(cursor)) {
+    return false;
+  }
+  cursor.input.moveTo(end);
+  const bool isRead = readName(cursor.input, *name, cursor.argument);
+  cursor.run = cursor.at = cursor.input.at();
+  return isRead;
+}
+
+// At a blank, a line end, or a slash that may begin a comment.
+bool DirectExpansion::readWhiteSpace(Cursor& cursor) {
+  if (*cursor.at == '/' && cursor.at[1] == '\0') {
+    return getMore(cursor, cursor.at + 1);
+  }
+  if (!appendRun(cursor) || (*cursor.at == '\n' && cursor.input.isInCondition) ||
+      !cursor.input.passWhiteSpace(cursor.at)) {
+    return false;
+  }
+  cursor.argument.blankWaits = size_ != cursor.argument.begin;
+  cursor.run = cursor.at;
+  return true;
 }
 
 // Behind what stands for itself at `at`, a place behind `run`: operators, words that are no macros, single blanks.

@@ -75,8 +75,9 @@ class DirectExpansion {
     bool hasMacros = false;
     Value value = {};
   };
-  // Where the input is read.
+  // Where the input is read, and an argument in it.
   struct Input;
+  struct Cursor;
   // Where a replacement list is read, and where the arguments begin that stand for its parameters.
   struct Body;
 
@@ -93,6 +94,10 @@ class DirectExpansion {
   template <typename Source>
   bool readArguments(Source& source, const CppMacro& macro, const Replacement& replacement);
   bool readArgument(Input& input, Making& argument);
+  bool appendRun(Cursor& cursor);
+  bool getMore(Cursor& cursor, const char* end);
+  bool readWord(Cursor& cursor);
+  bool readWhiteSpace(Cursor& cursor);
   bool mayHoldMacro(const char* word, const char* end) const;
   const char* passPlain(const char* at, const char* run, bool isExpanded) const;
   bool readName(Input& input, Name& name, Making& argument);

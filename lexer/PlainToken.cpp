@@ -1,6 +1,7 @@
 #include "lexer/PlainToken.h"
 
 #include "lexer/ByteSet.h"
+#include "lexer/Spelling.h"
 
 namespace qnpp {
 namespace {

@@ -57,11 +57,11 @@ constexpr ByteClass classOf(char byte) { return kByteClasses[static_cast<unsigne
 // Whether in a condition a name in the text may have been an operand of `defined`, which is not expanded.
 bool mayHoldDefined(std::string_view text) { return text.find("defined") != std::string_view::npos; }
 
-// Whether the text from `at` to `end`, which is not empty, consists of words that are no macros, of operators and
-// blanks.
+// Whether the text from `at` to the NUL at `end`, which is not empty, consists of words that are no macros, of
+// operators and blanks.
 bool isPlain(const NameTable& names, const char* at, const char* end) {
   while (at != end) {
-    const char* const behind = std::find_if_not(at, end, isWordByte);
+    const char* const behind = passAll(kWordBytes, at);
     if (behind == at) {
       const ByteClass byteClass = classOf(*at++);
       if (byteClass != ByteClass::Other && byteClass != ByteClass::Blank) {
@@ -781,7 +781,7 @@ bool DirectExpansion::appendJoined(Body& body, Making& making) {
   const char* const text = bytes_.get() + begin;
   const char* const end = bytes_.get() + size_;
   return isPlain(names_, text, end) ? standsApart(begin, making)
-                                    : std::all_of(text, end, isWordByte) && replaceJoined(body, begin, making);
+                                    : passAll(kWordBytes, text) == end && replaceJoined(body, begin, making);
 }
 
 bool DirectExpansion::appendOperands(const Body& body, const Replacement::Step& step) {

@@ -2,10 +2,13 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#if __has_include(<sys/sysmacros.h>)
+#include <sys/sysmacros.h>
+#endif
 #include <unistd.h>
-#include <cstddef>
 
 #include <cerrno>
+#include <cstddef>
 #include <ctime>
 #include <vector>
 
@@ -67,7 +70,9 @@ void FileBuffer::open(const std::string& path) {
   }
   if (descriptor_ >= 0) {
     stamp_ = stampOf(status);
-    if (stamp_ && stamp_->changedAt >= fileClock()) {
+    // The files of /proc have neither a device nor a size, whatever comes when they are read.
+    const bool mayBeMade = status.st_size == 0 && major(status.st_dev) == 0;
+    if (stamp_ && (mayBeMade || mayBeDatedTheSame(stamp_->changedAt, fileClock()))) {
       stamp_.reset();
     }
   }
@@ -90,6 +95,12 @@ std::size_t FileBuffer::descriptorsLeft(std::size_t most) const {
 }
 
 #endif
+
+bool mayBeDatedTheSame(const FileTime& changedAt, const FileTime& now) {
+  constexpr std::int64_t kHundredth = 10'000'000;
+  const bool isCoarse = changedAt.nanoseconds % kHundredth == 0;
+  return isCoarse ? changedAt.seconds + 2 >= now.seconds : changedAt >= now;
+}
 
 FileBuffer::FileBuffer(const std::string& path) {
   // The system would open the file named by what stands before a NUL.

@@ -25,6 +25,10 @@ struct FileTime {
 /// What that clock shows; zero where it cannot be read.
 FileTime fileClock();
 
+/// Whether a file that has been changed at that time may be changed once more now and be dated the same. Some file
+/// systems date by hundredths of a second, by seconds or by two of them.
+bool mayBeDatedTheSame(const FileTime& changedAt, const FileTime& now);
+
 /// What tells a file and its content from others.
 struct FileStamp {
   std::uint64_t device = 0;
@@ -57,8 +61,8 @@ class FileBuffer : public std::streambuf {
   bool isOpen() const { return descriptor_ >= 0; }
   /// How many more descriptors there are, up to `most`.
   std::size_t descriptorsLeft(std::size_t most) const;
-  /// The stamp that the file had when it was opened; none if it is no regular file, or one that has been changed so
-  /// recently that it may be changed once more without another stamp.
+  /// The stamp that the file had when it was opened; none if it is no regular file, or one that may come to hold
+  /// something else without another stamp: changed very recently, or made by the system when it is read.
   const std::optional<FileStamp>& stamp() const { return stamp_; }
 
   /// To be called before anything is read: the text is to be copied to `copy` if one read gets all of it.

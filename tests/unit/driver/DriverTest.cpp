@@ -2,10 +2,13 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstddef>
+#include <ctime>
 #include <filesystem>
 #include <functional>
 #include <initializer_list>
@@ -298,6 +301,64 @@ TEST_F(DriverTest, WhoReadsTheOutputMayChangeAHeader) {
   EXPECT_EQ(Driver(output, output, nullptr).run(2, argv), Status::Clean);
   EXPECT_NE(buffer.written().find("\nNEW\n"), std::string::npos);
 }
+
+#ifdef F_SETLEASE
+// The holder of a lease, whom a run waits for that opens the file.
+class LeaseHolder {
+ public:
+  // To be made before there are other threads. `act` is called when somebody wants to open the file.
+  LeaseHolder(const std::string& path, std::function<void()> act) : descriptor_(::open(path.c_str(), O_RDWR)) {
+    sigset_t broken;
+    sigemptyset(&broken);
+    sigaddset(&broken, SIGIO);
+    pthread_sigmask(SIG_BLOCK, &broken, nullptr);
+    hasLease_ = ::fcntl(descriptor_, F_SETLEASE, F_WRLCK) == 0;
+    if (hasLease_) {
+      thread_ = std::thread([this, broken, act = std::move(act)] {
+        const timespec most = {10, 0};
+        if (sigtimedwait(&broken, nullptr, &most) == SIGIO) {
+          act();
+        }
+        ::fcntl(descriptor_, F_SETLEASE, F_UNLCK);
+      });
+    }
+  }
+  LeaseHolder(const LeaseHolder&) = delete;
+  LeaseHolder& operator=(const LeaseHolder&) = delete;
+  ~LeaseHolder() {
+    if (hasLease_) {
+      thread_.join();
+    }
+    ::close(descriptor_);
+  }
+
+  bool hasLease() const { return hasLease_; }
+
+ private:
+  int descriptor_;
+  bool hasLease_ = false;
+  std::thread thread_;
+};
+
+// All of it happens within a few milliseconds, mostly.
+TEST_F(DriverTest, WhoHasALeaseOnAHeaderMayChangeAnother) {
+  const std::string source =
+      write("a.c", "#include \"h.h\"\n#include \"h.h\"\n#include \"leased.h\"\n#include \"h.h\"\n");
+  const std::string leased = write("leased.h", "");
+  for (int round = 0; round < 5; ++round) {
+    write("h.h", "OLD\n");
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // Files that have just been changed are read again.
+    const LeaseHolder holder(leased, [this] { write("h.h", "NEW\n"); });
+    if (!holder.hasLease()) {
+      GTEST_SKIP() << "there are no leases here";
+    }
+    std::ostringstream output;
+    const char* const argv[] = {"qnpp", source.c_str()};
+    EXPECT_EQ(Driver(output, output, nullptr).run(2, argv), Status::Clean);
+    EXPECT_NE(output.str().find("\nNEW\n"), std::string::npos) << output.str();
+  }
+}
+#endif
 
 // As far as it has been written then, which is but for the last 64 KB: lines that come to nothing the second time.
 TEST_F(DriverTest, TheOutputMayBeIncluded) {

@@ -5,7 +5,9 @@
 #include <sys/resource.h>
 
 #include <cstddef>
+#include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -96,6 +98,36 @@ TEST(FileBufferTest, KnowsHowManyMoreCouldBeOpen) {
   EXPECT_LT(left, 100U);
   EXPECT_EQ(file.descriptorsLeft(100), left);  // All of them have been closed again.
   ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+}
+
+// ---- Stamps ----
+
+TEST(FileStampTest, ADateMayBeThatOfAnotherChangeWhileItsClockStandsStill) {
+  struct Row {
+    FileTime changedAt;
+    FileTime now;
+    bool mayBe;
+  };
+  for (const auto& [changedAt, now, mayBe] : {
+           Row{{100, 123'456'789}, {100, 123'456'789}, true},
+           Row{{100, 123'456'789}, {100, 123'456'788}, true},  // The clock has been set back.
+           Row{{100, 123'456'789}, {100, 123'456'790}, false},
+           Row{{100, 0}, {100, 999'999'999}, true},
+           Row{{100, 0}, {102, 999'999'999}, true},  // In steps of two seconds, with a clock that is rounded up.
+           Row{{100, 0}, {103, 0}, false},
+           Row{{100, 230'000'000}, {100, 239'999'999}, true},
+           Row{{100, 230'000'000}, {103, 0}, false},
+       }) {
+    EXPECT_EQ(mayBeDatedTheSame(changedAt, now), mayBe) << changedAt.nanoseconds << " " << now.seconds;
+  }
+}
+
+// They change without another size or date.
+TEST(FileStampTest, FilesOfTheSystemsOwnHaveNone) {
+  if (!std::filesystem::exists("/proc/locks")) {
+    GTEST_SKIP() << "there is no /proc here";
+  }
+  EXPECT_EQ(FileBuffer("/proc/locks").stamp(), std::nullopt);
 }
 
 TEST(InputFileTest, ATextCanBeReplacedByAnother) {

@@ -19,18 +19,20 @@ class Outcome:
     stopped: bool  # by a signal or the time limit, rather than by its own decision
     lines: int  # written
     text: int  # bytes written that are neither white space nor line directives
+    said: int = 0  # lines of messages
 
 
 def share(peer: Outcome, qnpp: Outcome) -> float:
-    """The share of qnpp's output that the peer writes too: of its lines or, if those are there, of its text."""
-    lines = peer.lines / qnpp.lines if qnpp.lines else 1
-    if lines < LINES_FOR_AS_MUCH:
-        return lines
+    """The share of qnpp's output that the peer writes too: of its lines, its messages or, if those are there, its text."""
+    for peers, qnpps in ((peer.lines, qnpp.lines), (peer.said, qnpp.said)):
+        if peers < LINES_FOR_AS_MUCH * qnpps:
+            return peers / qnpps
     return peer.text / qnpp.text if qnpp.text else 1
 
 
 def does_as_much(peer: Outcome, qnpp: Outcome) -> bool:
-    return peer.lines >= LINES_FOR_AS_MUCH * qnpp.lines and peer.text >= TEXT_FOR_AS_MUCH * qnpp.text
+    return (peer.lines >= LINES_FOR_AS_MUCH * qnpp.lines and peer.said >= LINES_FOR_AS_MUCH * qnpp.said
+            and peer.text >= TEXT_FOR_AS_MUCH * qnpp.text)
 
 
 def may_be_compared(peer: Outcome, qnpp: Outcome) -> bool:

@@ -61,6 +61,7 @@ class Run:
     peak: float  # MB, resident
     failure: Optional[str]  # in a word or two; None when the run went well
     message: str = ""  # what a failed program said first
+    said: int = 0  # lines on standard error
 
     @property
     def cpu(self) -> float:
@@ -87,12 +88,12 @@ class Launcher:
             result = subprocess.run([*launch, *program.command, *options, source], cwd=folder, env=environment(),
                                     stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, check=True, text=True)
             with open(self._errors, "rb") as errors:
-                said = errors.read(_STDERR_READ)
+                said = errors.read()
         finally:
             self._errors.unlink(missing_ok=True)
         status, ended_by, timed_out, user, system, wall, peak = map(int, result.stdout.split())
         failure = None
-        error = re.search(rb"^.*\berror: .*$", said, re.MULTILINE)
+        error = re.search(rb"^.*\berror: .*$", said[:_STDERR_READ], re.MULTILINE)
         if timed_out:
             failure = "time-out"
         elif ended_by:
@@ -106,14 +107,14 @@ class Launcher:
             message = (error.group(0) if error else said.split(b"\n")[0]).decode(errors="replace")
             # Results are kept: where they were measured is nobody's business.
             message = message.replace(f"{folder.resolve().parent}/", "")[:_MESSAGE_LENGTH]
-        return Run(user / 1e6, system / 1e6, wall / 1e6, peak * 1024 / 1e6, failure, message)
+        return Run(user / 1e6, system / 1e6, wall / 1e6, peak * 1024 / 1e6, failure, message, said.count(b"\n"))
 
 
 def as_one(runs: Sequence[Run]) -> Run:
     """Several runs as if they were one."""
     failed = next((run for run in runs if run.failure), runs[0])
     return Run(sum(run.user for run in runs), sum(run.system for run in runs), sum(run.wall for run in runs),
-               max(run.peak for run in runs), failed.failure, failed.message)
+               max(run.peak for run in runs), failed.failure, failed.message, sum(run.said for run in runs))
 
 
 def was_stopped(run: Run) -> bool:

@@ -13,8 +13,8 @@ from programs import Run, Series, as_one
 from workloads import WORKLOADS, Workload, prepare
 
 
-def outcome(seconds, lines=100, text=1000, failure=None, stopped=False):
-    return Outcome(seconds, failure, stopped, lines, text)
+def outcome(seconds, lines=100, text=1000, failure=None, stopped=False, said=0):
+    return Outcome(seconds, failure, stopped, lines, text, said)
 
 
 class BestPeerTest(unittest.TestCase):
@@ -26,6 +26,10 @@ class BestPeerTest(unittest.TestCase):
 
     def test_who_leaves_out_most_of_the_text_is_none_either(self):
         self.assertEqual(best_peer(outcome(1), {"a": outcome(3), "b": outcome(2, text=499)}), ("a", True))
+
+    def test_who_reports_only_the_first_of_many_mistakes_is_none_either(self):
+        self.assertEqual(best_peer(outcome(1, said=100), {"a": outcome(3, said=100), "b": outcome(2, said=59)}),
+                         ("a", True))
 
     def test_blanks_and_backslashes_written_otherwise_do_not_matter(self):
         self.assertEqual(best_peer(outcome(1), {"a": outcome(3), "b": outcome(2, lines=60, text=500)}), ("b", True))
@@ -51,6 +55,7 @@ class ShareTest(unittest.TestCase):
     def test_it_is_that_of_the_lines_unless_they_are_there(self):
         self.assertAlmostEqual(share(outcome(1, lines=25, text=1000), outcome(1)), 0.25)
         self.assertAlmostEqual(share(outcome(1, lines=95, text=400), outcome(1)), 0.4)
+        self.assertAlmostEqual(share(outcome(1, said=1), outcome(1, said=100)), 0.01)
 
 
 class MarkTest(unittest.TestCase):

@@ -19,20 +19,25 @@ class Outcome:
     stopped: bool  # by a signal or the time limit, rather than by its own decision
     lines: int  # written
     text: int  # bytes written that are neither white space nor line directives
-    said: int = 0  # lines of messages
+    said: int = 0  # messages
+
+
+def shares(peer: Outcome, qnpp: Outcome) -> list[tuple[float, float]]:
+    """Of qnpp's lines, errors and text, the shares that the peer writes too, each with what is as much."""
+    errors = qnpp.said if qnpp.failure else 0
+    return [(peers / qnpps if qnpps else 1, enough) for peers, qnpps, enough in (
+        (peer.lines, qnpp.lines, LINES_FOR_AS_MUCH), (peer.said, errors, LINES_FOR_AS_MUCH),
+        (peer.text, qnpp.text, TEXT_FOR_AS_MUCH))]
 
 
 def share(peer: Outcome, qnpp: Outcome) -> float:
-    """The share of qnpp's output that the peer writes too: of its lines, its messages or, if those are there, its text."""
-    for peers, qnpps in ((peer.lines, qnpp.lines), (peer.said, qnpp.said)):
-        if peers < LINES_FOR_AS_MUCH * qnpps:
-            return peers / qnpps
-    return peer.text / qnpp.text if qnpp.text else 1
+    """The first of these that is not as much, or that of the text."""
+    of = shares(peer, qnpp)
+    return next((one for one, enough in of if one < enough), of[-1][0])
 
 
 def does_as_much(peer: Outcome, qnpp: Outcome) -> bool:
-    return (peer.lines >= LINES_FOR_AS_MUCH * qnpp.lines and peer.said >= LINES_FOR_AS_MUCH * qnpp.said
-            and peer.text >= TEXT_FOR_AS_MUCH * qnpp.text)
+    return all(one >= enough for one, enough in shares(peer, qnpp))
 
 
 def may_be_compared(peer: Outcome, qnpp: Outcome) -> bool:

@@ -82,7 +82,8 @@ class SideBySide:
 
         def outcomes(series: dict[str, Series]) -> dict[str, Outcome]:
             return {name: Outcome(arithmetic.net(one.fastest, self.startup[name] if source.runs == 1 else 0),
-                                  first[name].failure, was_stopped(first[name]), lines[name], text[name], first[name].said)
+                                  first[name].failure, was_stopped(first[name]), lines[name], text[name],
+                                  first[name].said)
                     for name, one in series.items()}
 
         at_first = {name: Series([run]) for name, run in first.items()}

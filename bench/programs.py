@@ -61,7 +61,7 @@ class Run:
     peak: float  # MB, resident
     failure: Optional[str]  # in a word or two; None when the run went well
     message: str = ""  # what a failed program said first
-    said: int = 0  # lines on standard error
+    said: int = 0  # messages that begin with a place
 
     @property
     def cpu(self) -> float:
@@ -107,7 +107,7 @@ class Launcher:
             message = (error.group(0) if error else said.split(b"\n")[0]).decode(errors="replace")
             # Results are kept: where they were measured is nobody's business.
             message = message.replace(f"{folder.resolve().parent}/", "")[:_MESSAGE_LENGTH]
-        return Run(user / 1e6, system / 1e6, wall / 1e6, peak * 1024 / 1e6, failure, message, said.count(b"\n"))
+        return Run(user / 1e6, system / 1e6, wall / 1e6, peak * 1024 / 1e6, failure, message, len(re.findall(rb"^[^:\n]+:\d+:", said, re.MULTILINE)))
 
 
 def as_one(runs: Sequence[Run]) -> Run:

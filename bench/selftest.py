@@ -28,8 +28,11 @@ class BestPeerTest(unittest.TestCase):
         self.assertEqual(best_peer(outcome(1), {"a": outcome(3), "b": outcome(2, text=499)}), ("a", True))
 
     def test_who_reports_only_the_first_of_many_mistakes_is_none_either(self):
-        self.assertEqual(best_peer(outcome(1, said=100), {"a": outcome(3, said=100), "b": outcome(2, said=59)}),
-                         ("a", True))
+        peers = {"a": outcome(3, failure="error", said=100), "b": outcome(2, failure="error", said=59)}
+        self.assertEqual(best_peer(outcome(1, failure="error", said=100), peers), ("a", True))
+
+    def test_warnings_that_only_qnpp_gives_do_not_matter(self):
+        self.assertEqual(best_peer(outcome(1, said=1), {"a": outcome(3, said=1), "b": outcome(2)}), ("b", True))
 
     def test_blanks_and_backslashes_written_otherwise_do_not_matter(self):
         self.assertEqual(best_peer(outcome(1), {"a": outcome(3), "b": outcome(2, lines=60, text=500)}), ("b", True))
@@ -55,7 +58,7 @@ class ShareTest(unittest.TestCase):
     def test_it_is_that_of_the_lines_unless_they_are_there(self):
         self.assertAlmostEqual(share(outcome(1, lines=25, text=1000), outcome(1)), 0.25)
         self.assertAlmostEqual(share(outcome(1, lines=95, text=400), outcome(1)), 0.4)
-        self.assertAlmostEqual(share(outcome(1, said=1), outcome(1, said=100)), 0.01)
+        self.assertAlmostEqual(share(outcome(1, said=1), outcome(1, failure="error", said=100)), 0.01)
 
 
 class MarkTest(unittest.TestCase):

@@ -45,7 +45,7 @@ std::string fillNumber(std::string_view message, std::size_t number) {
 
 OptionParser::OptionParser(int argc, const char* const* argv, std::span<const OptionEntry> table,
                            std::string_view prefix, PlainArguments plainArguments, std::ostream& messages)
-    : words_(argv + std::min(argc, 1), static_cast<std::size_t>(std::max(argc - 1, 0))),
+    : words_(argv + std::clamp(argc, 0, 1), static_cast<std::size_t>(std::max(argc - 1, 0))),
       table_(table),
       prefix_(prefix),
       plainArguments_(plainArguments),

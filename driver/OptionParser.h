@@ -38,7 +38,7 @@ enum class PlainArguments { Anywhere, BehindOptions };
 /// decides which complaints matter and in which order. Every message goes to `messages` behind the prefix and ends in a
 /// line end.
 ///
-/// The words of `argv`, the table and `messages` must outlive the parser: it looks into them.
+/// `argv` and its words, the table, the prefix and `messages` must outlive the parser: it looks into them.
 class OptionParser {
  public:
   OptionParser(int argc, const char* const* argv, std::span<const OptionEntry> table, std::string_view prefix,
@@ -74,10 +74,10 @@ class OptionParser {
     std::size_t position = 0;  // The place among the words, where all the others are to be reported.
   };
 
-  // One occurrence of a letter option, with the end of the word that is or holds its value; null if it lacks one.
+  // One occurrence of a letter option.
   struct LetterOccurrence {
     char letter;
-    const char* value;
+    const char* value;  // The rest of the word, or the next word; null if it lacks one.
   };
 
   void parse();
@@ -92,7 +92,7 @@ class OptionParser {
   template <typename Visitor>
   void forEachEvent(std::string_view key, Visitor visit) const;
 
-  std::span<const char* const> words_;  // argv[1] and on, borrowed. Not copied: build systems may give many thousands.
+  std::span<const char* const> words_;  // argv[1] and on, borrowed.
   std::span<const OptionEntry> table_;  // Borrowed.
   std::string_view prefix_;
   PlainArguments plainArguments_;

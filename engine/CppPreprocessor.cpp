@@ -27,8 +27,8 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
 
   // A search begins. It is at the moment of the one before if the clock that changes of files are dated by has stood
   // still, the caller has not been called, and no file has been opened, which may wait for who has a lease on it: so
-  // nothing can tell this run that a file was changed between the two, rather than behind them. Something could where
-  // it reads from a pipe; so all that it reads has to be at rest, texts in memory and files that have a stamp.
+  // mostly nothing can tell this run that a file was changed between the two, rather than behind them. Something could
+  // where it reads from a pipe; so all that it reads has to be at rest, texts in memory and files that have a stamp.
   void beginSearch() {
     const Seen seen = {fileClock(), preprocessor_.host_.callCount()};
     if (seen != seen_) {
@@ -49,12 +49,12 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
       return true;
     }
     auto file = std::make_unique<FileBuffer>(path);
+    momentCount_ += file->isOpen() ? 1U : 0U;
     const bool isOpen = file->isOpen() && isRoomFor(*file, depth);
     preprocessor_.observe([&](Observer& observer) { observer.lookedFor(path, isOpen); });
     if (!isOpen) {
       return false;
     }
-    ++momentCount_;
     const std::optional<FileStamp> stamp = stampOf(*file);
     isAtRest_ = isAtRest_ && stamp;
     if (kShortcuts && stamp) {
@@ -90,12 +90,10 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
 
   // Whether there are descriptors for as many files as are being read with this one, which is open.
   bool isRoomFor(const FileBuffer& file, std::size_t depth) {
-    if (depth > deepest_ && (inMemory_ == 0 || !isDeepestKnown_)) {
+    if (depth > deepest_) {
       // Of as many again, so that the next files need not be asked about.
-      const std::size_t most = inMemory_ == 0 ? 0 : inMemory_ + depth;
-      const std::size_t left = file.descriptorsLeft(most);
+      const std::size_t left = inMemory_ == 0 ? 0 : file.descriptorsLeft(inMemory_ + depth);
       deepest_ = depth - inMemory_ + left;
-      isDeepestKnown_ = left < most;
     }
     return depth <= deepest_;
   }
@@ -128,9 +126,8 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
   }
 
   CppPreprocessor& preprocessor_;
-  std::size_t deepest_ = 0;      // So many files can be open at once,
-  bool isDeepestKnown_ = false;  // and no more.
-  std::size_t inMemory_ = 0;     // So many of those that are being read would be, had their texts not been kept.
+  std::size_t deepest_ = 0;   // So many files can be open at once.
+  std::size_t inMemory_ = 0;  // So many of those that are being read would be, had their texts not been kept.
   Seen seen_;
   std::uint64_t momentCount_ = 0;
   bool isAtRest_ = false;

@@ -28,7 +28,7 @@
 namespace qnpp {
 
 /// Preprocesses one source text: carries out its directives, expands its macros, and writes the result with line
-/// directives. One object does one run: fill `macroTable` and the include directories, open the source, `run`. Any
+/// directives. One object does one run: fill `macroTable`, set the include directories, open the source, `run`. Any
 /// number of objects may live side by side; they share nothing.
 ///
 /// Nothing in the source stops a run but a division by zero. Each error is reported at once, and processing goes on to

@@ -70,7 +70,7 @@ void FileBuffer::open(const std::string& path) {
   }
   if (descriptor_ >= 0) {
     stamp_ = stampOf(status);
-    // The files of /proc have neither a device nor a size, whatever comes when they are read.
+    // On file systems without a device, what is empty by its size may not be so when it is read, as in /proc.
     const bool mayBeMade = status.st_size == 0 && major(status.st_dev) == 0;
     if (stamp_ && (mayBeMade || mayBeDatedTheSame(stamp_->changedAt, fileClock()))) {
       stamp_.reset();
@@ -98,8 +98,12 @@ std::size_t FileBuffer::descriptorsLeft(std::size_t most) const {
 
 bool mayBeDatedTheSame(const FileTime& changedAt, const FileTime& now) {
   constexpr std::int64_t kHundredth = 10'000'000;
-  const bool isCoarse = changedAt.nanoseconds % kHundredth == 0;
-  return isCoarse ? changedAt.seconds + 2 >= now.seconds : changedAt >= now;
+  constexpr std::int64_t kSecond = 1'000'000'000;
+  if (changedAt.nanoseconds % kHundredth == 0) {
+    return changedAt.seconds + 2 >= now.seconds;
+  }
+  const std::int64_t later = changedAt.nanoseconds + kHundredth;
+  return FileTime{changedAt.seconds + later / kSecond, later % kSecond} >= now;
 }
 
 FileBuffer::FileBuffer(const std::string& path) {

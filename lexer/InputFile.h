@@ -25,8 +25,8 @@ struct FileTime {
 /// What that clock shows; zero where it cannot be read.
 FileTime fileClock();
 
-/// Whether a file that has been changed at that time may be changed once more now and be dated the same. Some file
-/// systems date by hundredths of a second, by seconds or by two of them.
+/// Whether a file that has been changed at that time may be changed once more now and be dated the same. Times may have
+/// been cut down: some file systems date by hundredths of a second, by seconds or by two of them.
 bool mayBeDatedTheSame(const FileTime& changedAt, const FileTime& now);
 
 /// What tells a file and its content from others.

@@ -311,7 +311,7 @@ class LeaseHolder {
     sigset_t broken;
     sigemptyset(&broken);
     sigaddset(&broken, SIGIO);
-    pthread_sigmask(SIG_BLOCK, &broken, nullptr);
+    pthread_sigmask(SIG_BLOCK, &broken, &before_);
     hasLease_ = ::fcntl(descriptor_, F_SETLEASE, F_WRLCK) == 0;
     if (hasLease_) {
       thread_ = std::thread([this, broken, act = std::move(act)] {
@@ -330,12 +330,14 @@ class LeaseHolder {
       thread_.join();
     }
     ::close(descriptor_);
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
   }
 
   bool hasLease() const { return hasLease_; }
 
  private:
   int descriptor_;
+  sigset_t before_{};  // The signals that were blocked.
   bool hasLease_ = false;
   std::thread thread_;
 };
@@ -344,7 +346,7 @@ class LeaseHolder {
 TEST_F(DriverTest, WhoHasALeaseOnAHeaderMayChangeAnother) {
   const std::string source =
       write("a.c", "#include \"h.h\"\n#include \"h.h\"\n#include \"leased.h\"\n#include \"h.h\"\n");
-  const std::string leased = write("leased.h", "");
+  const std::string leased = write("leased.h", "\n");
   for (int round = 0; round < 5; ++round) {
     write("h.h", "OLD\n");
     std::this_thread::sleep_for(std::chrono::milliseconds(50));  // Files that have just been changed are read again.
@@ -365,7 +367,7 @@ TEST_F(DriverTest, TheOutputMayBeIncluded) {
   const std::string word(99, 'y');
   const std::string source = write("a.c", "#include \"out.h\"\n#include \"out.h\"\n" + repeat(2000, word + "\n") +
                                               "#define " + word + "\n#include \"out.h\"\n");
-  write("out.h", "");
+  write("out.h", "\n");
   std::this_thread::sleep_for(std::chrono::milliseconds(50));  // Files that have just been changed are read again.
   DescriptorStream output(::open(path("out.h").c_str(), O_WRONLY), DescriptorStream::Ownership::Owned);
   std::ostringstream messages;

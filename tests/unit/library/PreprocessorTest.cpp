@@ -309,7 +309,8 @@ struct ChangedFilesTest : testing::Test {
   const std::string guarded = folder.write("two/b.h", "#ifndef B\n#define B\nint b;\n#endif\n");
   const std::string unguarded = folder.write("two/a.h", "int a;\n");
   const std::string plain = folder.write("two/c.h", "int plain;\n");
-  const std::string includes = "#include \"" + guarded + "\"\n#include <a.h>\n#include <c.h>\n#include <c.h>\n";
+  const std::string once = "#include \"" + guarded + "\"\n#include <a.h>\n#include <c.h>\n";
+  const std::string includes = once + once + once;  // From the third time on no file is opened.
   Preprocessor preprocessor;
 };
 
@@ -322,21 +323,22 @@ void expectChange(const Result& result) {
   const std::size_t last = result.output.rfind("int plain;");
   EXPECT_NE(last, std::string::npos);
   EXPECT_GT(result.output.find("int other;"), last);
+  EXPECT_NE(result.output.find("int other;"), std::string::npos);
 }
 
 TEST_F(ChangedFilesTest, AreReadAgainBetweenTwoLinesOfAReader) {
   int calls = 0;
   expectChange(preprocessor.run(Source::ofReader([&](char* to, std::size_t) -> std::ptrdiff_t {
-    if (++calls == 3) {
+    if (++calls == 2) {
       change();
     }
-    return calls > 4 ? 0 : static_cast<std::ptrdiff_t>(includes.copy(to, includes.size()));
+    return calls > 2 ? 0 : static_cast<std::ptrdiff_t>(includes.copy(to, includes.size()));
   })));
 }
 
 TEST_F(ChangedFilesTest, AreReadAgainAfterAMessage) {
   preprocessor.setDiagnosticSink([&](const Diagnostic&) { change(); });
-  expectChange(preprocessor.run(Source::ofText(includes + includes + "#error now\n" + includes)));
+  expectChange(preprocessor.run(Source::ofText(includes + "#error now\n" + includes)));
 }
 
 TEST_F(ChangedFilesTest, AreReadAgainAfterABlockOfOutput) {
@@ -346,7 +348,7 @@ TEST_F(ChangedFilesTest, AreReadAgainAfterABlockOfOutput) {
     change();
   });
   const std::string block(std::size_t{128} * 1024, 'x');
-  preprocessor.run(Source::ofText(includes + includes + block + "\n" + includes));
+  preprocessor.run(Source::ofText(includes + block + "\n" + includes));
   expectChange(whole);
 }
 

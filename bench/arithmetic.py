@@ -31,7 +31,7 @@ def shares(peer: Outcome, qnpp: Outcome) -> list[tuple[float, float]]:
 
 
 def share(peer: Outcome, qnpp: Outcome) -> float:
-    """The first of these that is not as much, or that of the text."""
+    """The first of `shares` that is not as much, or that of the text."""
     of = shares(peer, qnpp)
     return next((one for one, enough in of if one < enough), of[-1][0])
 

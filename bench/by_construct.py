@@ -150,7 +150,7 @@ def side_by_side_text(rows: list[dict], startup: dict[str, float]) -> str:
     listed = "".join(f"- {row['construct']}: {row['ratio']:.2f} of {row['best_peer']}\n" for row in behind)
     return (f"User and system milliseconds, fastest run, without the time to start and read an empty file\n"
             f"({startups_text(startup)}). A percentage is the share of qnpp's lines,\n"
-            f"messages or text that a program writes where that is less; such a program is the bar only where all do\n"
+            f"errors or text that a program writes where that is less; such a program is the bar only where all do\n"
             f"less (*), and one that refuses the source never is. tie: within {arithmetic.TIE:g} times the best peer, "
             f"behind: over {arithmetic.BEHIND:g}.\n\n{table}\n\n"
             f"Behind: {len(behind)} of {len(rows)}\n\n{listed}")

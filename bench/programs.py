@@ -107,7 +107,8 @@ class Launcher:
             message = (error.group(0) if error else said.split(b"\n")[0]).decode(errors="replace")
             # Results are kept: where they were measured is nobody's business.
             message = message.replace(f"{folder.resolve().parent}/", "")[:_MESSAGE_LENGTH]
-        return Run(user / 1e6, system / 1e6, wall / 1e6, peak * 1024 / 1e6, failure, message, len(re.findall(rb"^[^:\n]+:\d+:", said, re.MULTILINE)))
+        messages = len(re.findall(rb"^[^:\n]+:\d+:", said, re.MULTILINE))
+        return Run(user / 1e6, system / 1e6, wall / 1e6, peak * 1024 / 1e6, failure, message, messages)
 
 
 def as_one(runs: Sequence[Run]) -> Run:

@@ -11,6 +11,7 @@
 #include "lexer/PlainToken.h"
 
 namespace qnpp {
+
 Spelling* SpellingPool::make(CppTokenKind kind, std::string_view text) {
   return std::construct_at(
       static_cast<Spelling*>(arena_.allocate(sizeof(Spelling))),

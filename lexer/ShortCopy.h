@@ -6,17 +6,22 @@
 
 namespace qnpp {
 
-/// Copies Half to 2 * Half bytes by the first and the last Half of them, which may overlap.
+/// Copies the first and the last Half of at least Half bytes; they may overlap.
 template <std::size_t Half>
 void copyEnds(char* to, const char* from, std::size_t size) {
   std::memcpy(to, from, Half);
   std::memcpy(to + size - Half, from + size - Half, Half);
 }
 
-/// Like memcpy, for texts of which most are words of a few letters: the call would cost more than the copy.
+/// Like memcpy, for texts of which most are words of a few letters or what a macro comes to: the call would cost more
+/// than the copy. Few cases, so that the processor mostly knows which one comes next.
 inline void copyShort(char* to, const char* from, std::size_t size) {
-  if (size > 16) {
+  if (size > 48) {
     std::memcpy(to, from, size);
+  } else if (size > 16) {
+    const std::size_t middle = size < 32 ? size - 16 : 16;  // What the ends leave out, if anything.
+    copyEnds<16>(to, from, size);
+    std::memcpy(to + middle, from + middle, 16);
   } else if (size >= 8) {
     copyEnds<8>(to, from, size);
   } else if (size >= 4) {

@@ -10,6 +10,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace qnpp {
 namespace {
@@ -44,9 +45,10 @@ struct Writing {
 TEST(OutputBufferTest, TextsOfEverySizeArriveWhole) {
   const std::string text = numbered(100);
   for (std::size_t size = 0; size <= text.size(); ++size) {
+    const std::vector<char> alone(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(size));
     Writing writing;
     writing.output.write('<');
-    writing.output.write(text.data(), size);
+    writing.output.write(alone.data(), size);
     writing.output.write('>');
     writing.output.flush();
     EXPECT_EQ(writing.sink.bytes, "<" + text.substr(0, size) + ">");

@@ -125,6 +125,7 @@ void NameTable::noteMacro(Name& name) {
     return;
   }
   name.isInFilter = true;
+  longestMacroName_ = std::max(longestMacroName_, name.text().size());
   if (!macroNames_.add(name.text())) {
     macroNames_.beginLarger();
     for (std::size_t id = 0; id < size_; ++id) {

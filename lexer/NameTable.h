@@ -89,6 +89,8 @@ class NameTable {
   /// directly. The second is for names; the three bytes behind `word` may be read.
   bool mayHoldMacro(const char* word) const { return macroNames_.mayBegin(word); }
   bool mayBeMacro(std::string_view word) const { return macroNames_.mayHold(word); }
+  /// No name of more bytes is that of a macro, or `_Pragma`.
+  std::size_t longestMacroName() const { return longestMacroName_; }
 
   /// Counts the changes of macro definitions, from 1. Whatever has been found out about expansions holds in one
   /// generation: any definition may change what any macro comes to.
@@ -137,6 +139,7 @@ class NameTable {
   std::size_t size_ = 0;
   TextArena arena_;  // Of names and their texts.
   NameFilter macroNames_;
+  std::size_t longestMacroName_ = 0;
   std::uint64_t generation_ = 1;
 };
 

@@ -132,12 +132,36 @@ class CppLexer::TextCopy {
     return isMore;
   }
 
+  // Where to cut the word from `word` to `end`, where the buffer ends, so that however it goes on, what is left holds
+  // the names of macros that all of it does: a word of megabytes need not be kept. A name that is longer than those of
+  // all macros stays so. Digits go on from any of them as from the first, but for 0, which begins other numbers.
+  char* restToKeep(char* word, char* end) const {
+    if (has(kDigitBytes, *word)) {
+      const bool isAllDigits = passMany(word, [](const Block& block) { return block.digits(); }) == end;
+      char* rest = isAllDigits ? end - 1 : word;
+      while (rest > word && *rest == '0') {
+        --rest;
+      }
+      return rest;
+    }
+    const std::size_t longest = lexer_.context_.names.longestMacroName();
+    if (static_cast<std::size_t>(end - word) <= longest) {
+      return word;
+    }
+    char* rest = end - 1 - longest;
+    while (has(kDigitBytes, *rest)) {
+      --rest;
+    }
+    return rest;
+  }
+
   // At the end of the buffer: gets more input, keeping a word that may go on in it.
   void refillAtWord(char* end) {
     char* word = end;
     while (word > from_ && isWordByte(word[-1])) {
       word = word == block_ && wordBegin_ != nullptr ? wordBegin_ : word - 1;
     }
+    word = restToKeep(word, end);
     const auto size = end - word;
     if (!refill(word, end)) {
       handOutTokenAt(from_ + size);
@@ -148,6 +172,7 @@ class CppLexer::TextCopy {
 
   [[gnu::always_inline]] char* copyWord(char* word, char* end) {
     if (*end == '\0' && lexer_.atBufferEnd(end)) {
+      word = restToKeep(word, end);
       const auto size = end - word;
       if (!refill(word, end)) {
         char* const next = replaceName(from_, from_ + size);  // The input ends behind the word.

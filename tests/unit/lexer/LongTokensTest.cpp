@@ -77,6 +77,33 @@ TEST(LongTokensTest, CommentsAndSkippedLinesNeedNoBuffer) {
   EXPECT_LE(input.mostAskedFor(), kReadSize);
 }
 
+// Words that are copied are kept no longer than it takes to know what is in them.
+TEST(LongTokensTest, CopiedWordsNeedNoBuffer) {
+  const std::string words[] = {
+      std::string(kMegabyte, 'a'), "_" + std::string(kMegabyte, 'P'),  // Begins like `_Pragma`.
+      repeat(kMegabyte / 2, "a1"), std::string(kMegabyte, '7'),       "0" + repeat(kMegabyte / 2, "10"),
+  };
+  for (const std::string& word : words) {
+    const std::string text = "x " + word + "_Pragma _Pragma";
+    PiecewiseInput input(text, kMegabyte);
+    LexerSetting setting;
+    CppLexer lexer(input, setting.context);
+    EXPECT_EQ(lexer.next(), TK_IDENTIFIER);
+    std::string written = " " + word;
+    if (word.back() == '7' || word.back() == '0') {  // A name may follow a number directly.
+      EXPECT_EQ(lexer.copyText(), TK_PRAGMA_OP);
+      EXPECT_TRUE(setting.written() == written) << word.substr(0, 10);
+      written += ' ';
+    } else {
+      written += "_Pragma ";
+    }
+    EXPECT_EQ(lexer.copyText(), TK_PRAGMA_OP);
+    EXPECT_TRUE(setting.written() == written) << word.substr(0, 10);
+    EXPECT_EQ(lexer.copyText(), TK_END);
+    EXPECT_LE(input.mostAskedFor(), kReadSize) << word.substr(0, 10);
+  }
+}
+
 enum class Pass { Next, Copy, Skip };
 
 double secondsToRead(const std::string& text, Pass pass) {

@@ -117,6 +117,25 @@ TEST(SkippingTest, CopiedTextIsTheTextOfItsTokens) {
   }
 }
 
+// Of a word that goes on behind the buffer not all is kept. What is left has to hold the same names, and no others.
+TEST(SkippingTest, WordsAreCopiedAsTheirTokensWhereverTheInputIsCut) {
+  constexpr std::string_view kParts[] = {"MACRO", "_Pragma", "0", "00", "1",   "7", "89", "0x", "1f",
+                                         "u",     "L",       "M", "A",  "CRO", "_", "x",  " "};
+  std::mt19937 random(5813);
+  for (int round = 0; round < 30000; ++round) {
+    const bool isNumber = round % 2 == 0;  // Of digits mostly, so that there are long runs of them.
+    std::string text = "x ";
+    for (std::size_t left = 1 + random() % 12; left > 0; --left) {
+      text += isNumber && random() % 8 != 0 ? std::string(random() % 5, "0178"[random() % 4])
+                                            : kParts[random() % std::size(kParts)];
+    }
+    Reading byTokens(text, text.size() + 1);
+    Reading copied(text, 1 + random() % 12);
+    const std::string expected = writeText(byTokens, [](CppFileScanner& scanner) { return scanner.get(); });
+    ASSERT_EQ(writeText(copied, [](CppFileScanner& scanner) { return scanner.copyText(); }), expected) << visible(text);
+  }
+}
+
 // The white space behind the name comes out before it. Where an invocation may begin, the name is handed out.
 TEST(SkippingTest, TheNameOfAFunctionIsCopiedWhereNoParenthesisFollows) {
   const auto copy = [](std::string_view text) {

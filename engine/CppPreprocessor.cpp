@@ -118,7 +118,7 @@ class CppPreprocessor::Hooks final : public TokenStream::Listener, public FileOp
   // The file has been found, and will be read from `input`.
   template <typename Input>
   void find(const std::string& path, Input input, const std::optional<FileStamp>& stamp) {
-    FoundFile& found = preprocessor_.found_;
+    IncludedFile& found = preprocessor_.found_;
     found.file = preprocessor_.stream_.makeFile();
     found.file->open(path, std::move(input));
     found.file->setStamp(stamp);

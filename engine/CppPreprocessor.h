@@ -80,7 +80,7 @@ class CppPreprocessor {
   class Hooks;
 
   // What an `#include` names: a file that has been opened, or the path of one that is known to stand for line ends.
-  struct FoundFile {
+  struct IncludedFile {
     std::unique_ptr<CppFileScanner> file;
     std::string path;
     std::uint64_t lineEnds = 0;
@@ -144,7 +144,7 @@ class CppPreprocessor {
   IncludeSearch includes_;
   KnownFiles knownFiles_;
   GuardedFiles guardedFiles_{knownFiles_, names_, lexerContext_.budget};
-  FoundFile found_;           // By the search of an `#include`.
+  IncludedFile found_;        // By the search of an `#include`.
   TokenList operand_;         // Of the directive being carried out.
   std::string leadingSpace_;  // Of the line being read.
   bool writesLineDirectives_ = true;

@@ -1,4 +1,5 @@
 // Copying text: CppLexer::copyText.
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -132,27 +133,30 @@ class CppLexer::TextCopy {
     return isMore;
   }
 
-  // Where to cut the word from `word` to `end`, where the buffer ends, so that however it goes on, what is left holds
-  // the names of macros that all of it does: a word of megabytes need not be kept. A name that is longer than those of
-  // all macros stays so. Digits go on from any of them as from the first, but for 0, which begins other numbers.
+  // What has to be kept of the long word from `word` to `end`, where the buffer ends, so that however it goes on, there
+  // are the names of macros in it that are in all of it: a word of megabytes need not be kept. A name that is longer
+  // than those of all macros stays so. Digits go on from any of them as from the first, but for 0, which begins other
+  // numbers. Shorter words are kept, as tokens are: should reading fail, nothing is written of one that might go on.
   char* restToKeep(char* word, char* end) const {
-    if (has(kDigitBytes, *word)) {
-      const bool isAllDigits = passMany(word, [](const Block& block) { return block.digits(); }) == end;
-      char* rest = isAllDigits ? end - 1 : word;
+    constexpr std::ptrdiff_t kLong = kReadSize / 2;
+    const auto longest = static_cast<std::ptrdiff_t>(lexer_.context_.names.longestMacroName());
+    if (end - word < std::max(kLong, longest + 1)) {
+      return word;
+    }
+    char* rest = end - 1;
+    if (!has(kDigitBytes, *word)) {
+      for (rest -= longest; has(kDigitBytes, *rest);) {
+        --rest;
+      }
+    } else if (passMany(word, [](const Block& block) { return block.digits(); }) == end) {
       while (rest > word && *rest == '0') {
         --rest;
       }
-      return rest;
-    }
-    const std::size_t longest = lexer_.context_.names.longestMacroName();
-    if (static_cast<std::size_t>(end - word) <= longest) {
+    } else {
       return word;
     }
-    char* rest = end - 1 - longest;
-    while (has(kDigitBytes, *rest)) {
-      --rest;
-    }
-    return rest;
+    // Less than half of it: the buffer grows otherwise, and what is kept is looked at again as often as it doubles.
+    return end - rest < rest - word ? rest : word;
   }
 
   // At the end of the buffer: gets more input, keeping a word that may go on in it.

@@ -19,6 +19,7 @@ class PiecewiseInput : public std::istream {
 
   /// The most it was asked for at once: the room that the reader had, so it tells how much the reader holds on to.
   std::size_t mostAskedFor() const { return buffer_.mostAskedFor; }
+  std::size_t timesAsked() const { return buffer_.timesAsked; }
 
  private:
   struct Buffer : std::streambuf {
@@ -26,6 +27,7 @@ class PiecewiseInput : public std::istream {
     std::streamsize xsgetn(char* to, std::streamsize size) override {
       const auto asked = static_cast<std::size_t>(size);
       mostAskedFor = std::max(mostAskedFor, asked);
+      ++timesAsked;
       const std::size_t count = left.copy(to, std::min(asked, piece));
       left.remove_prefix(count);
       return static_cast<std::streamsize>(count);
@@ -33,6 +35,7 @@ class PiecewiseInput : public std::istream {
     std::string_view left;
     std::size_t piece;
     std::size_t mostAskedFor = 0;
+    std::size_t timesAsked = 0;
   };
   Buffer buffer_;
 };

@@ -104,6 +104,23 @@ TEST(LongTokensTest, CopiedWordsNeedNoBuffer) {
   }
 }
 
+// Where the name of a macro is hardly shorter than the buffer, little of it would get free each time.
+TEST(LongTokensTest, CopiedWordsAreReadInLargeSteps) {
+  for (const std::size_t most : {kReadSize / 2, kReadSize, 2 * kReadSize}) {
+    for (std::size_t size = most - 8; size <= most + 2; ++size) {
+      LexerSetting setting;
+      setting.names.noteMacro(*setting.names.intern(std::string(size, 'm')));
+      const std::string text = "x " + std::string(kMegabyte, 'm');
+      PiecewiseInput input(text, kMegabyte);
+      CppLexer lexer(input, setting.context);
+      EXPECT_EQ(lexer.next(), TK_IDENTIFIER);
+      EXPECT_EQ(lexer.copyText(), TK_END);
+      EXPECT_TRUE(setting.written() == text.substr(1)) << size;
+      EXPECT_LT(input.timesAsked(), 100U) << size;
+    }
+  }
+}
+
 enum class Pass { Next, Copy, Skip };
 
 double secondsToRead(const std::string& text, Pass pass) {

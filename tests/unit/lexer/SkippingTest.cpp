@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "lexer/CppFileScanner.h"
 #include "macros/CppMacro.h"
@@ -117,22 +118,53 @@ TEST(SkippingTest, CopiedTextIsTheTextOfItsTokens) {
   }
 }
 
-// Of a word that goes on behind the buffer not all is kept. What is left has to hold the same names, and no others.
-TEST(SkippingTest, WordsAreCopiedAsTheirTokensWhereverTheInputIsCut) {
-  constexpr std::string_view kParts[] = {"MACRO", "_Pragma", "0", "00", "1",   "7", "89", "0x", "1f",
-                                         "u",     "L",       "M", "A",  "CRO", "_", "x",  " "};
+// Of a long word that goes on behind the buffer not all is kept. What is left has to hold the same names, and no
+// others.
+TEST(SkippingTest, LongWordsAreCopiedAsTheirTokensWhereverTheInputIsCut) {
+  constexpr std::string_view kBeginnings[] = {"x", "M1", "7", "07", "00", "0x1", "1u"};
+  constexpr std::string_view kParts[] = {"MACRO", "_Pragma", "0", "00", "1", "7",   "89", "0x",
+                                         "1f",    "u",       "L", "M",  "A", "CRO", "_",  "x"};
   std::mt19937 random(5813);
-  for (int round = 0; round < 30000; ++round) {
-    const bool isNumber = round % 2 == 0;  // Of digits mostly, so that there are long runs of them.
-    std::string text = "x ";
-    for (std::size_t left = 1 + random() % 12; left > 0; --left) {
-      text += isNumber && random() % 8 != 0 ? std::string(random() % 5, "0178"[random() % 4])
-                                            : kParts[random() % std::size(kParts)];
+  std::vector<std::string> ends = {"_Pragma", "1_Pragma", "MACRO", "0MACRO", "00x1MACRO", "70x1fMACRO", "08MACRO"};
+  for (int count = 0; count < 100; ++count) {
+    std::string& end = ends.emplace_back();
+    for (std::size_t left = 1 + random() % 5; left > 0; --left) {
+      end += kParts[random() % std::size(kParts)];
     }
-    Reading byTokens(text, text.size() + 1);
-    Reading copied(text, 1 + random() % 12);
-    const std::string expected = writeText(byTokens, [](CppFileScanner& scanner) { return scanner.get(); });
-    ASSERT_EQ(writeText(copied, [](CppFileScanner& scanner) { return scanner.copyText(); }), expected) << visible(text);
+  }
+  for (const std::string_view beginning : kBeginnings) {
+    const std::string begun = "x " + std::string(beginning) + std::string(kReadSize / 2, beginning.back());
+    for (const std::string& end : ends) {
+      const std::string text = begun + end + " MACRO";
+      Reading byTokens(text, text.size());
+      const std::string expected = writeText(byTokens, [](CppFileScanner& scanner) { return scanner.get(); });
+      for (std::size_t cut = begun.size(); cut <= text.size(); ++cut) {
+        Reading copied(text, cut);
+        ASSERT_EQ(writeText(copied, [](CppFileScanner& scanner) { return scanner.copyText(); }), expected)
+            << beginning << " to " << visible(text.substr(begun.size(), cut - begun.size())) << "|"
+            << visible(text.substr(cut));
+      }
+    }
+  }
+}
+
+TEST(SkippingTest, LongNamesOfMacrosAreFoundWhereverTheInputIsCut) {
+  for (const std::size_t size : {kReadSize / 2, kReadSize / 2 + 1, kReadSize - 3, kReadSize, 2 * kReadSize - 2}) {
+    const std::string name(size, 'm');
+    for (const std::string& text : {"x " + name + " y", "x m" + name + " y", "x 1" + name, "x " + name}) {
+      for (std::size_t cut = size - 3; cut <= size + 3; ++cut) {
+        const auto readIn = [&](std::size_t piece, auto take) {
+          Reading reading(text, piece);
+          Name& macro = *reading.setting.names.intern(name);
+          macro.macro = &reading.macro;
+          reading.setting.names.noteMacro(macro);
+          return writeText(reading, take);
+        };
+        const std::string expected = readIn(text.size(), [](CppFileScanner& scanner) { return scanner.get(); });
+        ASSERT_TRUE(readIn(cut, [](CppFileScanner& scanner) { return scanner.copyText(); }) == expected)
+            << size << ", " << cut;
+      }
+    }
   }
 }
 

@@ -133,10 +133,11 @@ class CppLexer::TextCopy {
     return isMore;
   }
 
-  // What has to be kept of the long word from `word` to `end`, where the buffer ends, so that however it goes on, there
-  // are the names of macros in it that are in all of it: a word of megabytes need not be kept. A name that is longer
-  // than those of all macros stays so. Digits go on from any of them as from the first, but for 0, which begins other
-  // numbers. Shorter words are kept, as tokens are: should reading fail, nothing is written of one that might go on.
+  // Where to cut the word from `word` to `end`, the end of the buffer: what is before the cut can be written, and what
+  // is behind it holds the same names of macros as the whole word would, however it goes on. A name longer than those
+  // of all macros is none, so one byte more than the longest will do, the first of them no digit. Digits may be cut
+  // before any but 0, which may begin a number of another kind. Short words are kept whole, as tokens are: if reading
+  // fails, no part of them has been written.
   char* restToKeep(char* word, char* end) const {
     constexpr std::ptrdiff_t kLong = kReadSize / 2;
     const auto longest = static_cast<std::ptrdiff_t>(lexer_.context_.names.longestMacroName());
@@ -145,17 +146,18 @@ class CppLexer::TextCopy {
     }
     char* rest = end - 1;
     if (!has(kDigitBytes, *word)) {
-      for (rest -= longest; has(kDigitBytes, *rest);) {
+      rest -= longest;
+      while (has(kDigitBytes, *rest)) {  // Ends at `word` at the latest.
         --rest;
       }
-    } else if (passMany(word, [](const Block& block) { return block.digits(); }) == end) {
+    } else if (passMany(word, [](const Block& block) { return block.digits(); }) != end) {
+      return word;
+    } else {
       while (rest > word && *rest == '0') {
         --rest;
       }
-    } else {
-      return word;
     }
-    // Less than half of it: the buffer grows otherwise, and what is kept is looked at again as often as it doubles.
+    // If more than half gets free: else each refill might bring little, and a buffer that is full doubles.
     return end - rest < rest - word ? rest : word;
   }
 

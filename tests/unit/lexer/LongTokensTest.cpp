@@ -90,7 +90,7 @@ TEST(LongTokensTest, CopiedWordsNeedNoBuffer) {
     CppLexer lexer(input, setting.context);
     EXPECT_EQ(lexer.next(), TK_IDENTIFIER);
     std::string written = " " + word;
-    if (word.back() == '7' || word.back() == '0') {  // A name may follow a number directly.
+    if (word.front() == '7' || word.front() == '0') {  // A name may follow a number directly.
       EXPECT_EQ(lexer.copyText(), TK_PRAGMA_OP);
       EXPECT_TRUE(setting.written() == written) << word.substr(0, 10);
       written += ' ';
@@ -104,10 +104,11 @@ TEST(LongTokensTest, CopiedWordsNeedNoBuffer) {
   }
 }
 
-// Where the name of a macro is hardly shorter than the buffer, little of it would get free each time.
+// Where the name of a macro is hardly shorter than the buffer, little of it would get free each time. Only its length
+// matters here.
 TEST(LongTokensTest, CopiedWordsAreReadInLargeSteps) {
-  for (const std::size_t most : {kReadSize / 2, kReadSize, 2 * kReadSize}) {
-    for (std::size_t size = most - 8; size <= most + 2; ++size) {
+  for (const std::size_t room : {kReadSize / 2, kReadSize, 2 * kReadSize}) {
+    for (std::size_t size = room - 8; size <= room + 2; ++size) {
       LexerSetting setting;
       setting.names.noteMacro(*setting.names.intern(std::string(size, 'm')));
       const std::string text = "x " + std::string(kMegabyte, 'm');

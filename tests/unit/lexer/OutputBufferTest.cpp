@@ -45,6 +45,7 @@ struct Writing {
 TEST(OutputBufferTest, TextsOfEverySizeArriveWhole) {
   const std::string text = numbered(100);
   for (std::size_t size = 0; size <= text.size(); ++size) {
+    // In memory of its own, so that a sanitizer sees it when bytes behind it are read.
     const std::vector<char> alone(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(size));
     Writing writing;
     writing.output.write('<');

@@ -148,10 +148,11 @@ TEST(SkippingTest, LongWordsAreCopiedAsTheirTokensWhereverTheInputIsCut) {
   }
 }
 
-TEST(SkippingTest, LongNamesOfMacrosAreFoundWhereverTheInputIsCut) {
+TEST(SkippingTest, LongNamesOfMacrosAreFoundWhereTheInputIsCut) {
   for (const std::size_t size : {kReadSize / 2, kReadSize / 2 + 1, kReadSize - 3, kReadSize, 2 * kReadSize - 2}) {
     const std::string name(size, 'm');
-    for (const std::string& text : {"x " + name + " y", "x m" + name + " y", "x 1" + name, "x " + name}) {
+    for (const std::string& text : {"x " + name + " y", "x m" + name + " y", "x 1" + name, "x " + name,
+                                    "x " + name + name + name, "x " + std::string(2 * size + 8, 'n') + name}) {
       for (std::size_t cut = size - 3; cut <= size + 3; ++cut) {
         const auto readIn = [&](std::size_t piece, auto take) {
           Reading reading(text, piece);

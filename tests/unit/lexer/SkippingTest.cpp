@@ -107,14 +107,17 @@ std::string writeText(Reading& reading, Take take) {
   }
 }
 
+constexpr auto kTakeToken = [](CppFileScanner& scanner) { return scanner.get(); };
+constexpr auto kCopyText = [](CppFileScanner& scanner) { return scanner.copyText(); };
+
 TEST(SkippingTest, CopiedTextIsTheTextOfItsTokens) {
   std::mt19937 random(4711);
   for (int round = 0; round < 10000; ++round) {
     const std::string text = makeText(random);
     Reading byTokens(text, text.size() + 1);
     Reading copied(text, 1 + random() % 40);
-    const std::string expected = writeText(byTokens, [](CppFileScanner& scanner) { return scanner.get(); });
-    ASSERT_EQ(writeText(copied, [](CppFileScanner& scanner) { return scanner.copyText(); }), expected) << visible(text);
+    const std::string expected = writeText(byTokens, kTakeToken);
+    ASSERT_EQ(writeText(copied, kCopyText), expected) << visible(text);
   }
 }
 
@@ -137,10 +140,10 @@ TEST(SkippingTest, LongWordsAreCopiedAsTheirTokensWhereverTheInputIsCut) {
     for (const std::string& end : ends) {
       const std::string text = begun + end + " MACRO";
       Reading byTokens(text, text.size());
-      const std::string expected = writeText(byTokens, [](CppFileScanner& scanner) { return scanner.get(); });
+      const std::string expected = writeText(byTokens, kTakeToken);
       for (std::size_t cut = begun.size(); cut <= text.size(); ++cut) {
         Reading copied(text, cut);
-        ASSERT_EQ(writeText(copied, [](CppFileScanner& scanner) { return scanner.copyText(); }), expected)
+        ASSERT_EQ(writeText(copied, kCopyText), expected)
             << beginning << " to " << visible(text.substr(begun.size(), cut - begun.size())) << "|"
             << visible(text.substr(cut));
       }
@@ -161,9 +164,8 @@ TEST(SkippingTest, LongNamesOfMacrosAreFoundWhereTheInputIsCut) {
           reading.setting.names.noteMacro(macro);
           return writeText(reading, take);
         };
-        const std::string expected = readIn(text.size(), [](CppFileScanner& scanner) { return scanner.get(); });
-        ASSERT_TRUE(readIn(cut, [](CppFileScanner& scanner) { return scanner.copyText(); }) == expected)
-            << size << ", " << cut;
+        const std::string expected = readIn(text.size(), kTakeToken);
+        ASSERT_TRUE(readIn(cut, kCopyText) == expected) << size << ", " << cut;
       }
     }
   }
@@ -215,7 +217,7 @@ TEST(SkippingTest, CopyingMayBeginAnywhere) {
     const std::string text = makeText(random);
     Reading byTokens(text, text.size() + 1);
     Reading copied(text, 1 + random() % 40);
-    const std::string expected = writeText(byTokens, [](CppFileScanner& scanner) { return scanner.get(); });
+    const std::string expected = writeText(byTokens, kTakeToken);
     const std::string actual = writeText(copied, [&random](CppFileScanner& scanner) {
       if (random() % 3 == 0) {
         scanner.peek();
